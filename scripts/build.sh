@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Configures and builds Tarnwell into build/ (installs the Debian packages first when missing).
+# Extra arguments go to CMake's configure step.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/install-deps.sh
+build_dir=${TW_BUILD_DIR:-build}
+cmake -S . -B "$build_dir" -G Ninja -DCMAKE_BUILD_TYPE=${TW_BUILD_TYPE:-RelWithDebInfo} "$@"
+cmake --build "$build_dir" --parallel "$(nproc)"

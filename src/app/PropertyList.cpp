@@ -1,0 +1,216 @@
+#include "PropertyList.h"
+
+#include <QDateTime>
+#include <QTimeZone>
+
+#include <plist/plist.h>
+
+#include <memory>
+
+namespace {
+
+// Property-list dates count seconds from 2001-01-01T00:00:00Z.
+constexpr qint64 kPlistEpochOffset = 978307200;
+
+struct PlistDeleter
+{
+    void operator()(plist_t node) const { plist_free(node); }
+};
+using PlistPtr = std::unique_ptr<void, PlistDeleter>;
+
+QVariant toVariant(plist_t node)
+{
+    switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN: {
+        uint8_t v = 0;
+        plist_get_bool_val(node, &v);
+        return QVariant(v != 0);
+    }
+    case PLIST_UINT: {
+        uint64_t v = 0;
+        plist_get_uint_val(node, &v);
+        return QVariant(static_cast<qlonglong>(v));
+    }
+    case PLIST_REAL: {
+        double v = 0;
+        plist_get_real_val(node, &v);
+        return QVariant(v);
+    }
+    case PLIST_STRING: {
+        char *v = nullptr;
+        plist_get_string_val(node, &v);
+        const QString s = QString::fromUtf8(v ? v : "");
+        free(v);
+        return QVariant(s);
+    }
+    case PLIST_DATA: {
+        char *v = nullptr;
+        uint64_t len = 0;
+        plist_get_data_val(node, &v, &len);
+        const QByteArray d(v, static_cast<qsizetype>(len));
+        free(v);
+        return QVariant(d);
+    }
+    case PLIST_DATE: {
+        int32_t sec = 0;
+        int32_t usec = 0;
+        plist_get_date_val(node, &sec, &usec);
+        const qint64 ms = (qint64(sec) + kPlistEpochOffset) * 1000 + usec / 1000;
+        return QVariant(QDateTime::fromMSecsSinceEpoch(ms, QTimeZone::utc()));
+    }
+    case PLIST_UID: {
+        uint64_t v = 0;
+        plist_get_uid_val(node, &v);
+        return QVariant::fromValue(PlistUid{v});
+    }
+    case PLIST_ARRAY: {
+        QVariantList list;
+        const uint32_t n = plist_array_get_size(node);
+        list.reserve(n);
+        for (uint32_t i = 0; i < n; ++i)
+            list.append(toVariant(plist_array_get_item(node, i)));
+        return QVariant(list);
+    }
+    case PLIST_DICT: {
+        QVariantMap map;
+        plist_dict_iter it = nullptr;
+        plist_dict_new_iter(node, &it);
+        for (;;) {
+            char *key = nullptr;
+            plist_t value = nullptr;
+            plist_dict_next_item(node, it, &key, &value);
+            if (!key)
+                break;
+            map.insert(QString::fromUtf8(key), toVariant(value));
+            free(key);
+        }
+        free(it);
+        return QVariant(map);
+    }
+    default:
+        return {};
+    }
+}
+
+plist_t fromVariant(const QVariant &value)
+{
+    if (value.metaType() == QMetaType::fromType<PlistUid>())
+        return plist_new_uid(value.value<PlistUid>().value);
+    switch (value.metaType().id()) {
+    case QMetaType::Bool:
+        return plist_new_bool(value.toBool() ? 1 : 0);
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+        // libplist keeps integers as 64-bit two's complement, so negative values round-trip.
+        return plist_new_uint(static_cast<uint64_t>(value.toLongLong()));
+    case QMetaType::Double:
+    case QMetaType::Float:
+        return plist_new_real(value.toDouble());
+    case QMetaType::QString: {
+        const QByteArray utf8 = value.toString().toUtf8();
+        return plist_new_string(utf8.constData());
+    }
+    case QMetaType::QByteArray: {
+        const QByteArray d = value.toByteArray();
+        return plist_new_data(d.constData(), static_cast<uint64_t>(d.size()));
+    }
+    case QMetaType::QDateTime: {
+        const qint64 ms = value.toDateTime().toMSecsSinceEpoch() - kPlistEpochOffset * 1000;
+        qint64 sec = ms / 1000;
+        qint64 rem = ms % 1000;
+        if (rem < 0) {
+            rem += 1000;
+            --sec;
+        }
+        return plist_new_date(static_cast<int32_t>(sec), static_cast<int32_t>(rem * 1000));
+    }
+    case QMetaType::QStringList:
+    case QMetaType::QVariantList: {
+        plist_t array = plist_new_array();
+        for (const QVariant &item : value.toList()) {
+            plist_t child = fromVariant(item);
+            if (!child) {
+                plist_free(array);
+                return nullptr;
+            }
+            plist_array_append_item(array, child);
+        }
+        return array;
+    }
+    case QMetaType::QVariantMap: {
+        plist_t dict = plist_new_dict();
+        const QVariantMap map = value.toMap();
+        for (auto it = map.cbegin(); it != map.cend(); ++it) {
+            plist_t child = fromVariant(it.value());
+            if (!child) {
+                plist_free(dict);
+                return nullptr;
+            }
+            plist_dict_set_item(dict, it.key().toUtf8().constData(), child);
+        }
+        return dict;
+    }
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+namespace PropertyList {
+
+std::optional<QVariant> parse(const QByteArray &bytes)
+{
+    if (bytes.isEmpty())
+        return std::nullopt;
+    plist_t root = nullptr;
+    if (bytes.startsWith("bplist00"))
+        plist_from_bin(bytes.constData(), static_cast<uint32_t>(bytes.size()), &root);
+    else
+        plist_from_xml(bytes.constData(), static_cast<uint32_t>(bytes.size()), &root);
+    if (!root)
+        return std::nullopt;
+    PlistPtr guard(root);
+    return toVariant(root);
+}
+
+QByteArray serialize(const QVariant &root, Format format)
+{
+    PlistPtr node(fromVariant(root));
+    if (!node)
+        return {};
+    char *out = nullptr;
+    uint32_t length = 0;
+    if (format == Format::Binary)
+        plist_to_bin(node.get(), &out, &length);
+    else
+        plist_to_xml(node.get(), &out, &length);
+    QByteArray bytes(out, static_cast<qsizetype>(length));
+    free(out);
+    return bytes;
+}
+
+bool isInteger(const QVariant &value)
+{
+    switch (value.metaType().id()) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace PropertyList

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMetaType>
+#include <QVariant>
+
+#include <optional>
+
+// A UID node of a property list. Keyed archives reference objects with these; ordinary preference
+// files never contain them.
+struct PlistUid
+{
+    quint64 value = 0;
+    bool operator==(const PlistUid &other) const { return value == other.value; }
+};
+Q_DECLARE_METATYPE(PlistUid)
+
+// Converts between property lists (XML or binary) and QVariant trees while keeping each value's kind:
+// integer -> qint64, real -> double, boolean -> bool, string -> QString, date -> QDateTime (UTC),
+// data -> QByteArray, array -> QVariantList, dictionary -> QVariantMap, UID -> PlistUid.
+// Thread-safe (no shared state).
+namespace PropertyList {
+
+enum class Format { Xml, Binary };
+
+// Parses XML or binary property-list bytes; nullopt when the bytes are not a property list.
+std::optional<QVariant> parse(const QByteArray &bytes);
+
+// Serialises a value tree; an empty array when the tree holds a kind that has no plist form.
+QByteArray serialize(const QVariant &root, Format format = Format::Xml);
+
+// True when the variant holds a plist integer (any integral Qt type except bool).
+bool isInteger(const QVariant &value);
+
+} // namespace PropertyList
