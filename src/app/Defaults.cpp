@@ -7,15 +7,45 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMultiHash>
 #include <QSaveFile>
 
 #include <sys/stat.h>
 
+namespace {
+// Live instances by file, so a new reader of a file first waits for the writes a live one has pending.
+QMutex s_registryMutex;
+QMultiHash<QString, Defaults *> s_registry;
+} // namespace
+
 Defaults::Defaults(QString filePath)
     : m_filePath(std::move(filePath))
 {
-    QMutexLocker lock(&m_mutex);
-    loadLocked();
+    {
+        QMutexLocker registryLock(&s_registryMutex);
+        for (Defaults *other : s_registry.values(m_filePath))
+            other->flush();
+        s_registry.insert(m_filePath, this);
+    }
+    {
+        QMutexLocker lock(&m_mutex);
+        loadLocked();
+    }
+    m_writer = std::thread([this] { writerLoop(); });
+}
+
+Defaults::~Defaults()
+{
+    {
+        QMutexLocker registryLock(&s_registryMutex);
+        s_registry.remove(m_filePath, this);
+    }
+    {
+        QMutexLocker lock(&m_mutex);
+        m_stopping = true;
+        m_changed.wakeAll();
+    }
+    m_writer.join(); // the loop writes what is pending before it ends
 }
 
 QString Defaults::standardFilePath()
@@ -25,8 +55,22 @@ QString Defaults::standardFilePath()
 
 void Defaults::reload()
 {
+    {
+        // Like opening a new instance: what any live instance of this file has pending lands first.
+        QMutexLocker registryLock(&s_registryMutex);
+        for (Defaults *instance : s_registry.values(m_filePath))
+            instance->flush();
+    }
     QMutexLocker lock(&m_mutex);
     loadLocked();
+}
+
+void Defaults::flush()
+{
+    QMutexLocker lock(&m_mutex);
+    const quint64 target = m_generation;
+    while (m_written < target)
+        m_changed.wait(&m_mutex);
 }
 
 void Defaults::loadLocked()
@@ -124,9 +168,15 @@ std::optional<QVariantMap> Defaults::dictionary(const QString &key) const
 
 bool Defaults::setValue(const QString &key, const QVariant &value)
 {
+    if (!PropertyList::isSerializable(value)) {
+        Console::line(QStringLiteral("⚠️ [Persistence] Value for '") + key
+                      + QStringLiteral("' has no property-list form; not stored"));
+        return false;
+    }
     QMutexLocker lock(&m_mutex);
     m_values.insert(key, PropertyList::isInteger(value) ? QVariant(value.toLongLong()) : value);
-    return writeLocked();
+    scheduleWriteLocked();
+    return true;
 }
 
 bool Defaults::remove(const QString &key)
@@ -134,12 +184,37 @@ bool Defaults::remove(const QString &key)
     QMutexLocker lock(&m_mutex);
     if (m_values.remove(key) == 0)
         return true;
-    return writeLocked();
+    scheduleWriteLocked();
+    return true;
 }
 
-bool Defaults::writeLocked()
+void Defaults::scheduleWriteLocked()
 {
-    const QByteArray bytes = PropertyList::serialize(QVariant(m_values));
+    ++m_generation;
+    m_changed.wakeAll();
+}
+
+void Defaults::writerLoop()
+{
+    QMutexLocker lock(&m_mutex);
+    for (;;) {
+        while (!m_stopping && m_written == m_generation)
+            m_changed.wait(&m_mutex);
+        if (m_written == m_generation)
+            return; // stopping, nothing pending
+        const quint64 generation = m_generation;
+        const QVariantMap snapshot = m_values; // implicitly shared: cheap to take under the lock
+        lock.unlock();
+        writeSnapshot(snapshot);
+        lock.relock();
+        m_written = generation;
+        m_changed.wakeAll();
+    }
+}
+
+bool Defaults::writeSnapshot(const QVariantMap &values) const
+{
+    const QByteArray bytes = PropertyList::serialize(QVariant(values));
     if (bytes.isEmpty()) {
         Console::line(QStringLiteral("⚠️ [Persistence] Preferences hold a value with no property-list form; not written"));
         return false;

@@ -5,6 +5,7 @@
 
 #include <plist/plist.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -37,11 +38,11 @@ QVariant toVariant(plist_t node)
         return QVariant(v);
     }
     case PLIST_STRING: {
-        char *v = nullptr;
-        plist_get_string_val(node, &v);
-        const QString s = QString::fromUtf8(v ? v : "");
-        free(v);
-        return QVariant(s);
+        // By pointer and length: the copying getter asserts (aborts) on a string with an embedded NUL,
+        // which a damaged binary file can hold.
+        uint64_t len = 0;
+        const char *v = plist_get_string_ptr(node, &len);
+        return QVariant(v ? QString::fromUtf8(v, static_cast<qsizetype>(len)) : QString());
     }
     case PLIST_DATA: {
         char *v = nullptr;
@@ -85,6 +86,12 @@ QVariant toVariant(plist_t node)
             free(key);
         }
         free(it);
+        // The XML form has no UID element: a UID is written as a dictionary whose only key is "CF$UID".
+        if (map.size() == 1) {
+            const QVariant uid = map.value(QStringLiteral("CF$UID"));
+            if (PropertyList::isInteger(uid) && uid.toLongLong() >= 0)
+                return QVariant::fromValue(PlistUid{static_cast<quint64>(uid.toLongLong())});
+        }
         return QVariant(map);
     }
     default:
@@ -161,6 +168,62 @@ plist_t fromVariant(const QVariant &value)
     }
 }
 
+quint64 readBigEndian(const QByteArray &bytes, qsizetype at, int size)
+{
+    quint64 v = 0;
+    for (int i = 0; i < size; ++i)
+        v = (v << 8) | static_cast<uchar>(bytes.at(at + i));
+    return v;
+}
+
+// libplist asserts (aborts the process) when a binary string or key holds a NUL character, and a damaged
+// preferences file or a foreign archive may well hold one. Such files are refused before libplist sees them.
+// Only the string objects are inspected; every other kind of damage is left to libplist, which reports it.
+bool binaryHasNulInString(const QByteArray &bytes)
+{
+    constexpr qsizetype kTrailer = 32;
+    const qsizetype size = bytes.size();
+    if (size < 8 + kTrailer)
+        return false;
+    const qsizetype t = size - kTrailer;
+    const int offsetSize = static_cast<uchar>(bytes.at(t + 6));
+    const quint64 count = readBigEndian(bytes, t + 8, 8);
+    const quint64 tableOffset = readBigEndian(bytes, t + 24, 8);
+    if (offsetSize < 1 || offsetSize > 8 || tableOffset >= quint64(size) || count > quint64(size)
+        || tableOffset + count * quint64(offsetSize) > quint64(t))
+        return false;
+    for (quint64 i = 0; i < count; ++i) {
+        const quint64 at = readBigEndian(bytes, qsizetype(tableOffset + i * quint64(offsetSize)), offsetSize);
+        if (at >= quint64(t))
+            continue;
+        const uchar marker = static_cast<uchar>(bytes.at(qsizetype(at)));
+        const int kind = marker >> 4;
+        if (kind != 0x5 && kind != 0x6 && kind != 0x7)
+            continue;
+        quint64 length = marker & 0x0F;
+        quint64 start = at + 1;
+        if (length == 0x0F) {
+            if (start >= quint64(t))
+                continue;
+            const uchar intMarker = static_cast<uchar>(bytes.at(qsizetype(start)));
+            const int intSize = 1 << (intMarker & 0x0F);
+            if ((intMarker >> 4) != 0x1 || intSize > 8 || start + 1 + quint64(intSize) > quint64(t))
+                continue;
+            length = readBigEndian(bytes, qsizetype(start + 1), intSize);
+            start += 1 + quint64(intSize);
+        }
+        const quint64 unit = kind == 0x6 ? 2 : 1;
+        if (length > quint64(t) || start + length * unit > quint64(t))
+            continue;
+        for (quint64 k = 0; k < length; ++k) {
+            const qsizetype p = qsizetype(start + k * unit);
+            if (bytes.at(p) == 0 && (unit == 1 || bytes.at(p + 1) == 0))
+                return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 namespace PropertyList {
@@ -170,10 +233,13 @@ std::optional<QVariant> parse(const QByteArray &bytes)
     if (bytes.isEmpty())
         return std::nullopt;
     plist_t root = nullptr;
-    if (bytes.startsWith("bplist00"))
+    if (bytes.startsWith("bplist00")) {
+        if (binaryHasNulInString(bytes))
+            return std::nullopt;
         plist_from_bin(bytes.constData(), static_cast<uint32_t>(bytes.size()), &root);
-    else
+    } else {
         plist_from_xml(bytes.constData(), static_cast<uint32_t>(bytes.size()), &root);
+    }
     if (!root)
         return std::nullopt;
     PlistPtr guard(root);
@@ -208,6 +274,32 @@ bool isInteger(const QVariant &value)
     case QMetaType::Short:
     case QMetaType::UShort:
         return true;
+    default:
+        return false;
+    }
+}
+
+bool isSerializable(const QVariant &value)
+{
+    if (value.metaType() == QMetaType::fromType<PlistUid>() || isInteger(value))
+        return true;
+    switch (value.metaType().id()) {
+    case QMetaType::Bool:
+    case QMetaType::Double:
+    case QMetaType::Float:
+    case QMetaType::QString:
+    case QMetaType::QByteArray:
+    case QMetaType::QDateTime:
+    case QMetaType::QStringList:
+        return true;
+    case QMetaType::QVariantList: {
+        const QVariantList list = value.toList();
+        return std::all_of(list.cbegin(), list.cend(), [](const QVariant &v) { return isSerializable(v); });
+    }
+    case QMetaType::QVariantMap: {
+        const QVariantMap map = value.toMap();
+        return std::all_of(map.cbegin(), map.cend(), [](const QVariant &v) { return isSerializable(v); });
+    }
     default:
         return false;
     }

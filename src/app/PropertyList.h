@@ -32,4 +32,7 @@ QByteArray serialize(const QVariant &root, Format format = Format::Xml);
 // True when the variant holds a plist integer (any integral Qt type except bool).
 bool isInteger(const QVariant &value);
 
+// True when every value in the tree has a property-list form.
+bool isSerializable(const QVariant &value);
+
 } // namespace PropertyList

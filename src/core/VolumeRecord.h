@@ -77,6 +77,15 @@ public:
     // a required key is missing or mistyped.
     QVariantMap encode() const;
     static std::optional<VolumeRecord> decode(const QVariantMap &archive);
+    // The same; on failure *failedKey (when given) names the first required key that was missing or mistyped.
+    static std::optional<VolumeRecord> decode(const QVariantMap &archive, QString *failedKey);
+
+    // The key-chain account of this record's password: the override when present, else "volume_record_" + ID.
+    QString credentialAccount() const;
+
+    // The numeric-address test shared with the reachability probe: trims white space, strips one enclosing
+    // "[" "]" pair and returns that text when inet_pton accepts it as IPv4 or, failing that, IPv6.
+    static std::optional<QString> ipLiteral(const QString &host);
 
     // A copy with its own credential account ("volume_record_duplicate_<UUID>") and the nickname
     // "<nickname or New Share> Copy". Posts "Tarnwell_VolumeRecordChanged" for each copied field when a

@@ -1,0 +1,199 @@
+#include "RecordStore.h"
+
+#include "app/Console.h"
+#include "app/Defaults.h"
+#include "LegacyArchive.h"
+#include "app/NotificationCenter.h"
+#include "app/Preferences.h"
+
+const QString RecordStore::kDecodeFailedLine = QStringLiteral("⚠️ [Persistence] Failed to decode archived data: ");
+const QString RecordStore::kEncodeFailedLine = QStringLiteral("⚠️ [Persistence] Failed to encode archived data: ");
+const QString RecordStore::kFirstLaunchLine = QStringLiteral("🎉 First launch detected - creating example shares");
+const QString RecordStore::kExamplesCreatedLine = QStringLiteral("✅ Created 2 example templates for first-time user");
+
+namespace {
+const QString kExampleNasStatus = QStringLiteral("Edit with your server details");
+const QString kExampleCloudStatus = QStringLiteral("For Nextcloud, Box, etc.");
+} // namespace
+
+QString RecordStore::backupKey()
+{
+    return Preferences::Keys::VolumeRecordArray + QStringLiteral("_backup");
+}
+
+RecordStore::RecordStore(Defaults &defaults, NotificationCenter *center)
+    : m_defaults(defaults)
+    , m_center(center)
+{
+}
+
+int RecordStore::load()
+{
+    m_records.clear();
+    const QString key = Preferences::Keys::VolumeRecordArray;
+    const QVariant stored = m_defaults.value(key);
+    if (!stored.isValid())
+        return 0;
+
+    if (const auto list = m_defaults.array(key)) {
+        int failures = 0;
+        for (qsizetype i = 0; i < list->size(); ++i) {
+            const QVariant &element = list->at(i);
+            QString failedKey;
+            std::optional<VolumeRecord> record;
+            if (element.metaType().id() == QMetaType::QVariantMap)
+                record = VolumeRecord::decode(element.toMap(), &failedKey);
+            else
+                failedKey = QStringLiteral("(not a dictionary)");
+            if (!record) {
+                // The stored value stays as it is until the next save; only then is this element dropped.
+                Console::line(kDecodeFailedLine + QStringLiteral("record at index ") + QString::number(i)
+                              + QStringLiteral(" skipped, missing or mistyped ") + failedKey);
+                ++failures;
+                continue;
+            }
+            m_records.append(*record);
+        }
+        return failures;
+    }
+
+    // Not an array: keep the original aside first, so that the next save cannot lose it.
+    m_defaults.setValue(backupKey(), stored);
+    if (const auto bytes = m_defaults.data(key)) {
+        QString error;
+        if (const auto records = LegacyArchive::decodeVolumeRecords(*bytes, &error)) {
+            m_records = *records;
+            Console::line(QStringLiteral("📦 [MIGRATE] Read ") + QString::number(m_records.size())
+                          + QStringLiteral(" shares from a keyed archive; original kept under ") + backupKey());
+            return 0;
+        }
+        Console::line(kDecodeFailedLine + error + QStringLiteral(" (original kept under ") + backupKey()
+                      + QStringLiteral(")"));
+        return 1;
+    }
+    Console::line(kDecodeFailedLine + QStringLiteral("stored value is not an array (original kept under ")
+                  + backupKey() + QStringLiteral(")"));
+    return 1;
+}
+
+bool RecordStore::save()
+{
+    QVariantList list;
+    list.reserve(m_records.size());
+    for (const VolumeRecord &record : std::as_const(m_records))
+        list.append(record.encode());
+    if (!m_defaults.setValue(Preferences::Keys::VolumeRecordArray, list)) {
+        Console::line(kEncodeFailedLine + QStringLiteral("a record holds a value with no property-list form"));
+        return false;
+    }
+    return true;
+}
+
+const VolumeRecord *RecordStore::find(qint64 id) const
+{
+    const qsizetype i = indexOf(id);
+    return i < 0 ? nullptr : &m_records.at(i);
+}
+
+VolumeRecord *RecordStore::find(qint64 id)
+{
+    const qsizetype i = indexOf(id);
+    return i < 0 ? nullptr : &m_records[i];
+}
+
+std::optional<VolumeRecord> RecordStore::recordCopy(qint64 id) const
+{
+    if (const VolumeRecord *r = find(id))
+        return *r;
+    return std::nullopt;
+}
+
+qsizetype RecordStore::indexOf(qint64 id) const
+{
+    for (qsizetype i = 0; i < m_records.size(); ++i) {
+        if (m_records.at(i).internal_ID_Int == id)
+            return i;
+    }
+    return -1;
+}
+
+qint64 RecordStore::nextId() const
+{
+    if (m_records.isEmpty())
+        return 1;
+    qint64 maxId = m_records.first().internal_ID_Int;
+    for (const VolumeRecord &r : m_records)
+        maxId = std::max(maxId, r.internal_ID_Int);
+    return maxId + 1;
+}
+
+void RecordStore::add(const VolumeRecord &record)
+{
+    m_records.append(record);
+}
+
+bool RecordStore::update(const VolumeRecord &record)
+{
+    VolumeRecord *existing = find(record.internal_ID_Int);
+    if (!existing)
+        return false;
+    *existing = record;
+    return true;
+}
+
+bool RecordStore::remove(qint64 id)
+{
+    const qsizetype i = indexOf(id);
+    if (i < 0)
+        return false;
+    m_records.removeAt(i);
+    return true;
+}
+
+void RecordStore::setRecords(const QList<VolumeRecord> &records)
+{
+    m_records = records;
+}
+
+bool RecordStore::firstLaunchIfNeeded()
+{
+    const QString flagKey = Preferences::Keys::HasLaunchedBefore;
+    if (m_defaults.value(flagKey).toBool())
+        return false;
+    m_defaults.setValue(flagKey, true);
+    // Records already stored means an upgrade from a build that had no flag: no examples then.
+    if (!m_records.isEmpty())
+        return false;
+
+    Console::line(kFirstLaunchLine);
+
+    VolumeRecord nas;
+    nas.internal_ID_Int = nextId();
+    nas.nickname_String = QStringLiteral("Example: NAS or Server");
+    nas.hostname_String = QStringLiteral("192.168.1.100");
+    nas.volume_String = QStringLiteral("SharedFolder");
+    nas.mounting_using_protocol_Enum = MountUsingProtocol_Enum::SMB;
+    nas.no_password_guest_login = 0;
+    nas.username_String = QStringLiteral("your-username");
+    nas.mount_inside_Volumes = 1;
+    nas.runtime_status_String = kExampleNasStatus;
+    m_records.append(nas);
+
+    VolumeRecord cloud;
+    cloud.internal_ID_Int = nextId();
+    cloud.nickname_String = QStringLiteral("Example: Cloud Storage");
+    cloud.hostname_String = QStringLiteral("cloud.example.com");
+    cloud.volume_String = QStringLiteral("remote.php/dav/files/username");
+    cloud.mounting_using_protocol_Enum = MountUsingProtocol_Enum::WebDAVS;
+    cloud.no_password_guest_login = 0;
+    cloud.username_String = QStringLiteral("your-email@example.com");
+    cloud.mount_inside_Volumes = 1;
+    cloud.runtime_status_String = kExampleCloudStatus;
+    m_records.append(cloud);
+
+    save();
+    if (m_center)
+        m_center->post(Notifications::VolumeRecordChanged);
+    Console::line(kExamplesCreatedLine);
+    return true;
+}

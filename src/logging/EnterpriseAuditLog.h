@@ -1,0 +1,80 @@
+#pragma once
+
+#include "logging/AuditLogEntry.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QThreadPool>
+
+#include <optional>
+
+// The administrator's audit record of what happened to shares on this machine: a JSON file of up to
+// 10,000 entries (newest first) plus the newest 500 in memory for views and exports.
+//
+// One long-lived instance, created at start-up on the main thread and passed to its users; it must
+// outlive every thread that calls log().
+// Threads: log() may be called from any thread. The in-memory list is changed only on the object's own
+// (main) thread, through a queued invocation; entries(), exports and the signal belong to that thread.
+// File appends run on one private serial writer thread, in call order, each reading and rewriting the
+// whole file atomically, so simultaneous events never lose an entry and a crash never leaves half a file.
+class EnterpriseAuditLog : public QObject
+{
+    Q_OBJECT
+public:
+    static constexpr int kMaxMemoryEntries = 500;
+    static constexpr int kMaxDiskEntries = 10000;
+    static inline const QString kCsvHeader =
+        QStringLiteral("Timestamp,Event Type,Share Name,Hostname,Username,Machine,Success,Error Code,Details\n");
+
+    // Loads the file (creating its folder when missing; failure ignored). Console lines:
+    // "📋 [AUDIT] Loaded N audit log entries", or "❌ [AUDIT] Failed to load audit log: " + error.
+    explicit EnterpriseAuditLog(const QString &filePath, QObject *parent = nullptr);
+    // Waits for the pending file writes.
+    ~EnterpriseAuditLog() override;
+
+    // $XDG_DATA_HOME/Tarnwell/audit_log.json
+    static QString standardFilePath();
+
+    QString filePath() const { return m_filePath; }
+
+    // Any thread. Prints "📋 [AUDIT] <RAW>: <details>" at once, queues the in-memory insertion (newest
+    // first, capped at 500) and the file append.
+    void log(AuditEventType type, const std::optional<QString> &shareName, const std::optional<QString> &hostname,
+             const QString &details, bool success, std::optional<int> errorCode = std::nullopt);
+
+    // Main thread. Newest first, at most 500.
+    QList<AuditLogEntry> entries() const { return m_entries; }
+
+    // Main thread. In-memory entries with start <= timestamp <= end (either bound optional), newest first.
+    QList<AuditLogEntry> filtered(std::optional<QDateTime> start, std::optional<QDateTime> end) const;
+    // The header line, then one line per entry; only the details field is quoted (quotes doubled), the
+    // other fields are written as they are, even with commas.
+    QString exportCSV(std::optional<QDateTime> start, std::optional<QDateTime> end) const;
+    // Pretty-printed JSON array, sorted keys, ISO 8601 dates; nullopt when encoding fails.
+    std::optional<QByteArray> exportJSON(std::optional<QDateTime> start, std::optional<QDateTime> end) const;
+
+    // Blocks until every queued file append has finished (tests, benches, shutdown). Not for the main
+    // thread during normal operation.
+    void waitForPendingWrites();
+
+    // Login name of the user (getpwuid), and the machine's pretty host name (else the host name, else
+    // "Unknown"), as recorded in every entry.
+    static QString currentUserName();
+    static QString currentMachineName();
+
+Q_SIGNALS:
+    // Main thread: the in-memory list changed.
+    void entriesChanged();
+
+private:
+    void insertInMemory(const AuditLogEntry &entry);
+
+    const QString m_filePath;
+    const QString m_userName;
+    const QString m_machineName;
+    QList<AuditLogEntry> m_entries;
+    QThreadPool m_writer; // one thread: appends run one after another, in order
+};

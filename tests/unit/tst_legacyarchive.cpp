@@ -1,0 +1,388 @@
+#include "app/Console.h"
+#include "app/PropertyList.h"
+#include "core/LegacyArchive.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimeZone>
+
+#include <functional>
+
+namespace {
+
+const QString kMigrateLine = QStringLiteral("[MIGRATE] Original share archive could not be decoded");
+constexpr double kReferenceDate = 978307200.0; // 2001-01-01T00:00:00Z in Unix seconds
+
+QVariant uid(quint64 v)
+{
+    return QVariant::fromValue(PlistUid{v});
+}
+
+// Lays out an object graph the way the platform's keyed archiver does: "$objects" starts with "$null", every
+// object is referenced by UID, equal strings and classes are stored once, each class is a dictionary with
+// "$classname" and "$classes", and the archive's single top object is "root".
+class ArchiveBuilder
+{
+public:
+    QVariantList objects{QStringLiteral("$null")};
+    QVariantMap top;
+
+    QVariant string(const QString &s)
+    {
+        if (const auto it = m_strings.constFind(s); it != m_strings.cend())
+            return uid(*it);
+        const quint64 u = append(s);
+        m_strings.insert(s, u);
+        return uid(u);
+    }
+    QVariant number(const QVariant &n) { return uid(append(n)); }
+    QVariant null() const { return uid(0); }
+
+    QVariant classRef(const QString &name, const QStringList &chain = {})
+    {
+        if (const auto it = m_classes.constFind(name); it != m_classes.cend())
+            return uid(*it);
+        QVariantList classes;
+        for (const QString &c : chain.isEmpty() ? QStringList{name, QStringLiteral("NSObject")} : chain)
+            classes.append(c);
+        const quint64 u = append(QVariantMap{{QStringLiteral("$classname"), name}, {QStringLiteral("$classes"), classes}});
+        m_classes.insert(name, u);
+        return uid(u);
+    }
+
+    QVariant date(const QDateTime &when)
+    {
+        const quint64 u = reserve();
+        const double t = double(when.toMSecsSinceEpoch()) / 1000.0 - kReferenceDate;
+        objects[qsizetype(u)] = QVariantMap{{QStringLiteral("NS.time"), t}, {QStringLiteral("$class"), classRef(QStringLiteral("NSDate"))}};
+        return uid(u);
+    }
+
+    QVariant array(const QVariantList &refs, const QString &className = QStringLiteral("NSArray"))
+    {
+        const quint64 u = reserve();
+        objects[qsizetype(u)] = QVariantMap{{QStringLiteral("NS.objects"), refs}, {QStringLiteral("$class"), classRef(className)}};
+        return uid(u);
+    }
+
+    // The record's own dictionary is reserved first, its values are appended after it.
+    QVariant object(const QString &className, const std::function<QVariantMap(ArchiveBuilder &)> &values)
+    {
+        const quint64 u = reserve();
+        QVariantMap dict = values(*this);
+        dict.insert(QStringLiteral("$class"), classRef(className));
+        objects[qsizetype(u)] = dict;
+        return uid(u);
+    }
+
+    quint64 reserve() { return append(QVariant(QVariantMap{})); }
+
+    QByteArray finish(const QVariant &root, PropertyList::Format format = PropertyList::Format::Binary)
+    {
+        if (top.isEmpty())
+            top.insert(QStringLiteral("root"), root);
+        const QVariantMap archive{
+            {QStringLiteral("$archiver"), QStringLiteral("NSKeyedArchiver")},
+            {QStringLiteral("$version"), qint64(100000)},
+            {QStringLiteral("$top"), top},
+            {QStringLiteral("$objects"), objects},
+        };
+        return PropertyList::serialize(archive, format);
+    }
+
+private:
+    quint64 append(const QVariant &v)
+    {
+        objects.append(v);
+        return quint64(objects.size() - 1);
+    }
+    QHash<QString, quint64> m_strings;
+    QHash<QString, quint64> m_classes;
+};
+
+const QDateTime kMountTime(QDate(2023, 5, 8), QTime(7, 30, 0), QTimeZone::utc());
+const QString kOverride = QStringLiteral("volume_record_duplicate_6B1D1A6E-9C2F-4E4B-8F1E-0D5C7A3B2E11");
+
+// The required keys and most of the optional ones, as an older build's encoder wrote them: objects by
+// reference (strings, numbers, dates, arrays), Booleans inline.
+QVariantMap recordValues(ArchiveBuilder &b, qint64 id, const QString &host, bool withPort)
+{
+    QVariantMap v{
+        {QStringLiteral("internal_ID_Int_String"), b.string(QString::number(id))},
+        {QStringLiteral("hostname_String"), b.string(host)},
+        {QStringLiteral("volume_String"), b.string(QStringLiteral("share"))},
+        {QStringLiteral("volume_String_isEmpty"), !withPort}, // the first record has an empty share name
+        {QStringLiteral("port_Int"), withPort ? b.number(qint64(1445)) : b.null()},
+        {QStringLiteral("nickname_String"), b.object(QStringLiteral("NSMutableString"), [&host](ArchiveBuilder &) {
+             return QVariantMap{{QStringLiteral("NS.string"), QString(host + QStringLiteral(" share"))}};
+         })},
+        {QStringLiteral("no_password_guest_login"), b.number(qint64(0))},
+        {QStringLiteral("username_String"), b.string(QStringLiteral("alice"))},
+        {QStringLiteral("protocol_Int_String"), b.string(QStringLiteral("1"))},
+        {QStringLiteral("mount_inside_Volumes"), b.number(qint64(1))},
+        {QStringLiteral("unique_mountpoint_fullpath_String"), b.string(QString())},
+        {QStringLiteral("auto_Mount"), qint64(1)}, // an integer encoded inline
+        {QStringLiteral("schedule_Mount"), b.number(qint64(1))},
+        {QStringLiteral("scheduleMountTime"), b.date(kMountTime)},
+        {QStringLiteral("schedule_Weekdays"), b.array({b.number(qint64(1)), b.number(qint64(7))})},
+        {QStringLiteral("group_String"), b.string(QStringLiteral("Office"))},
+        {QStringLiteral("isLocked"), true},
+        {QStringLiteral("password_String"), b.string(QStringLiteral("old-pass"))},
+    };
+    if (withPort)
+        v.insert(QStringLiteral("credentialAccountOverride"), b.string(kOverride));
+    return v;
+}
+
+QByteArray validArchive(const QString &className, PropertyList::Format format)
+{
+    ArchiveBuilder b;
+    const quint64 rootUid = b.reserve();
+    const QVariant first = b.object(className, [](ArchiveBuilder &bb) { return recordValues(bb, 3, QStringLiteral("nas-a"), false); });
+    const QVariant second = b.object(className, [](ArchiveBuilder &bb) { return recordValues(bb, 9, QStringLiteral("fe80::1"), true); });
+    b.objects[qsizetype(rootUid)] = QVariantMap{{QStringLiteral("NS.objects"), QVariantList{first, second}},
+                                                 {QStringLiteral("$class"), b.classRef(QStringLiteral("NSMutableArray"))}};
+    return b.finish(uid(rootUid), format);
+}
+
+struct ConsoleCapture
+{
+    QStringList lines;
+    ConsoleCapture()
+    {
+        Console::setSink([this](const QString &l) { lines.append(l); });
+    }
+    ~ConsoleCapture() { Console::setSink({}); }
+};
+
+} // namespace
+
+class TestLegacyArchive : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void decodesEveryRecordClassName_data();
+    void decodesEveryRecordClassName();
+    void brokenArchiveImportsNothing_data();
+    void brokenArchiveImportsNothing();
+    void sharedReferencesResolveOnce();
+    void importFromPreferencesFile();
+};
+
+void TestLegacyArchive::decodesEveryRecordClassName_data()
+{
+    QTest::addColumn<QString>("className");
+    QTest::addColumn<int>("format");
+    for (const char *name : {"Tarnwell.VolumeRecord", "Tarnwell_S.VolumeRecord", "TarnwellPro.VolumeRecord",
+                             "TarnwellProSilicon.VolumeRecord", "VolumeRecord"}) {
+        QTest::addRow("%s binary", name) << QString::fromLatin1(name) << int(PropertyList::Format::Binary);
+        QTest::addRow("%s xml", name) << QString::fromLatin1(name) << int(PropertyList::Format::Xml);
+    }
+}
+
+void TestLegacyArchive::decodesEveryRecordClassName()
+{
+    QFETCH(QString, className);
+    QFETCH(int, format);
+    const QByteArray bytes = validArchive(className, PropertyList::Format(format));
+    QVERIFY(!bytes.isEmpty());
+    ConsoleCapture console;
+    QString error;
+    const auto records = LegacyArchive::decodeVolumeRecords(bytes, &error);
+    QVERIFY2(records, qPrintable(error));
+    QVERIFY(console.lines.isEmpty());
+    QCOMPARE(records->size(), 2);
+
+    const VolumeRecord &a = records->at(0);
+    QCOMPARE(a.internal_ID_Int, 3);
+    QCOMPARE(a.hostname_String, QStringLiteral("nas-a"));
+    QCOMPARE(a.volume_String, QString()); // "share" stored beside the empty flag
+    QVERIFY(!a.port_Int);                  // "$null"
+    QCOMPARE(a.nickname_String, QStringLiteral("nas-a share"));
+    QCOMPARE(a.username_String, QStringLiteral("alice"));
+    QCOMPARE(a.mounting_using_protocol_Enum, MountUsingProtocol_Enum::AFP);
+    QCOMPARE(a.auto_Mount, 1);
+    QCOMPARE(a.schedule_Mount, 1);
+    QCOMPARE(a.schedule_MountTime, kMountTime);
+    QCOMPARE(a.schedule_Weekdays, (QList<int>{1, 7}));
+    QCOMPARE(a.group_String, QStringLiteral("Office"));
+    QVERIFY(a.isLocked);
+    QCOMPARE(a._cachedPassword, std::optional<QString>(QStringLiteral("old-pass")));
+    QVERIFY(!a.credentialAccountOverride);
+
+    const VolumeRecord &b = records->at(1);
+    QCOMPARE(b.internal_ID_Int, 9);
+    QCOMPARE(b.volume_String, QStringLiteral("share"));
+    QCOMPARE(b.port_Int, std::optional<qint64>(1445));
+    QCOMPARE(b.credentialAccountOverride, std::optional<QString>(kOverride));
+    QCOMPARE(b.mountURLText(), QStringLiteral("afp://[fe80::1]:1445/share"));
+}
+
+void TestLegacyArchive::brokenArchiveImportsNothing_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    const QString record = QStringLiteral("Tarnwell.VolumeRecord");
+    auto oneRecord = [&record](const std::function<void(ArchiveBuilder &, QVariantMap &)> &spoil) {
+        ArchiveBuilder b;
+        const quint64 rootUid = b.reserve();
+        const QVariant element = b.object(record, [&spoil](ArchiveBuilder &bb) {
+            QVariantMap v = recordValues(bb, 1, QStringLiteral("h"), true);
+            spoil(bb, v);
+            return v;
+        });
+        b.objects[qsizetype(rootUid)] = QVariantMap{{QStringLiteral("NS.objects"), QVariantList{element}},
+                                                     {QStringLiteral("$class"), b.classRef(QStringLiteral("NSArray"))}};
+        return b.finish(uid(rootUid));
+    };
+
+    {
+        ArchiveBuilder b;
+        const QVariant element = b.object(QStringLiteral("Other.Thing"), [](ArchiveBuilder &bb) {
+            return recordValues(bb, 1, QStringLiteral("h"), true);
+        });
+        QTest::newRow("unknown class") << b.finish(b.array({element}));
+    }
+    QTest::newRow("unknown value class") << oneRecord([](ArchiveBuilder &bb, QVariantMap &v) {
+        v.insert(QStringLiteral("group_String"), bb.object(QStringLiteral("NSURL"), [](ArchiveBuilder &) {
+                     return QVariantMap{{QStringLiteral("NS.relative"), QStringLiteral("x")}};
+                 }));
+    });
+    QTest::newRow("uid out of range") << oneRecord([](ArchiveBuilder &, QVariantMap &v) {
+        v.insert(QStringLiteral("hostname_String"), uid(100000));
+    });
+    QTest::newRow("required key is nil") << oneRecord([](ArchiveBuilder &bb, QVariantMap &v) {
+        v.insert(QStringLiteral("hostname_String"), bb.null());
+    });
+    QTest::newRow("required key mistyped") << oneRecord([](ArchiveBuilder &bb, QVariantMap &v) {
+        v.insert(QStringLiteral("username_String"), bb.number(qint64(5)));
+    });
+    QTest::newRow("date without time") << oneRecord([](ArchiveBuilder &bb, QVariantMap &v) {
+        v.insert(QStringLiteral("scheduleMountTime"),
+                 bb.object(QStringLiteral("NSDate"), [](ArchiveBuilder &) { return QVariantMap{}; }));
+    });
+    QTest::newRow("class reference out of range") << oneRecord([](ArchiveBuilder &bb, QVariantMap &v) {
+        const quint64 u = bb.reserve();
+        bb.objects[qsizetype(u)] = QVariantMap{{QStringLiteral("NS.string"), QStringLiteral("x")}, {QStringLiteral("$class"), uid(5000)}};
+        v.insert(QStringLiteral("group_String"), uid(u));
+    });
+    QTest::newRow("nested too deep") << oneRecord([](ArchiveBuilder &bb, QVariantMap &v) {
+        QVariant inner = bb.array({bb.number(qint64(1))});
+        for (int i = 0; i < 200; ++i)
+            inner = bb.array({inner});
+        v.insert(QStringLiteral("schedule_Weekdays"), inner);
+    });
+    {
+        ArchiveBuilder b;
+        const quint64 rootUid = b.reserve();
+        b.objects[qsizetype(rootUid)] = QVariantMap{{QStringLiteral("NS.objects"), QVariantList{uid(rootUid)}},
+                                                     {QStringLiteral("$class"), b.classRef(QStringLiteral("NSArray"))}};
+        QTest::newRow("array contains itself") << b.finish(uid(rootUid));
+    }
+    {
+        ArchiveBuilder b;
+        const quint64 rootUid = b.reserve();
+        const QVariant element = b.object(record, [rootUid](ArchiveBuilder &bb) {
+            QVariantMap v = recordValues(bb, 1, QStringLiteral("h"), true);
+            v.insert(QStringLiteral("group_String"), uid(rootUid)); // back to the list holding the record
+            return v;
+        });
+        b.objects[qsizetype(rootUid)] = QVariantMap{{QStringLiteral("NS.objects"), QVariantList{element}},
+                                                     {QStringLiteral("$class"), b.classRef(QStringLiteral("NSArray"))}};
+        QTest::newRow("record refers to its list") << b.finish(uid(rootUid));
+    }
+    {
+        ArchiveBuilder b;
+        const QVariant element = b.object(record, [](ArchiveBuilder &bb) { return recordValues(bb, 1, QStringLiteral("h"), true); });
+        QTest::newRow("root is a record") << b.finish(element);
+    }
+    {
+        ArchiveBuilder b;
+        QTest::newRow("element is a string") << b.finish(b.array({b.string(QStringLiteral("x"))}));
+    }
+    {
+        ArchiveBuilder b;
+        QTest::newRow("element is nil") << b.finish(b.array({b.null()}));
+    }
+    {
+        ArchiveBuilder b;
+        b.top.insert(QStringLiteral("root"), qint64(1)); // not a UID
+        b.top.insert(QStringLiteral("other"), uid(0));
+        QTest::newRow("root not a reference") << b.finish(QVariant());
+    }
+    QTest::newRow("not an archive") << PropertyList::serialize(QVariantMap{{QStringLiteral("a"), qint64(1)}}, PropertyList::Format::Binary);
+    QTest::newRow("not a property list") << QByteArray("bplist00\x01\x02garbage");
+    QTest::newRow("empty") << QByteArray();
+}
+
+void TestLegacyArchive::brokenArchiveImportsNothing()
+{
+    QFETCH(QByteArray, bytes);
+    ConsoleCapture console;
+    QString error;
+    const auto records = LegacyArchive::decodeVolumeRecords(bytes, &error);
+    QVERIFY(!records);
+    QVERIFY(!error.isEmpty());
+    QCOMPARE(console.lines, QStringList{kMigrateLine});
+}
+
+void TestLegacyArchive::sharedReferencesResolveOnce()
+{
+    // Each level holds two references to the level below: 2^24 paths, but only 25 distinct objects.
+    ArchiveBuilder b;
+    QVariant level = b.number(qint64(2));
+    for (int i = 0; i < 24; ++i)
+        level = b.array({level, level});
+    QString error;
+    const auto root = LegacyArchive::resolveRoot(b.finish(level), &error);
+    QVERIFY2(root, qPrintable(error));
+    QCOMPARE(root->toList().size(), 2);
+}
+
+void TestLegacyArchive::importFromPreferencesFile()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    auto writePlist = [&dir](const QString &name, const QVariantMap &content) {
+        const QString path = dir.filePath(name);
+        QFile f(path);
+        f.open(QIODevice::WriteOnly);
+        f.write(PropertyList::serialize(content, PropertyList::Format::Binary));
+        return path;
+    };
+    const QString key = QStringLiteral("Tarnwell_VolumeRecordArray");
+
+    const QString archived = writePlist(QStringLiteral("archived.plist"),
+                                        {{key, validArchive(QStringLiteral("TarnwellPro.VolumeRecord"), PropertyList::Format::Binary)},
+                                         {QStringLiteral("mount_timeout_Int"), qint64(30)}});
+    auto records = LegacyArchive::importFromPreferencesFile(archived);
+    QVERIFY(records);
+    QCOMPARE(records->size(), 2);
+
+    VolumeRecord native;
+    native.internal_ID_Int = 5;
+    native.hostname_String = QStringLiteral("n");
+    const QString nativePath = writePlist(QStringLiteral("native.plist"), {{key, QVariantList{native.encode()}}});
+    records = LegacyArchive::importFromPreferencesFile(nativePath);
+    QVERIFY(records);
+    QCOMPARE(records->size(), 1);
+    QCOMPARE(records->first().internal_ID_Int, 5);
+
+    ConsoleCapture console;
+    QString error;
+    const QString noKey = writePlist(QStringLiteral("nokey.plist"), {{QStringLiteral("other"), true}});
+    QVERIFY(!LegacyArchive::importFromPreferencesFile(noKey, &error));
+    QVERIFY(!error.isEmpty());
+    error.clear();
+    QVERIFY(!LegacyArchive::importFromPreferencesFile(dir.filePath(QStringLiteral("absent.plist")), &error));
+    QVERIFY(!error.isEmpty());
+    QVERIFY(console.lines.isEmpty()); // nothing was there to decode
+
+    const QString broken = writePlist(QStringLiteral("broken.plist"), {{key, QByteArray("not an archive")}});
+    QVERIFY(!LegacyArchive::importFromPreferencesFile(broken));
+    QCOMPARE(console.lines, QStringList{kMigrateLine});
+}
+
+QTEST_GUILESS_MAIN(TestLegacyArchive)
+#include "tst_legacyarchive.moc"

@@ -1,0 +1,365 @@
+#include "app/Console.h"
+#include "app/Defaults.h"
+#include "app/NotificationCenter.h"
+#include "app/PropertyList.h"
+#include "core/RecordStore.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+const QString kKey = QStringLiteral("Tarnwell_VolumeRecordArray");
+const QString kDecodePrefix = QStringLiteral("⚠️ [Persistence] Failed to decode archived data: ");
+
+VolumeRecord makeRecord(qint64 id, const QString &host)
+{
+    VolumeRecord r;
+    r.internal_ID_Int = id;
+    r.hostname_String = host;
+    r.nickname_String = host.toUpper();
+    return r;
+}
+
+QList<qint64> ids(const RecordStore &store)
+{
+    QList<qint64> out;
+    for (const VolumeRecord &r : store.records())
+        out.append(r.internal_ID_Int);
+    return out;
+}
+
+// Captures console lines for the lifetime of the object.
+struct ConsoleCapture
+{
+    QStringList lines;
+    ConsoleCapture()
+    {
+        Console::setSink([this](const QString &l) { lines.append(l); });
+    }
+    ~ConsoleCapture() { Console::setSink({}); }
+    QStringList startingWith(const QString &prefix) const
+    {
+        QStringList out;
+        for (const QString &l : lines)
+            if (l.startsWith(prefix))
+                out.append(l);
+        return out;
+    }
+};
+
+} // namespace
+
+class TestRecordStore : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void emptyStore();
+    void saveAndLoadKeepOrderAndFields();
+    void nextId_data();
+    void nextId();
+    void findUpdateRemove();
+    void undecodableElementsAreSkipped();
+    void wrongKindIsKeptAside_data();
+    void wrongKindIsKeptAside();
+    void keyedArchiveDataIsImported();
+    void firstLaunch();
+    void firstLaunchOnUpgradeOnlySetsFlag();
+
+private:
+    QString path() const { return m_dir->filePath(QStringLiteral("prefs.plist")); }
+    std::unique_ptr<QTemporaryDir> m_dir;
+};
+
+void TestRecordStore::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_dir->isValid());
+}
+
+void TestRecordStore::emptyStore()
+{
+    Defaults defaults(path());
+    RecordStore store(defaults);
+    ConsoleCapture console;
+    QCOMPARE(store.load(), 0);
+    QVERIFY(store.isEmpty());
+    QCOMPARE(store.nextId(), 1);
+    QVERIFY(!store.find(1));
+    QVERIFY(console.lines.isEmpty());
+    QVERIFY(!QFile::exists(path())); // loading nothing writes nothing
+}
+
+void TestRecordStore::saveAndLoadKeepOrderAndFields()
+{
+    {
+        Defaults defaults(path());
+        RecordStore store(defaults);
+        VolumeRecord c = makeRecord(30, QStringLiteral("c"));
+        c.volume_String.clear();
+        c.port_Int = 8445;
+        c.mounting_using_protocol_Enum = MountUsingProtocol_Enum::NFS;
+        c._cachedPassword = QStringLiteral("hunter2-secret");
+        store.add(c);
+        store.add(makeRecord(4, QStringLiteral("a")));
+        store.add(makeRecord(17, QStringLiteral("b")));
+        QVERIFY(store.save());
+    }
+    QFile file(path());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(!file.readAll().contains("hunter2-secret"));
+
+    // A fresh Defaults reads the file, as the next launch would.
+    Defaults defaults(path());
+    const auto stored = defaults.array(kKey);
+    QVERIFY(stored);
+    QCOMPARE(stored->size(), 3);
+    QCOMPARE(stored->at(0).metaType().id(), QMetaType::QVariantMap); // native dictionaries, not opaque data
+
+    RecordStore store(defaults);
+    QCOMPARE(store.load(), 0);
+    QCOMPARE(ids(store), (QList<qint64>{30, 4, 17}));
+    const VolumeRecord *c = store.find(30);
+    QVERIFY(c);
+    QCOMPARE(c->volume_String, QString());
+    QCOMPARE(c->port_Int, std::optional<qint64>(8445));
+    QCOMPARE(c->mounting_using_protocol_Enum, MountUsingProtocol_Enum::NFS);
+    QVERIFY(!c->_cachedPassword);
+    QCOMPARE(c->mountURLText(), QStringLiteral("nfs://c:8445/"));
+    QCOMPARE(store.nextId(), 31);
+}
+
+void TestRecordStore::nextId_data()
+{
+    QTest::addColumn<QList<qint64>>("existing");
+    QTest::addColumn<qint64>("expected");
+    QTest::newRow("empty") << QList<qint64>{} << qint64(1);
+    QTest::newRow("one") << QList<qint64>{1} << qint64(2);
+    QTest::newRow("max not last") << QList<qint64>{5, 12, 3} << qint64(13);
+    QTest::newRow("gaps are not reused") << QList<qint64>{1, 9} << qint64(10);
+    QTest::newRow("zero id") << QList<qint64>{0} << qint64(1);
+    QTest::newRow("negative only") << QList<qint64>{-4, -9} << qint64(-3);
+}
+
+void TestRecordStore::nextId()
+{
+    QFETCH(QList<qint64>, existing);
+    Defaults defaults(path());
+    RecordStore store(defaults);
+    for (qint64 id : existing)
+        store.add(makeRecord(id, QStringLiteral("h")));
+    QTEST(store.nextId(), "expected");
+}
+
+void TestRecordStore::findUpdateRemove()
+{
+    Defaults defaults(path());
+    RecordStore store(defaults);
+    store.add(makeRecord(1, QStringLiteral("one")));
+    store.add(makeRecord(2, QStringLiteral("two")));
+    store.add(makeRecord(3, QStringLiteral("three")));
+
+    store.find(2)->runtime_status_String = QStringLiteral("Mounted");
+    QCOMPARE(store.records().at(1).runtime_status_String, QStringLiteral("Mounted"));
+
+    VolumeRecord changed = *store.recordCopy(3);
+    changed.hostname_String = QStringLiteral("drei");
+    QVERIFY(store.update(changed));
+    QCOMPARE(store.find(3)->hostname_String, QStringLiteral("drei"));
+    QCOMPARE(store.indexOf(3), 2); // replaced in place, order kept
+
+    QVERIFY(!store.update(makeRecord(99, QStringLiteral("x"))));
+    QCOMPARE(store.size(), 3);
+
+    QVERIFY(store.remove(1));
+    QVERIFY(!store.remove(1));
+    QCOMPARE(ids(store), (QList<qint64>{2, 3}));
+    QVERIFY(!store.recordCopy(1));
+    QCOMPARE(store.nextId(), 4);
+}
+
+void TestRecordStore::undecodableElementsAreSkipped()
+{
+    QVariantMap missingHost = makeRecord(2, QStringLiteral("x")).encode();
+    missingHost.remove(QStringLiteral("hostname_String"));
+    const QVariantList stored{makeRecord(1, QStringLiteral("a")).encode(), missingHost, QStringLiteral("junk"),
+                              makeRecord(4, QStringLiteral("d")).encode()};
+    {
+        Defaults defaults(path());
+        defaults.setValue(kKey, stored);
+    }
+    QFile file(path());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+    file.close();
+
+    Defaults defaults(path());
+    RecordStore store(defaults);
+    ConsoleCapture console;
+    QCOMPARE(store.load(), 2);
+    QCOMPARE(ids(store), (QList<qint64>{1, 4}));
+    const QStringList lines = console.startingWith(kDecodePrefix);
+    QCOMPARE(lines.size(), 2);
+    QVERIFY(lines.at(0).contains(QStringLiteral("index 1")));
+    QVERIFY(lines.at(0).contains(QStringLiteral("hostname_String")));
+    QVERIFY(lines.at(1).contains(QStringLiteral("index 2")));
+
+    // Loading leaves the stored data alone; only the next save drops the bad elements.
+    defaults.flush();
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), before);
+    file.close();
+    QCOMPARE(defaults.array(kKey)->size(), 4);
+    QVERIFY(store.save());
+    QCOMPARE(defaults.array(kKey)->size(), 2);
+}
+
+void TestRecordStore::wrongKindIsKeptAside_data()
+{
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<int>("failures");
+    QTest::newRow("string") << QVariant(QStringLiteral("not records")) << 1;
+    QTest::newRow("dictionary") << QVariant(QVariantMap{{QStringLiteral("a"), qint64(1)}}) << 1;
+    QTest::newRow("integer") << QVariant(qint64(5)) << 1;
+    QTest::newRow("data that is no archive") << QVariant(QByteArray("\x00\x01garbage", 9)) << 1;
+}
+
+void TestRecordStore::wrongKindIsKeptAside()
+{
+    QFETCH(QVariant, stored);
+    {
+        Defaults defaults(path());
+        defaults.setValue(kKey, stored);
+    }
+    Defaults defaults(path());
+    RecordStore store(defaults);
+    ConsoleCapture console;
+    QTEST(store.load(), "failures");
+    QVERIFY(store.isEmpty());
+    QCOMPARE(console.startingWith(kDecodePrefix).size(), 1);
+    QVERIFY(console.startingWith(kDecodePrefix).first().contains(RecordStore::backupKey()));
+    QCOMPARE(defaults.value(RecordStore::backupKey()), stored);
+
+    // Start-up goes on: a new record can be saved, and the original stays in the backup.
+    store.add(makeRecord(store.nextId(), QStringLiteral("new")));
+    QVERIFY(store.save());
+    Defaults reread(path());
+    QCOMPARE(reread.array(kKey)->size(), 1);
+    QCOMPARE(reread.value(RecordStore::backupKey()), stored);
+}
+
+void TestRecordStore::keyedArchiveDataIsImported()
+{
+    // The same list as an older build kept it: opaque data holding a keyed archive.
+    const auto uid = [](quint64 v) { return QVariant::fromValue(PlistUid{v}); };
+    const QVariantMap record{
+        {QStringLiteral("$class"), uid(3)},
+        {QStringLiteral("internal_ID_Int_String"), uid(4)},
+        {QStringLiteral("hostname_String"), uid(5)},
+        {QStringLiteral("no_password_guest_login"), uid(6)},
+        {QStringLiteral("username_String"), uid(7)},
+        {QStringLiteral("mount_inside_Volumes"), uid(8)},
+        {QStringLiteral("unique_mountpoint_fullpath_String"), uid(9)},
+        {QStringLiteral("auto_Mount"), uid(6)},
+    };
+    const QVariantMap archive{
+        {QStringLiteral("$archiver"), QStringLiteral("NSKeyedArchiver")},
+        {QStringLiteral("$version"), qint64(100000)},
+        {QStringLiteral("$top"), QVariantMap{{QStringLiteral("root"), uid(1)}}},
+        {QStringLiteral("$objects"),
+         QVariantList{
+             QStringLiteral("$null"),
+             QVariantMap{{QStringLiteral("NS.objects"), QVariantList{uid(2)}}, {QStringLiteral("$class"), uid(10)}},
+             record,
+             QVariantMap{{QStringLiteral("$classname"), QStringLiteral("Tarnwell.VolumeRecord")},
+                         {QStringLiteral("$classes"), QVariantList{QStringLiteral("Tarnwell.VolumeRecord"),
+                                                                   QStringLiteral("NSObject")}}},
+             QStringLiteral("12"), QStringLiteral("old-nas"), qint64(0), QStringLiteral("bob"), qint64(1), QString(),
+             QVariantMap{{QStringLiteral("$classname"), QStringLiteral("NSMutableArray")},
+                         {QStringLiteral("$classes"), QVariantList{QStringLiteral("NSMutableArray"),
+                                                                   QStringLiteral("NSArray"), QStringLiteral("NSObject")}}},
+         }},
+    };
+    const QByteArray bytes = PropertyList::serialize(archive, PropertyList::Format::Binary);
+    QVERIFY(!bytes.isEmpty());
+    {
+        Defaults defaults(path());
+        defaults.setValue(kKey, bytes);
+    }
+    Defaults defaults(path());
+    RecordStore store(defaults);
+    ConsoleCapture console;
+    QCOMPARE(store.load(), 0);
+    QCOMPARE(ids(store), QList<qint64>{12});
+    QCOMPARE(store.find(12)->hostname_String, QStringLiteral("old-nas"));
+    QCOMPARE(defaults.value(RecordStore::backupKey()).toByteArray(), bytes);
+    QVERIFY(console.startingWith(kDecodePrefix).isEmpty());
+    QVERIFY(store.save());
+    QVERIFY(defaults.array(kKey)); // converted to the native form by the save
+}
+
+void TestRecordStore::firstLaunch()
+{
+    Defaults defaults(path());
+    NotificationCenter center;
+    QSignalSpy spy(&center, &NotificationCenter::posted);
+    RecordStore store(defaults, &center);
+    ConsoleCapture console;
+    store.load();
+    QVERIFY(store.firstLaunchIfNeeded());
+
+    QCOMPARE(console.lines.first(), QStringLiteral("🎉 First launch detected - creating example shares"));
+    QCOMPARE(console.lines.last(), QStringLiteral("✅ Created 2 example templates for first-time user"));
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.first().at(0).toString(), QStringLiteral("Tarnwell_VolumeRecordChanged"));
+    QCOMPARE(defaults.boolean(QStringLiteral("Tarnwell_HasLaunchedBefore")), std::optional<bool>(true));
+
+    QCOMPARE(ids(store), (QList<qint64>{1, 2}));
+    const VolumeRecord &nas = store.records().at(0);
+    QCOMPARE(nas.nickname_String, QStringLiteral("Example: NAS or Server"));
+    QCOMPARE(nas.hostname_String, QStringLiteral("192.168.1.100"));
+    QCOMPARE(nas.volume_String, QStringLiteral("SharedFolder"));
+    QCOMPARE(nas.mounting_using_protocol_Enum, MountUsingProtocol_Enum::SMB);
+    QCOMPARE(nas.no_password_guest_login, 0);
+    QCOMPARE(nas.username_String, QStringLiteral("your-username"));
+    QCOMPARE(nas.mount_inside_Volumes, 1);
+    QCOMPARE(nas.runtime_status_String, QStringLiteral("Edit with your server details"));
+    const VolumeRecord &cloud = store.records().at(1);
+    QCOMPARE(cloud.nickname_String, QStringLiteral("Example: Cloud Storage"));
+    QCOMPARE(cloud.volume_String, QStringLiteral("remote.php/dav/files/username"));
+    QCOMPARE(cloud.mounting_using_protocol_Enum, MountUsingProtocol_Enum::WebDAVS);
+    QCOMPARE(cloud.no_password_guest_login, 0);
+    QVERIFY(cloud.username_String.contains(QLatin1Char('@')));
+    QVERIFY(!cloud.hostname_String.isEmpty());
+    QCOMPARE(cloud.mount_inside_Volumes, 1);
+    QCOMPARE(cloud.runtime_status_String, QStringLiteral("For Nextcloud, Box, etc."));
+
+    // Saved: the next launch loads them and creates nothing more.
+    Defaults next(path());
+    RecordStore nextStore(next, &center);
+    QCOMPARE(nextStore.load(), 0);
+    QCOMPARE(nextStore.size(), 2);
+    QVERIFY(!nextStore.firstLaunchIfNeeded());
+    QCOMPARE(nextStore.size(), 2);
+    QCOMPARE(spy.count(), 1);
+}
+
+void TestRecordStore::firstLaunchOnUpgradeOnlySetsFlag()
+{
+    Defaults defaults(path());
+    defaults.setValue(kKey, QVariantList{makeRecord(8, QStringLiteral("kept")).encode()});
+    RecordStore store(defaults);
+    store.load();
+    ConsoleCapture console;
+    QVERIFY(!store.firstLaunchIfNeeded());
+    QCOMPARE(ids(store), QList<qint64>{8});
+    QCOMPARE(defaults.boolean(QStringLiteral("Tarnwell_HasLaunchedBefore")), std::optional<bool>(true));
+    QVERIFY(console.lines.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestRecordStore)
+#include "tst_recordstore.moc"
