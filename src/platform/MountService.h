@@ -32,6 +32,9 @@ struct MountRequest
     bool guest = false;     // open option "Guest"
     bool allowUI = false;   // open option "UIOption": "AllowUI" or "NoUI"
     QString mountDirectory; // empty: the volumes folder; else the custom folder ("MountAtMountDir")
+    // TLS: accept a server certificate the system does not trust (self-signed, wrong host). Off by
+    // default: such a certificate then fails the mount.
+    bool acceptUntrustedCertificate = false;
 };
 
 // The mount pipeline's response code (BSD errno numbering: 0 success, 2, 5, 8, 13, 17, 19, 60, 64, 65, 80,

@@ -50,3 +50,13 @@ kill_tree() {
 free_port() {
   python3 -c 'import socket; s=socket.socket(); s.bind(("127.0.0.1",0)); print(s.getsockname()[1]); s.close()'
 }
+
+# stack_processes STACK: PIDs of processes whose environment names this stack's runtime folder.
+stack_processes() {
+  local marker="XDG_RUNTIME_DIR=$1/runtime" env pid
+  for env in /proc/[0-9]*/environ; do
+    pid=${env#/proc/}; pid=${pid%/environ}
+    [ "$pid" = "$$" ] && continue
+    { tr '\0' '\n' < "$env"; } 2>/dev/null | grep -qxF "$marker" && echo "$pid"
+  done
+}

@@ -20,4 +20,7 @@ if [ -d "$stack/pids" ]; then
     rm -f "$f"
   done
 fi
+# Services the private bus activated on its own daemonise away from its process tree; they still carry
+# the stack's runtime folder in their environment, which identifies them.
+for pid in $(stack_processes "$stack"); do kill_tree "$pid"; done
 exit 0

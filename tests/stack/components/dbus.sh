@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# A private session bus. Services it activates (GVfs daemons, the keyring) are its children, so stopping
-# its process tree stops them too.
+# A private session bus. Services it activates (GVfs daemons, the keyring) inherit its environment, so
+# stop.sh finds them by the stack's runtime folder even after they daemonise.
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
 . "$here/common.sh"

@@ -1,0 +1,155 @@
+// Mount + unmount latency of the stack's guest SMB share: a bare GIO mount (g_file_mount_enclosing_volume
+// and g_mount_unmount_with_operation, nothing else) against GvfsMountService, which adds the password
+// answers, the code mapping, the wait until the FUSE folder lists and the mount-table note. Interleaved,
+// median of N rounds each, printed. Run under the test stack:
+//   tests/stack/with-stack.sh STACK build/bench/bench_mount [rounds]
+#include "platform/MountResponseCode.h"
+#include "platform/linux/GvfsMountService.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QUrl>
+
+#include <gio/gio.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+struct Waiter
+{
+    bool done = false;
+    GError *error = nullptr;
+};
+
+// The plain GIO round trip on a private context, as a GIO program would write it.
+bool bareRoundTrip(const QUrl &url, double *mountMs, double *unmountMs)
+{
+    GMainContext *context = g_main_context_new();
+    g_main_context_push_thread_default(context);
+    GFile *file = g_file_new_for_uri(url.toString(QUrl::FullyEncoded).toUtf8().constData());
+    GMountOperation *operation = g_mount_operation_new();
+    g_signal_connect(operation, "ask-password",
+                     G_CALLBACK(+[](GMountOperation *op, const char *, const char *, const char *, GAskPasswordFlags, gpointer) {
+                         g_mount_operation_set_anonymous(op, TRUE);
+                         g_mount_operation_reply(op, G_MOUNT_OPERATION_HANDLED);
+                     }),
+                     nullptr);
+    QElapsedTimer timer;
+    timer.start();
+    Waiter mounted;
+    g_file_mount_enclosing_volume(
+        file, G_MOUNT_MOUNT_NONE, operation, nullptr,
+        [](GObject *src, GAsyncResult *res, gpointer data) {
+            auto *w = static_cast<Waiter *>(data);
+            g_file_mount_enclosing_volume_finish(G_FILE(src), res, &w->error);
+            w->done = true;
+        },
+        &mounted);
+    while (!mounted.done)
+        g_main_context_iteration(context, TRUE);
+    *mountMs = timer.nsecsElapsed() / 1e6;
+    bool ok = !mounted.error;
+    g_clear_error(&mounted.error);
+
+    if (ok) {
+        timer.restart();
+        GMount *mount = g_file_find_enclosing_mount(file, nullptr, nullptr);
+        Waiter unmounted;
+        if (mount) {
+            g_mount_unmount_with_operation(
+                mount, G_MOUNT_UNMOUNT_NONE, nullptr, nullptr,
+                [](GObject *src, GAsyncResult *res, gpointer data) {
+                    auto *w = static_cast<Waiter *>(data);
+                    g_mount_unmount_with_operation_finish(G_MOUNT(src), res, &w->error);
+                    w->done = true;
+                },
+                &unmounted);
+            while (!unmounted.done)
+                g_main_context_iteration(context, TRUE);
+            g_object_unref(mount);
+        }
+        *unmountMs = timer.nsecsElapsed() / 1e6;
+        ok = mount && !unmounted.error;
+        g_clear_error(&unmounted.error);
+    }
+    g_object_unref(operation);
+    g_object_unref(file);
+    g_main_context_pop_thread_default(context);
+    g_main_context_unref(context);
+    return ok;
+}
+
+bool serviceRoundTrip(GvfsMountService &service, const QUrl &url, double *mountMs, double *unmountMs)
+{
+    MountRequest request;
+    request.url = url;
+    request.guest = true;
+    QElapsedTimer timer;
+    timer.start();
+    const MountResult result = service.mount(request, nullptr);
+    *mountMs = timer.nsecsElapsed() / 1e6;
+    if (result.code != MountResponseCode::Success)
+        return false;
+    timer.restart();
+    const UnmountResult unmounted = service.unmount(result.mountPath, false);
+    *unmountMs = timer.nsecsElapsed() / 1e6;
+    return unmounted.ok;
+}
+
+double median(std::vector<double> v)
+{
+    if (v.empty())
+        return 0;
+    std::sort(v.begin(), v.end());
+    return v.size() % 2 ? v[v.size() / 2] : (v[v.size() / 2 - 1] + v[v.size() / 2]) / 2;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    const QString port = qEnvironmentVariable("TW_SMB_PORT");
+    if (port.isEmpty()) {
+        std::fprintf(stderr, "bench_mount: needs the test stack (TW_SMB_PORT)\n");
+        return 2;
+    }
+    const int rounds = std::max(10, argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : 15);
+    const QUrl url(QStringLiteral("smb://%1:%2/%3")
+                       .arg(qEnvironmentVariable("TW_SMB_HOST"), port, qEnvironmentVariable("TW_SMB_GUEST_SHARE")));
+    GvfsMountService service; // no table: the bare side has none either
+
+    std::vector<double> bareMount, bareUnmount, serviceMount, serviceUnmount;
+    int failures = 0;
+    double m = 0, u = 0;
+    // One warm-up of each so the backend binaries and the server's first session are not measured.
+    bareRoundTrip(url, &m, &u);
+    serviceRoundTrip(service, url, &m, &u);
+    for (int i = 0; i < rounds; ++i) {
+        if (bareRoundTrip(url, &m, &u)) {
+            bareMount.push_back(m);
+            bareUnmount.push_back(u);
+        } else {
+            ++failures;
+        }
+        if (serviceRoundTrip(service, url, &m, &u)) {
+            serviceMount.push_back(m);
+            serviceUnmount.push_back(u);
+        } else {
+            ++failures;
+        }
+    }
+    const double bare = median(bareMount) + median(bareUnmount);
+    const double svc = median(serviceMount) + median(serviceUnmount);
+    std::printf("bench_mount: guest SMB share, %d rounds, %d failed\n", rounds, failures);
+    std::printf("  bare GIO        mount %8.1f ms  unmount %8.1f ms  (medians)\n", median(bareMount), median(bareUnmount));
+    std::printf("  GvfsMountService mount %8.1f ms  unmount %8.1f ms  (medians)\n", median(serviceMount),
+                median(serviceUnmount));
+    std::printf("  service/bare round trip: %.2f\n", bare > 0 ? svc / bare : 0.0);
+    // ENGINE PATH: the whole engine (pipeline, discovery, eject) over the same share is measured against
+    // GvfsMountService by bench_mount_engine in the same way; engine/bare = (engine/service) x (service/bare).
+    return failures == 0 ? 0 : 1;
+}

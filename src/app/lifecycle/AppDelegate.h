@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+class ControlService;
+class EngineHost;
+class UnixSignalWatcher;
+
+// The application's life in one process: refuses to start a second engine (a second launch forwards its
+// tarnwell:// URLs to the running one over the session bus and ends), builds the EngineHost over the
+// Linux ports, exports the control interface, starts the engine, and quits cleanly on SIGINT/SIGTERM or
+// on request (records saved, APP_QUIT written and on disk before the process ends).
+//
+// The tray user interface, when there is one, attaches after launch() through host() and the control
+// service; the headless daemon runs exactly this without it.
+//
+// Thread: main thread. The Q(Core)Application must exist before launch().
+class AppDelegate : public QObject
+{
+    Q_OBJECT
+public:
+    static inline const QString kAlreadyRunningLine = QStringLiteral("Tarnwell is already running");
+    static inline const QString kNoSessionBusLine =
+        QStringLiteral("⚠️ [SETUP] No session bus: the control interface (tarnwellctl) is not available");
+    static inline const QString kUrlFailedLine = QStringLiteral("❌ [SETUP] URL not handled: %1");
+
+    enum class LaunchResult {
+        Running,        // the engine runs; enter the event loop
+        AlreadyRunning, // another process owns the bus name; URLs were forwarded; exit 0
+        Failed,         // the URLs could not be forwarded to the running engine; exit 1
+    };
+
+    explicit AppDelegate(QStringList urls, QObject *parent = nullptr);
+    ~AppDelegate() override;
+
+    LaunchResult launch();
+
+    // Shuts the engine down and leaves the event loop with status 0. Idempotent.
+    void quit();
+
+    EngineHost *host() const { return m_host.get(); }
+    ControlService *control() const { return m_control.get(); }
+
+private:
+    LaunchResult forwardToRunningInstance();
+    bool exportControlInterface();
+
+    QStringList m_urls;
+    std::unique_ptr<EngineHost> m_host;
+    std::unique_ptr<ControlService> m_control;
+    std::unique_ptr<UnixSignalWatcher> m_signals;
+    bool m_exported = false;
+    bool m_quitting = false;
+};

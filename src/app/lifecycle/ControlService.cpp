@@ -1,0 +1,488 @@
+#include "ControlService.h"
+
+#include "ControlNames.h"
+#include "RecordJson.h"
+#include "ShareResolver.h"
+#include "UrlCommand.h"
+
+#include "core/CredentialStore.h"
+#include "core/MountEngine.h"
+#include "logging/EnterpriseAuditLog.h"
+#include "logging/LogEventManager.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonParseError>
+
+namespace {
+
+constexpr int kCoalesceMs = 100;
+
+ControlService::Error makeError(const QString &name, const QString &message)
+{
+    return {name, message};
+}
+
+// A JSON object from the caller's text; an error naming what is wrong otherwise.
+std::optional<QJsonObject> parseObject(const QString &text, ControlService::Error *error)
+{
+    QJsonParseError parseError;
+    const QJsonDocument doc = QJsonDocument::fromJson(text.toUtf8(), &parseError);
+    if (parseError.error != QJsonParseError::NoError) {
+        *error = makeError(ControlNames::kErrorInvalidArgument,
+                           QStringLiteral("Bad JSON: %1 at offset %2").arg(parseError.errorString()).arg(parseError.offset));
+        return std::nullopt;
+    }
+    if (!doc.isObject()) {
+        *error = makeError(ControlNames::kErrorInvalidArgument, QStringLiteral("Bad JSON: a share must be a JSON object"));
+        return std::nullopt;
+    }
+    return doc.object();
+}
+
+std::optional<QDateTime> parseBound(const QString &text, bool *ok)
+{
+    *ok = true;
+    if (text.trimmed().isEmpty())
+        return std::nullopt;
+    QDateTime dt = QDateTime::fromString(text.trimmed(), Qt::ISODateWithMs);
+    if (!dt.isValid())
+        dt = QDateTime::fromString(text.trimmed(), Qt::ISODate);
+    if (!dt.isValid()) {
+        *ok = false;
+        return std::nullopt;
+    }
+    return dt;
+}
+
+QString managerName(const VolumeRecord &record, const QString &fallback)
+{
+    return record.managedBy.trimmed().isEmpty() ? fallback : record.managedBy;
+}
+
+} // namespace
+
+ControlService::ControlService(MountEngine &engine, LogEventManager &eventLog, EnterpriseAuditLog &auditLog,
+                               QObject *parent)
+    : QObject(parent)
+    , m_engine(engine)
+    , m_eventLog(eventLog)
+    , m_auditLog(auditLog)
+{
+    m_recordsChangedDelay.setSingleShot(true);
+    m_recordsChangedDelay.setInterval(kCoalesceMs);
+    m_eventLogChangedDelay.setSingleShot(true);
+    m_eventLogChangedDelay.setInterval(kCoalesceMs);
+    connect(&m_recordsChangedDelay, &QTimer::timeout, this, &ControlService::RecordsChanged);
+    connect(&m_eventLogChangedDelay, &QTimer::timeout, this, &ControlService::EventLogChanged);
+
+    auto recordsChanged = [this] {
+        if (!m_recordsChangedDelay.isActive())
+            m_recordsChangedDelay.start();
+    };
+    connect(&m_engine, &MountEngine::recordsChanged, this, recordsChanged);
+    connect(&m_engine, &MountEngine::recordChanged, this, recordsChanged);
+    connect(&m_eventLog, &LogEventManager::changed, this, [this] {
+        if (!m_eventLogChangedDelay.isActive())
+            m_eventLogChangedDelay.start();
+    });
+    connect(&m_engine, &MountEngine::mountFinished, this,
+            [this](qint64 id, int code) { Q_EMIT MountFinished(id, code, statusOf(id)); });
+    connect(&m_engine, &MountEngine::ejectFinished, this,
+            [this](qint64 id, bool ok) { Q_EMIT EjectFinished(id, ok, statusOf(id)); });
+    connect(&m_engine, &MountEngine::ejectAllFinished, this, &ControlService::EjectAllFinished);
+    connect(&m_engine, &MountEngine::cleanUpFinished, this,
+            [this](qint64 id) { Q_EMIT CleanUpFinished(id, statusOf(id)); });
+}
+
+QString ControlService::version() const
+{
+    return QStringLiteral(TARNWELL_VERSION);
+}
+
+bool ControlService::isPaused() const
+{
+    return m_pause.isPaused ? m_pause.isPaused() : false;
+}
+
+const VolumeRecord *ControlService::findRecord(qint64 id, Error *error) const
+{
+    const VolumeRecord *record = m_engine.record(id);
+    if (!record)
+        *error = makeError(ControlNames::kErrorUnknownShare, QStringLiteral("Unknown share: no share has the ID %1").arg(id));
+    return record;
+}
+
+QString ControlService::statusOf(qint64 id) const
+{
+    const VolumeRecord *record = m_engine.record(id);
+    return record ? record->runtime_status_String : QString();
+}
+
+ControlService::Result<QString> ControlService::listRecords() const
+{
+    const bool paused = isPaused();
+    QJsonArray array;
+    for (const VolumeRecord &record : m_engine.store().records()) {
+        RecordJson::RuntimeView runtime;
+        runtime.mountInProgress = m_engine.isMountInProgress(record.internal_ID_Int);
+        runtime.statusLabel = m_labeler ? m_labeler(record, paused) : record.runtime_status_String;
+        array.append(RecordJson::toJson(record, runtime));
+    }
+    return {QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Indented)), {}};
+}
+
+ControlService::Result<QString> ControlService::getRecord(qint64 id) const
+{
+    Error error;
+    const VolumeRecord *record = findRecord(id, &error);
+    if (!record)
+        return {{}, error};
+    RecordJson::RuntimeView runtime;
+    runtime.mountInProgress = m_engine.isMountInProgress(id);
+    runtime.statusLabel = m_labeler ? m_labeler(*record, isPaused()) : record->runtime_status_String;
+    return {QString::fromUtf8(QJsonDocument(RecordJson::toJson(*record, runtime)).toJson(QJsonDocument::Indented)), {}};
+}
+
+ControlService::Result<qint64> ControlService::resolveShare(const QString &query) const
+{
+    const ShareResolver::Resolution r = ShareResolver::resolve(m_engine.store().records(), query);
+    if (r.id)
+        return {*r.id, {}};
+    return {0, makeError(r.ambiguous ? ControlNames::kErrorAmbiguousShare : ControlNames::kErrorUnknownShare, r.message)};
+}
+
+ControlService::Result<qint64> ControlService::addRecord(const QString &json, const QString &password)
+{
+    Error error;
+    const auto object = parseObject(json, &error);
+    if (!object)
+        return {0, error};
+    if (!object->contains(RecordJson::kHostname))
+        return {0, makeError(ControlNames::kErrorInvalidArgument, QStringLiteral("'hostname' is required"))};
+
+    VolumeRecord record;
+    QString why;
+    if (!RecordJson::apply(*object, record, &why))
+        return {0, makeError(ControlNames::kErrorInvalidArgument, why)};
+    for (const VolumeRecord &existing : m_engine.store().records()) {
+        if (RecordJson::isSameShare(existing, record)) {
+            return {0, makeError(ControlNames::kErrorDuplicate,
+                                 QStringLiteral("Duplicate share: %1 (%2, user %3) already exists with the ID %4")
+                                     .arg(existing.mountURLText(), RecordJson::protocolName(existing.mounting_using_protocol_Enum),
+                                          existing.no_password_guest_login ? QStringLiteral("guest") : existing.username_String)
+                                     .arg(existing.internal_ID_Int))};
+        }
+    }
+    record.internal_ID_Int = 0; // the engine numbers it
+    if (!password.isEmpty())
+        CredentialStore::setPassword(record, password); // the engine writes it to the secret store
+    return {m_engine.addRecord(record), {}};
+}
+
+ControlService::Result<ControlService::Done> ControlService::editRecord(qint64 id, const QString &json)
+{
+    Error error;
+    const VolumeRecord *live = findRecord(id, &error);
+    if (!live)
+        return {{}, error};
+    if (live->isLocked) {
+        return {{}, makeError(ControlNames::kErrorLocked, kLockedTitle + QStringLiteral(": ")
+                                                              + kLockedText.arg(managerName(*live, kLockedFallbackManager)))};
+    }
+    const auto object = parseObject(json, &error);
+    if (!object)
+        return {{}, error};
+    VolumeRecord edited = *live;
+    QString why;
+    if (!RecordJson::apply(*object, edited, &why))
+        return {{}, makeError(ControlNames::kErrorInvalidArgument, why)};
+    for (const VolumeRecord &existing : m_engine.store().records()) {
+        if (existing.internal_ID_Int != id && RecordJson::isSameShare(existing, edited)) {
+            return {{}, makeError(ControlNames::kErrorDuplicate,
+                                  QStringLiteral("Duplicate share: the share with the ID %1 already has these settings")
+                                      .arg(existing.internal_ID_Int))};
+        }
+    }
+    m_engine.updateRecord(edited);
+    return {};
+}
+
+ControlService::Result<ControlService::Done> ControlService::setPassword(qint64 id, const QString &password)
+{
+    Error error;
+    const VolumeRecord *live = findRecord(id, &error);
+    if (!live)
+        return {{}, error};
+    if (live->isLocked) {
+        return {{}, makeError(ControlNames::kErrorLocked, kLockedTitle + QStringLiteral(": ")
+                                                              + kLockedText.arg(managerName(*live, kLockedFallbackManager)))};
+    }
+    VolumeRecord edited = *live;
+    CredentialStore::setPassword(edited, password);
+    m_engine.updateRecord(edited); // writes the cached password back to the secret store
+    return {};
+}
+
+ControlService::Result<ControlService::Done> ControlService::removeRecord(qint64 id)
+{
+    Error error;
+    if (!findRecord(id, &error))
+        return {{}, error};
+    const MountEngine::RemoveResult result = m_engine.removeRecord(id);
+    if (!result.removed)
+        return {{}, makeError(ControlNames::kErrorLocked, result.alertTitle + QStringLiteral(": ") + result.alertText)};
+    return {};
+}
+
+ControlService::Result<ControlService::Done> ControlService::mount(qint64 id)
+{
+    Error error;
+    if (!findRecord(id, &error))
+        return {{}, error};
+    m_engine.mount(id, /*allowUI=*/true);
+    return {};
+}
+
+ControlService::Result<ControlService::Done> ControlService::eject(qint64 id)
+{
+    Error error;
+    if (!findRecord(id, &error))
+        return {{}, error};
+    m_engine.eject(id, /*partOfEjectAll=*/false, /*userInitiated=*/true);
+    return {};
+}
+
+ControlService::Result<ControlService::Done> ControlService::ejectAll()
+{
+    m_engine.ejectAll();
+    return {};
+}
+
+ControlService::Result<ControlService::Done> ControlService::cleanUp(qint64 id)
+{
+    Error error;
+    if (!findRecord(id, &error))
+        return {{}, error};
+    m_engine.cleanUp(id);
+    return {};
+}
+
+ControlService::Result<bool> ControlService::verify(qint64 id)
+{
+    Error error;
+    if (!findRecord(id, &error))
+        return {false, error};
+    return {m_engine.verify(id), {}};
+}
+
+ControlService::Result<ControlService::Done> ControlService::pause()
+{
+    if (!m_pause.pause)
+        return {{}, makeError(ControlNames::kErrorNotAvailable, kNotAvailable.arg(QStringLiteral("Pausing auto-mount")))};
+    if (!m_pause.pause())
+        return {{}, makeError(ControlNames::kErrorFailed, kNothingToPause)};
+    return {};
+}
+
+ControlService::Result<ControlService::Done> ControlService::resume()
+{
+    if (!m_pause.resume)
+        return {{}, makeError(ControlNames::kErrorNotAvailable, kNotAvailable.arg(QStringLiteral("Resuming auto-mount")))};
+    m_pause.resume();
+    return {};
+}
+
+ControlService::Result<QString> ControlService::eventLog(int limit) const
+{
+    QJsonArray array;
+    const QList<LogEvent> &events = m_eventLog.events();
+    const qsizetype count = limit > 0 ? qMin<qsizetype>(limit, events.size()) : events.size();
+    for (qsizetype i = 0; i < count; ++i)
+        array.append(RecordJson::eventToJson(events.at(i)));
+    return {QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Indented)), {}};
+}
+
+ControlService::Result<QString> ControlService::exportAudit(const QString &format, const QString &since,
+                                                            const QString &until) const
+{
+    bool ok = true;
+    const auto start = parseBound(since, &ok);
+    if (!ok)
+        return {{}, makeError(ControlNames::kErrorInvalidArgument, QStringLiteral("Not an ISO 8601 date: '%1'").arg(since))};
+    const auto end = parseBound(until, &ok);
+    if (!ok)
+        return {{}, makeError(ControlNames::kErrorInvalidArgument, QStringLiteral("Not an ISO 8601 date: '%1'").arg(until))};
+    const QString f = format.trimmed().toLower();
+    if (f == QLatin1String("csv"))
+        return {m_auditLog.exportCSV(start, end), {}};
+    if (f == QLatin1String("json")) {
+        const auto data = m_auditLog.exportJSON(start, end);
+        if (!data)
+            return {{}, makeError(ControlNames::kErrorFailed, QStringLiteral("The audit log could not be encoded as JSON"))};
+        return {QString::fromUtf8(*data), {}};
+    }
+    return {{}, makeError(ControlNames::kErrorInvalidArgument,
+                          QStringLiteral("Unknown audit export format '%1' (use csv or json)").arg(format))};
+}
+
+ControlService::Result<ControlService::Done> ControlService::handleUrl(const QString &url)
+{
+    QString why;
+    const auto command = UrlCommand::parse(url, &why);
+    if (!command)
+        return {{}, makeError(ControlNames::kErrorInvalidArgument, why)};
+    qint64 id = 0;
+    if (!command->share.isEmpty()) {
+        const auto resolved = resolveShare(command->share);
+        if (!resolved.ok())
+            return {{}, resolved.error};
+        id = resolved.value;
+    }
+    switch (command->action) {
+    case UrlCommand::Action::Mount:
+        return mount(id);
+    case UrlCommand::Action::Eject:
+        return eject(id);
+    case UrlCommand::Action::EjectAll:
+        return ejectAll();
+    case UrlCommand::Action::Pause:
+        return pause();
+    case UrlCommand::Action::Resume:
+        return resume();
+    case UrlCommand::Action::Show:
+        if (m_show)
+            m_show();
+        return {};
+    }
+    return {};
+}
+
+// --- D-Bus ---
+
+void ControlService::reply(const Error &error)
+{
+    if (!error.name.isEmpty() && calledFromDBus())
+        sendErrorReply(error.name, error.message);
+}
+
+QString ControlService::ListRecords()
+{
+    const auto r = listRecords();
+    reply(r.error);
+    return r.value;
+}
+
+QString ControlService::GetRecord(qlonglong id)
+{
+    const auto r = getRecord(id);
+    reply(r.error);
+    return r.value;
+}
+
+qlonglong ControlService::ResolveShare(const QString &query)
+{
+    const auto r = resolveShare(query);
+    reply(r.error);
+    return r.value;
+}
+
+qlonglong ControlService::AddRecord(const QString &record, const QString &password)
+{
+    const auto r = addRecord(record, password);
+    reply(r.error);
+    return r.value;
+}
+
+void ControlService::EditRecord(qlonglong id, const QString &record)
+{
+    reply(editRecord(id, record).error);
+}
+
+void ControlService::SetPassword(qlonglong id, const QString &password)
+{
+    reply(setPassword(id, password).error);
+}
+
+void ControlService::RemoveRecord(qlonglong id)
+{
+    reply(removeRecord(id).error);
+}
+
+void ControlService::Mount(qlonglong id)
+{
+    reply(mount(id).error);
+}
+
+void ControlService::Eject(qlonglong id)
+{
+    reply(eject(id).error);
+}
+
+void ControlService::EjectAll()
+{
+    reply(ejectAll().error);
+}
+
+void ControlService::CleanUp(qlonglong id)
+{
+    reply(cleanUp(id).error);
+}
+
+bool ControlService::Verify(qlonglong id)
+{
+    const auto r = verify(id);
+    reply(r.error);
+    return r.value;
+}
+
+void ControlService::Pause()
+{
+    reply(pause().error);
+}
+
+void ControlService::Resume()
+{
+    reply(resume().error);
+}
+
+QString ControlService::EventLog(int limit)
+{
+    const auto r = eventLog(limit);
+    reply(r.error);
+    return r.value;
+}
+
+QString ControlService::ExportAudit(const QString &format, const QString &since, const QString &until)
+{
+    const auto r = exportAudit(format, since, until);
+    reply(r.error);
+    return r.value;
+}
+
+QString ControlService::ImportConfiguration(const QString &)
+{
+    reply(makeError(ControlNames::kErrorNotAvailable, kNotAvailable.arg(QStringLiteral("Configuration import"))));
+    return {};
+}
+
+void ControlService::ExportConfiguration(const QString &)
+{
+    reply(makeError(ControlNames::kErrorNotAvailable, kNotAvailable.arg(QStringLiteral("Configuration export"))));
+}
+
+QString ControlService::ImportCsv(const QString &)
+{
+    reply(makeError(ControlNames::kErrorNotAvailable, kNotAvailable.arg(QStringLiteral("Share CSV import"))));
+    return {};
+}
+
+void ControlService::ExportCsv(const QString &)
+{
+    reply(makeError(ControlNames::kErrorNotAvailable, kNotAvailable.arg(QStringLiteral("Share CSV export"))));
+}
+
+void ControlService::HandleUrl(const QString &url)
+{
+    reply(handleUrl(url).error);
+}

@@ -1,0 +1,44 @@
+#include "PlatformPorts.h"
+
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
+#include "platform/MountService.h"
+#include "platform/MountTable.h"
+#include "platform/SecretStore.h"
+#include "platform/SleepMonitor.h"
+#include "platform/SystemClock.h"
+#include "platform/WifiNetwork.h"
+#include "platform/linux/GvfsMountService.h"
+#include "platform/linux/GvfsMountTable.h"
+#include "platform/linux/LibsecretStore.h"
+#include "platform/linux/LogindSleepMonitor.h"
+#include "platform/linux/NetworkManagerWifi.h"
+
+#include <QDBusConnection>
+
+PlatformPorts::PlatformPorts() = default;
+PlatformPorts::~PlatformPorts()
+{
+    // The service may hold a pointer to the table: it goes first, whatever the declaration order says.
+    mountService.reset();
+}
+PlatformPorts::PlatformPorts(PlatformPorts &&) noexcept = default;
+PlatformPorts &PlatformPorts::operator=(PlatformPorts &&) noexcept = default;
+
+namespace PlatformFactory {
+
+PlatformPorts createLinux()
+{
+    PlatformPorts ports;
+    ports.clock = std::make_unique<SystemClock>();
+    auto table = std::make_unique<GvfsMountTable>();
+    ports.mountService = std::make_unique<GvfsMountService>(table.get());
+    ports.mountTable = std::move(table);
+    ports.fileSystem = std::make_unique<LocalFileSystem>(LocalFileSystem::standardVolumesFolder());
+    ports.secretStore = std::make_unique<LibsecretStore>();
+    ports.wifi = std::make_unique<NetworkManagerWifi>(QDBusConnection::systemBus());
+    ports.sleepMonitor = std::make_unique<LogindSleepMonitor>(QDBusConnection::systemBus());
+    return ports;
+}
+
+} // namespace PlatformFactory

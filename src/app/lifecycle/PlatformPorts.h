@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+
+class Clock;
+class FileSystem;
+class MountService;
+class MountTable;
+class SecretStore;
+class SleepMonitor;
+class WifiNetwork;
+
+// The operating-system services the engine is built on, one implementation each, chosen once by
+// PlatformFactory and owned here for the life of the application. Members are destroyed in reverse order:
+// the mount service (which may refer to the mount table) goes before the table.
+// Thread: created and destroyed on the main thread.
+struct PlatformPorts
+{
+    PlatformPorts();
+    ~PlatformPorts();
+    PlatformPorts(PlatformPorts &&) noexcept;
+    PlatformPorts &operator=(PlatformPorts &&) noexcept;
+
+    std::unique_ptr<Clock> clock;
+    std::unique_ptr<MountTable> mountTable;
+    std::unique_ptr<MountService> mountService;
+    std::unique_ptr<FileSystem> fileSystem;
+    std::unique_ptr<SecretStore> secretStore;
+    std::unique_ptr<WifiNetwork> wifi;
+    std::unique_ptr<SleepMonitor> sleepMonitor;
+};
+
+// The one place that picks implementations of the ports.
+namespace PlatformFactory {
+
+// GVfs mount service and mount table, the local file system over the GVfs FUSE root, the Secret Service,
+// NetworkManager and logind on the system bus, the system clock.
+PlatformPorts createLinux();
+
+} // namespace PlatformFactory

@@ -1,0 +1,200 @@
+#include "RecordJson.h"
+
+#include <QJsonValue>
+#include <QSet>
+
+namespace RecordJson {
+
+namespace {
+
+struct ProtocolName
+{
+    MountUsingProtocol_Enum protocol;
+    const char *name;
+};
+
+constexpr ProtocolName kProtocolNames[] = {
+    {MountUsingProtocol_Enum::SMB, "SMB"},       {MountUsingProtocol_Enum::AFP, "AFP"},
+    {MountUsingProtocol_Enum::NFS, "NFS"},       {MountUsingProtocol_Enum::WebDAV, "WEBDAV"},
+    {MountUsingProtocol_Enum::WebDAVS, "WEBDAVS"},
+};
+
+QString trimmedShareName(const QString &share)
+{
+    QString s = share.trimmed();
+    while (s.startsWith(QLatin1Char('/')))
+        s.remove(0, 1);
+    while (s.endsWith(QLatin1Char('/')))
+        s.chop(1);
+    return s;
+}
+
+// An on/off value: 0/1, or a JSON Boolean (accepted for convenience; written back as 0/1).
+std::optional<int> onOff(const QJsonValue &value)
+{
+    if (value.isBool())
+        return value.toBool() ? 1 : 0;
+    if (value.isDouble()) {
+        const double d = value.toDouble();
+        if (d == 0.0 || d == 1.0)
+            return int(d);
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+QString protocolName(MountUsingProtocol_Enum protocol)
+{
+    for (const auto &entry : kProtocolNames) {
+        if (entry.protocol == protocol)
+            return QLatin1String(entry.name);
+    }
+    return QStringLiteral("SMB");
+}
+
+std::optional<MountUsingProtocol_Enum> protocolFromName(const QString &name)
+{
+    const QString upper = name.trimmed().toUpper();
+    for (const auto &entry : kProtocolNames) {
+        if (upper == QLatin1String(entry.name))
+            return entry.protocol;
+    }
+    return std::nullopt;
+}
+
+QJsonObject toJson(const VolumeRecord &record, const RuntimeView &runtime)
+{
+    QJsonObject o;
+    o[kId] = record.internal_ID_Int;
+    o[kNickname] = record.nickname_String;
+    o[kHostname] = record.hostname_String;
+    o[kShareName] = record.volume_String;
+    o[kPort] = record.port_Int ? QJsonValue(*record.port_Int) : QJsonValue(QJsonValue::Null);
+    o[kProtocolType] = protocolName(record.mounting_using_protocol_Enum);
+    o[kUsername] = record.username_String;
+    o[kGuest] = record.no_password_guest_login;
+    o[kAutoMount] = record.auto_Mount;
+    o[kMountInVolumes] = record.mount_inside_Volumes;
+    o[kCustomMountPoint] = record.unique_mountpoint_fullpath_String;
+    o[kGroup] = record.group_String;
+    o[kMacAddress] = record.macAddress_String;
+    o[kAllowedSSIDs] = record.allowedSSIDs_String;
+    o[kIsLocked] = record.isLocked;
+    o[kManagedBy] = record.managedBy;
+    o[kMountURL] = record.mountURLText();
+    o[kStatus] = record.runtime_status_String;
+    o[kStatusLabel] = runtime.statusLabel;
+    o[kMounted] = record.runtime_isMounted_Bool;
+    o[kReachable] = record.runtime_isReachable_Bool;
+    o[kMountInProgress] = runtime.mountInProgress;
+    o[kMountPoint] = record.runtime_computed_mountpoint_String;
+    o[kIpAddress] = record.runtime_ipAddress_String;
+    return o;
+}
+
+bool apply(const QJsonObject &json, VolumeRecord &record, QString *error)
+{
+    VolumeRecord edited = record;
+    auto fail = [error](const QString &text) {
+        if (error)
+            *error = text;
+        return false;
+    };
+    auto wrongKind = [&fail](const QString &key, const QString &expected) {
+        return fail(QStringLiteral("'%1' must be %2").arg(key, expected));
+    };
+
+    for (auto it = json.begin(); it != json.end(); ++it) {
+        const QString &key = it.key();
+        const QJsonValue value = it.value();
+        if (key == kNickname || key == kHostname || key == kShareName || key == kUsername
+            || key == kCustomMountPoint || key == kGroup || key == kMacAddress || key == kAllowedSSIDs) {
+            if (!value.isString())
+                return wrongKind(key, QStringLiteral("a string"));
+            const QString text = value.toString();
+            if (key == kNickname)
+                edited.nickname_String = text;
+            else if (key == kHostname) {
+                if (text.trimmed().isEmpty())
+                    return fail(QStringLiteral("'hostname' must not be empty"));
+                edited.hostname_String = text.trimmed();
+            } else if (key == kShareName)
+                edited.volume_String = text;
+            else if (key == kUsername)
+                edited.username_String = text;
+            else if (key == kCustomMountPoint)
+                edited.unique_mountpoint_fullpath_String = text;
+            else if (key == kGroup)
+                edited.group_String = text;
+            else if (key == kMacAddress)
+                edited.macAddress_String = text;
+            else
+                edited.allowedSSIDs_String = text;
+        } else if (key == kPort) {
+            if (value.isNull()) {
+                edited.port_Int.reset();
+                continue;
+            }
+            const double d = value.toDouble(-1);
+            if (!value.isDouble() || d != double(qint64(d)) || d < 1 || d > 65535)
+                return wrongKind(key, QStringLiteral("a port number from 1 to 65535, or null"));
+            edited.port_Int = qint64(d);
+        } else if (key == kProtocolType) {
+            const auto protocol = value.isString() ? protocolFromName(value.toString()) : std::nullopt;
+            if (!protocol)
+                return wrongKind(key, QStringLiteral("one of SMB, AFP, NFS, WEBDAV, WEBDAVS"));
+            edited.mounting_using_protocol_Enum = *protocol;
+        } else if (key == kGuest || key == kAutoMount || key == kMountInVolumes) {
+            const auto state = onOff(value);
+            if (!state)
+                return wrongKind(key, QStringLiteral("0 or 1"));
+            if (key == kGuest)
+                edited.no_password_guest_login = *state;
+            else if (key == kAutoMount)
+                edited.auto_Mount = *state;
+            else
+                edited.mount_inside_Volumes = *state;
+        } else if (key == kId || key == kIsLocked || key == kManagedBy || key == kMountURL || key == kStatus
+                   || key == kStatusLabel || key == kMounted || key == kReachable || key == kMountInProgress
+                   || key == kMountPoint || key == kIpAddress) {
+            return fail(QStringLiteral("'%1' cannot be set").arg(key));
+        } else {
+            return fail(QStringLiteral("unknown key '%1'").arg(key));
+        }
+    }
+    record = edited;
+    return true;
+}
+
+bool isSameShare(const VolumeRecord &a, const VolumeRecord &b)
+{
+    if (a.mounting_using_protocol_Enum != b.mounting_using_protocol_Enum)
+        return false;
+    if (a.hostname_String.trimmed().compare(b.hostname_String.trimmed(), Qt::CaseInsensitive) != 0)
+        return false;
+    if (trimmedShareName(a.volume_String) != trimmedShareName(b.volume_String))
+        return false;
+    const bool guestA = a.no_password_guest_login != 0;
+    const bool guestB = b.no_password_guest_login != 0;
+    if (guestA || guestB)
+        return guestA == guestB;
+    return a.username_String.trimmed() == b.username_String.trimmed();
+}
+
+QJsonObject eventToJson(const LogEvent &event)
+{
+    QJsonObject o;
+    o[QStringLiteral("date")] = event.eventDate.toUTC().toString(Qt::ISODateWithMs);
+    o[QStringLiteral("timestamp")] = event.timestampText();
+    o[QStringLiteral("recordId")] = event.internal_VolumeRecord_ID_Int;
+    o[QStringLiteral("type")] = eventTypeRawValue(event.event_type_Enum);
+    o[QStringLiteral("hostname")] = event.hostname_String;
+    o[QStringLiteral("shareName")] = event.sharename_String;
+    o[QStringLiteral("mountPoint")] = event.mountpoint_String;
+    o[QStringLiteral("message")] = event.eventMessage;
+    o[QStringLiteral("status")] = event.statusText;
+    return o;
+}
+
+} // namespace RecordJson

@@ -1,0 +1,499 @@
+#include "GvfsMountService.h"
+
+#include "GvfsMountTable.h"
+#include "MountResponseCodes.h"
+#include "platform/MountResponseCode.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gio/gio.h>
+
+#include <cerrno>
+#include <dirent.h>
+#include <netdb.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+namespace {
+
+// Unmounting is local to the GVfs daemon, but its backend may block on a dead server: bounded anyway.
+constexpr guint kUnmountLimitMs = 60000;
+
+QString gstr(char *s)
+{
+    const QString result = s ? QString::fromUtf8(s) : QString();
+    g_free(s);
+    return result;
+}
+
+// A GMainContext of this call's own, the thread default while it lives: GIO's callbacks and the mount
+// operation's questions are dispatched here, on this worker, and nowhere else.
+class PrivateContext
+{
+public:
+    PrivateContext()
+        : m_context(g_main_context_new())
+    {
+        g_main_context_push_thread_default(m_context);
+    }
+    ~PrivateContext()
+    {
+        // Let finished operations release what they hold; bounded, nothing here can re-arm forever.
+        for (int i = 0; i < 100 && g_main_context_pending(m_context); ++i)
+            g_main_context_iteration(m_context, FALSE);
+        g_main_context_pop_thread_default(m_context);
+        g_main_context_unref(m_context);
+    }
+    PrivateContext(const PrivateContext &) = delete;
+    PrivateContext &operator=(const PrivateContext &) = delete;
+
+    GMainContext *get() const { return m_context; }
+    void iterateUntil(const bool &done)
+    {
+        while (!done)
+            g_main_context_iteration(m_context, TRUE);
+    }
+    // Calls cancel on the cancellable after ms, from this context.
+    GSource *addLimit(guint ms, bool *fired, GCancellable *cancellable)
+    {
+        struct Limit
+        {
+            bool *fired;
+            GCancellable *cancellable;
+        };
+        GSource *source = g_timeout_source_new(ms);
+        auto *limit = new Limit{fired, cancellable};
+        g_source_set_callback(
+            source,
+            [](gpointer data) -> gboolean {
+                auto *l = static_cast<Limit *>(data);
+                *l->fired = true;
+                g_cancellable_cancel(l->cancellable);
+                return G_SOURCE_REMOVE;
+            },
+            limit, [](gpointer data) { delete static_cast<Limit *>(data); });
+        g_source_attach(source, m_context);
+        return source;
+    }
+
+private:
+    GMainContext *m_context;
+};
+
+struct MountAttempt
+{
+    const MountRequest *request = nullptr;
+    const GvfsMountService::PasswordPromptHandler *passwordPrompt = nullptr;
+    const GvfsMountService::QuestionHandler *questionPrompt = nullptr;
+    int asks = 0;
+    bool promptUsed = false;
+    MountAttemptFacts facts;
+    bool done = false;
+    GError *error = nullptr;
+};
+
+void answerWith(GMountOperation *op, GAskPasswordFlags flags, const QString &user, const QString &password,
+                const QString &domain, const char *defaultDomain, bool anonymous)
+{
+    g_mount_operation_set_password_save(op, G_PASSWORD_SAVE_NEVER);
+    if (anonymous && (flags & G_ASK_PASSWORD_ANONYMOUS_SUPPORTED)) {
+        g_mount_operation_set_anonymous(op, TRUE);
+        return;
+    }
+    g_mount_operation_set_anonymous(op, FALSE);
+    QString name = user;
+    QString realm = domain;
+    if (flags & G_ASK_PASSWORD_NEED_DOMAIN) {
+        if (realm.isEmpty()) {
+            const auto split = GvfsMountService::splitDomainUser(user);
+            name = split.first;
+            realm = split.second;
+        }
+        if (!realm.isEmpty())
+            g_mount_operation_set_domain(op, realm.toUtf8().constData());
+        else if (defaultDomain)
+            g_mount_operation_set_domain(op, defaultDomain);
+    }
+    g_mount_operation_set_username(op, name.toUtf8().constData());
+    g_mount_operation_set_password(op, password.toUtf8().constData());
+}
+
+void onAskPassword(GMountOperation *op, const char *message, const char *defaultUser, const char *defaultDomain,
+                   GAskPasswordFlags flags, gpointer data)
+{
+    auto *attempt = static_cast<MountAttempt *>(data);
+    const MountRequest &request = *attempt->request;
+    const bool canPrompt = request.allowUI && *attempt->passwordPrompt;
+    ++attempt->asks;
+
+    if (attempt->asks == 1 && (request.guest || !request.password.isEmpty() || !canPrompt)) {
+        answerWith(op, flags, request.user, request.password, {}, defaultDomain, request.guest);
+        g_mount_operation_reply(op, G_MOUNT_OPERATION_HANDLED);
+        return;
+    }
+    // Asked again: the answer given was refused. GVfs would ask forever, so this is the end of it,
+    // unless a prompt may be shown (once).
+    if (attempt->asks > 1)
+        attempt->facts.credentialsRejected = true;
+    if (canPrompt && !attempt->promptUsed) {
+        attempt->promptUsed = true;
+        GvfsMountService::PasswordPrompt prompt;
+        prompt.message = QString::fromUtf8(message);
+        prompt.defaultUser = request.user.isEmpty() ? QString::fromUtf8(defaultUser) : request.user;
+        prompt.defaultDomain = QString::fromUtf8(defaultDomain);
+        prompt.needsDomain = flags & G_ASK_PASSWORD_NEED_DOMAIN;
+        prompt.anonymousAllowed = flags & G_ASK_PASSWORD_ANONYMOUS_SUPPORTED;
+        if (const auto answer = (*attempt->passwordPrompt)(prompt)) {
+            answerWith(op, flags, answer->user, answer->password, answer->domain, defaultDomain, answer->anonymous);
+            g_mount_operation_reply(op, G_MOUNT_OPERATION_HANDLED);
+            return;
+        }
+        attempt->facts.promptDeclined = true;
+    } else if (attempt->asks == 1) {
+        attempt->facts.promptDeclined = true;
+    }
+    g_mount_operation_reply(op, G_MOUNT_OPERATION_ABORTED);
+}
+
+void onAskQuestion(GMountOperation *op, const char *message, const char **choices, gpointer data)
+{
+    auto *attempt = static_cast<MountAttempt *>(data);
+    const MountRequest &request = *attempt->request;
+    QStringList choiceList;
+    for (const char **c = choices; c && *c; ++c)
+        choiceList.append(QString::fromUtf8(*c));
+    if (choiceList.isEmpty()) {
+        g_mount_operation_reply(op, G_MOUNT_OPERATION_ABORTED);
+        return;
+    }
+    // The only question GVfs asks while mounting is whether to trust a server certificate, with the
+    // choices "Yes" and "No" (translated): first is yes, last is no.
+    int choice = -1;
+    if (request.acceptUntrustedCertificate)
+        choice = 0;
+    else if (request.allowUI && *attempt->questionPrompt)
+        choice = (*attempt->questionPrompt)(QString::fromUtf8(message), choiceList);
+    const int no = int(choiceList.size()) - 1;
+    if (choice < 0 || choice > no || (choice == no && no > 0)) {
+        attempt->facts.certificateRefused = true;
+        choice = no;
+    }
+    g_mount_operation_set_choice(op, choice);
+    g_mount_operation_reply(op, G_MOUNT_OPERATION_HANDLED);
+}
+
+struct Root
+{
+    QString path;
+    QString uri;
+};
+
+// The FUSE path and URI of the root of the mount that holds file.
+Root enclosingMountRoot(GFile *file, GCancellable *cancellable)
+{
+    GMount *mount = g_file_find_enclosing_mount(file, cancellable, nullptr);
+    if (!mount)
+        return {};
+    GFile *root = g_mount_get_root(mount);
+    Root result{gstr(g_file_get_path(root)), gstr(g_file_get_uri(root))};
+    g_object_unref(root);
+    g_object_unref(mount);
+    return result;
+}
+
+// gvfsd-fuse answers for a share that was just mounted again with I/O errors for up to about a second
+// (it still holds the previous mount's handles). Discovery lists the folder right after the call, so
+// the call returns once the mount's root can be listed. Bounded; stops early when cancelled.
+void waitUntilUsable(const QString &path, const std::shared_ptr<MountCancellation> &cancellation)
+{
+    constexpr int kAttempts = 100; // 100 x 50 ms
+    const QByteArray native = QFile::encodeName(path);
+    for (int i = 0; i < kAttempts; ++i) {
+        // Opening alone can succeed on the stale handle; reading the listing tells.
+        if (DIR *dir = ::opendir(native.constData())) {
+            errno = 0;
+            const bool readable = ::readdir(dir) != nullptr || errno == 0;
+            ::closedir(dir);
+            if (readable)
+                return;
+        }
+        if (cancellation && cancellation->isCancelled())
+            return;
+        g_usleep(50 * 1000);
+    }
+}
+
+// GVfs does not count files opened through its FUSE folder as busy and unmounts them away; a plain
+// unmount must refuse like a kernel one (EBUSY), so look for processes with a file, or their working
+// folder, inside the mount. Processes of other users are not readable and are not counted.
+bool pathInUse(const QString &path)
+{
+    const QString inside = path + QLatin1Char('/');
+    const auto within = [&](const QString &target) { return target == path || target.startsWith(inside); };
+    const QDir proc(QStringLiteral("/proc"));
+    const QStringList pids = proc.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString &pid : pids) {
+        bool numeric = false;
+        pid.toInt(&numeric);
+        if (!numeric)
+            continue;
+        const QString base = QStringLiteral("/proc/") + pid;
+        if (within(QFile::symLinkTarget(base + QStringLiteral("/cwd"))))
+            return true;
+        const QDir fds(base + QStringLiteral("/fd"));
+        const QStringList entries = fds.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+        for (const QString &fd : entries) {
+            if (within(QFile::symLinkTarget(fds.filePath(fd))))
+                return true;
+        }
+    }
+    return false;
+}
+
+bool hostResolves(const QString &host)
+{
+    if (host.isEmpty())
+        return false;
+    addrinfo hints{};
+    hints.ai_family = AF_UNSPEC;
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo *result = nullptr;
+    const int rc = ::getaddrinfo(host.toUtf8().constData(), nullptr, &hints, &result);
+    if (result)
+        ::freeaddrinfo(result);
+    return rc == 0;
+}
+
+// Replaces the empty folder (or a stale link) at dir with a link to target. 0 or an errno.
+int linkMountDirectory(const QString &dir, const QString &target)
+{
+    const QFileInfo info(dir);
+    if (info.isSymLink()) {
+        if (info.symLinkTarget() == target)
+            return 0;
+        if (!QFile::remove(dir))
+            return EEXIST;
+    } else if (info.isDir()) {
+        if (::rmdir(QFile::encodeName(dir).constData()) != 0)
+            return errno == ENOTEMPTY ? EEXIST : errno;
+    } else if (info.exists()) {
+        return EEXIST;
+    }
+    if (::symlink(QFile::encodeName(target).constData(), QFile::encodeName(dir).constData()) != 0) {
+        const int error = errno;
+        QDir().mkdir(dir); // leave the folder as it was
+        return error;
+    }
+    return 0;
+}
+
+UnmountResult unmountFailure(int errnoValue, const QString &text = {})
+{
+    UnmountResult result;
+    result.errnoValue = errnoValue;
+    if (!text.isEmpty())
+        result.errorText = text;
+    else if (errnoValue == MountResponseCode::TimedOut)
+        result.errorText = QString::fromUtf8(g_strerror(ETIMEDOUT)); // 60 in the pipeline's numbering
+    else
+        result.errorText = QString::fromUtf8(g_strerror(errnoValue));
+    return result;
+}
+
+} // namespace
+
+GvfsMountService::GvfsMountService(GvfsMountTable *table)
+    : m_table(table)
+{
+}
+
+QUrl GvfsMountService::gvfsUri(const QUrl &shareUrl)
+{
+    QUrl uri = shareUrl;
+    uri.setPassword(QString());
+    const QString scheme = uri.scheme().toLower();
+    if (scheme == QLatin1String("http"))
+        uri.setScheme(QStringLiteral("dav"));
+    else if (scheme == QLatin1String("https"))
+        uri.setScheme(QStringLiteral("davs"));
+    return uri;
+}
+
+std::pair<QString, QString> GvfsMountService::splitDomainUser(const QString &user)
+{
+    const qsizetype slash = user.indexOf(QLatin1Char('\\'));
+    if (slash > 0 && slash < user.size() - 1)
+        return {user.mid(slash + 1), user.left(slash)};
+    return {user, QString()};
+}
+
+MountResult GvfsMountService::mount(const MountRequest &request, const std::shared_ptr<MountCancellation> &cancellation)
+{
+    MountResult result;
+    const QUrl uri = gvfsUri(request.url);
+    PrivateContext context;
+
+    // Held by the cancellation's callback too, which may outlive this call.
+    std::shared_ptr<GCancellable> cancellable(g_cancellable_new(), g_object_unref);
+    if (cancellation) {
+        cancellation->onCancel([cancellable] { g_cancellable_cancel(cancellable.get()); });
+    }
+
+    MountAttempt attempt;
+    attempt.request = &request;
+    attempt.passwordPrompt = &m_passwordPrompt;
+    attempt.questionPrompt = &m_questionPrompt;
+
+    GFile *file = g_file_new_for_uri(uri.toString(QUrl::FullyEncoded).toUtf8().constData());
+    GMountOperation *operation = g_mount_operation_new();
+    g_signal_connect(operation, "ask-password", G_CALLBACK(onAskPassword), &attempt);
+    g_signal_connect(operation, "ask-question", G_CALLBACK(onAskQuestion), &attempt);
+
+    GSource *limit = nullptr;
+    if (m_timeLimit.count() > 0)
+        limit = context.addLimit(guint(m_timeLimit.count()), &attempt.facts.timeLimitReached, cancellable.get());
+
+    g_file_mount_enclosing_volume(
+        file, G_MOUNT_MOUNT_NONE, operation, cancellable.get(),
+        [](GObject *source, GAsyncResult *res, gpointer data) {
+            auto *a = static_cast<MountAttempt *>(data);
+            g_file_mount_enclosing_volume_finish(G_FILE(source), res, &a->error);
+            a->done = true;
+        },
+        &attempt);
+    context.iterateUntil(attempt.done);
+
+    if (limit) {
+        g_source_destroy(limit);
+        g_source_unref(limit);
+    }
+    g_signal_handlers_disconnect_by_data(operation, &attempt);
+
+    if (attempt.error) {
+        const QString host = request.url.host();
+        attempt.facts.hostResolves = [host] { return hostResolves(host); };
+        result.code = MountResponseCodes::mountCode(attempt.error, attempt.facts);
+        result.detail = QString::fromUtf8(attempt.error->message);
+        g_clear_error(&attempt.error);
+    } else {
+        result.code = MountResponseCode::Success;
+    }
+
+    if (result.code == MountResponseCode::Success || result.code == MountResponseCode::AlreadyExists) {
+        const Root root = enclosingMountRoot(file, nullptr);
+        result.mountPath = root.path;
+        if (!root.path.isEmpty())
+            waitUntilUsable(root.path, cancellation);
+        if (result.code == MountResponseCode::Success && m_table && !root.path.isEmpty()) {
+            MountedVolume volume;
+            volume.path = root.path;
+            volume.remountUrl = GvfsMountTable::remountUrlForGvfsUri(root.uri);
+            volume.isLocal = false;
+            m_table->noteMounted(volume);
+        }
+        if (!request.mountDirectory.isEmpty() && !root.path.isEmpty()) {
+            const int linkError = linkMountDirectory(request.mountDirectory, root.path);
+            if (linkError == 0) {
+                result.mountPath = request.mountDirectory;
+            } else {
+                result.detail = QStringLiteral("Cannot put a link to the mount at %1: %2")
+                                    .arg(request.mountDirectory, QString::fromUtf8(g_strerror(linkError)));
+                if (result.code == MountResponseCode::Success)
+                    unmountGvfs(root.path, false); // ours, and unusable where it was asked for
+                result.code = MountResponseCode::AlreadyExists;
+            }
+        }
+    }
+
+    g_object_unref(operation);
+    g_object_unref(file);
+    return result;
+}
+
+UnmountResult GvfsMountService::unmount(const QString &path, bool force)
+{
+    const QFileInfo info(path);
+    if (info.isSymLink()) {
+        // A custom mount folder: unmount what it points at, then give the folder back.
+        const QString target = info.symLinkTarget();
+        UnmountResult result = unmountGvfs(target, force);
+        if (!result.ok && result.errnoValue != EINVAL && result.errnoValue != ENOENT)
+            return result;
+        QFile::remove(path);
+        QDir().mkdir(path);
+        return {true, 0, {}};
+    }
+
+    QFile mountInfo(QStringLiteral("/proc/self/mountinfo"));
+    if (mountInfo.open(QIODevice::ReadOnly)) {
+        const QString clean = QDir::cleanPath(path);
+        const QList<MountedVolume> kernel = GvfsMountTable::parseMountInfo(mountInfo.readAll());
+        for (const MountedVolume &volume : kernel) {
+            if (volume.isLocal || volume.path != clean)
+                continue;
+            if (::umount2(QFile::encodeName(clean).constData(), force ? MNT_FORCE : 0) != 0)
+                return unmountFailure(errno);
+            return {true, 0, {}};
+        }
+    }
+    return unmountGvfs(path, force);
+}
+
+UnmountResult GvfsMountService::unmountGvfs(const QString &path, bool force)
+{
+    const QString clean = QDir::cleanPath(path);
+    PrivateContext context;
+    GFile *file = g_file_new_for_path(QFile::encodeName(clean).constData());
+    GMount *mount = g_file_find_enclosing_mount(file, nullptr, nullptr);
+    g_object_unref(file);
+    QString rootPath;
+    if (mount) {
+        GFile *root = g_mount_get_root(mount);
+        rootPath = gstr(g_file_get_path(root));
+        g_object_unref(root);
+    }
+    if (rootPath != clean) { // inside a mount, a local folder, or nothing at all: not a mount point
+        if (mount)
+            g_object_unref(mount);
+        return unmountFailure(QFileInfo::exists(clean) ? EINVAL : ENOENT);
+    }
+
+    if (!force && pathInUse(clean)) {
+        g_object_unref(mount);
+        return unmountFailure(EBUSY);
+    }
+
+    struct State
+    {
+        bool done = false;
+        bool timedOut = false;
+        GError *error = nullptr;
+    } state;
+    std::shared_ptr<GCancellable> cancellable(g_cancellable_new(), g_object_unref);
+    GSource *limit = context.addLimit(kUnmountLimitMs, &state.timedOut, cancellable.get());
+    g_mount_unmount_with_operation(
+        mount, force ? G_MOUNT_UNMOUNT_FORCE : G_MOUNT_UNMOUNT_NONE, nullptr, cancellable.get(),
+        [](GObject *source, GAsyncResult *res, gpointer data) {
+            auto *s = static_cast<State *>(data);
+            g_mount_unmount_with_operation_finish(G_MOUNT(source), res, &s->error);
+            s->done = true;
+        },
+        &state);
+    context.iterateUntil(state.done);
+    g_source_destroy(limit);
+    g_source_unref(limit);
+    g_object_unref(mount);
+
+    if (state.error) {
+        const int errnoValue = state.timedOut ? MountResponseCode::TimedOut
+                                              : MountResponseCodes::unmountErrno(state.error->domain, state.error->code);
+        const QString text = errnoValue == EIO ? QString::fromUtf8(state.error->message) : QString();
+        g_clear_error(&state.error);
+        return unmountFailure(errnoValue, text);
+    }
+    if (m_table)
+        m_table->noteUnmounted(clean);
+    return {true, 0, {}};
+}

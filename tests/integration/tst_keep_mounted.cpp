@@ -1,0 +1,380 @@
+// Keeping shares mounted over the real stack: the scheduler with the real engine, GVfs (gvfsd + FUSE),
+// Samba on loopback and the NetworkManager/logind mocks of the private system bus. A private smbd (same
+// shares as the stack's, its own port) is killed and restarted here; the stack's own smbd is left alone.
+#include "app/Defaults.h"
+#include "app/NotificationCenter.h"
+#include "app/Preferences.h"
+#include "core/AutoMountScheduler.h"
+#include "core/CredentialStore.h"
+#include "core/FuseBridgeWatchdog.h"
+#include "core/MountEngine.h"
+#include "core/NetworkTester.h"
+#include "logging/EnterpriseAuditLog.h"
+#include "logging/LogEventManager.h"
+#include "platform/FileSystem.h"
+#include "platform/SystemClock.h"
+#include "platform/linux/GvfsMountService.h"
+#include "platform/linux/GvfsMountTable.h"
+#include "platform/linux/LibsecretStore.h"
+#include "platform/linux/LogindSleepMonitor.h"
+#include "platform/linux/NetworkManagerWifi.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <csignal>
+#include <unistd.h>
+
+namespace {
+
+QString env(const char *name)
+{
+    return qEnvironmentVariable(name);
+}
+
+bool listening(int port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, quint16(port));
+    return socket.waitForConnected(200);
+}
+
+bool mocks(const QStringList &args)
+{
+    QProcess p;
+    p.start(QStringLiteral("bash"), QStringList{env("TW_SOURCE_DIR") + QStringLiteral("/tests/stack/components/mocks.sh"),
+                                               args.first(), env("TW_STACK_DIR")}
+                                       + args.mid(1));
+    return p.waitForFinished(30000) && p.exitCode() == 0;
+}
+
+// An smbd of this test only: the stack's configuration with its own port, state folders and log, in a
+// process group of its own so that killing it takes the per-connection children along (a crash).
+class PrivateSmbd
+{
+public:
+    bool prepare()
+    {
+        QFile stackConf(env("TW_SMB_CONF"));
+        if (!m_dir.isValid() || !stackConf.open(QIODevice::ReadOnly))
+            return false;
+        QTcpServer probe;
+        probe.listen(QHostAddress::LocalHost, 0);
+        m_port = probe.serverPort();
+        probe.close();
+        const QString d = m_dir.path();
+        QStringList lines;
+        for (const QString &line : QString::fromUtf8(stackConf.readAll()).split(QLatin1Char('\n'))) {
+            const QString key = line.section(QLatin1Char('='), 0, 0).trimmed();
+            static const QStringList dirs{QStringLiteral("lock directory"), QStringLiteral("state directory"),
+                                          QStringLiteral("cache directory"), QStringLiteral("private dir"),
+                                          QStringLiteral("pid directory"), QStringLiteral("ncalrpc dir")};
+            if (key == QLatin1String("smb ports"))
+                lines.append(QStringLiteral("  smb ports = %1").arg(m_port));
+            else if (dirs.contains(key))
+                lines.append(QStringLiteral("  %1 = %2/%3").arg(key, d, QString(key).replace(QLatin1Char(' '), QLatin1Char('_'))));
+            else if (key == QLatin1String("passdb backend"))
+                lines.append(QStringLiteral("  passdb backend = tdbsam:%1/passdb.tdb").arg(d));
+            else if (key == QLatin1String("log file"))
+                lines.append(QStringLiteral("  log file = %1/smbd.log").arg(d));
+            else
+                lines.append(line);
+        }
+        for (const QString &sub : {QStringLiteral("lock_directory"), QStringLiteral("state_directory"),
+                                   QStringLiteral("cache_directory"), QStringLiteral("private_dir"),
+                                   QStringLiteral("pid_directory"), QStringLiteral("ncalrpc_dir")})
+            QDir().mkpath(d + QLatin1Char('/') + sub);
+        m_conf = d + QStringLiteral("/smb.conf");
+        QFile conf(m_conf);
+        if (!conf.open(QIODevice::WriteOnly))
+            return false;
+        conf.write(lines.join(QLatin1Char('\n')).toUtf8());
+        return true;
+    }
+
+    bool start()
+    {
+        m_process = std::make_unique<QProcess>();
+        m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process->setStandardOutputFile(m_dir.path() + QStringLiteral("/smbd.stdout"));
+        m_process->setChildProcessModifier([] { ::setsid(); });
+        m_process->start(QStringLiteral("/usr/sbin/smbd"),
+                         {QStringLiteral("--foreground"), QStringLiteral("--no-process-group"),
+                          QStringLiteral("--configfile=") + m_conf});
+        if (!m_process->waitForStarted(5000))
+            return false;
+        for (int i = 0; i < 150; ++i) {
+            if (listening(m_port))
+                return true;
+            QTest::qWait(100);
+        }
+        return false;
+    }
+
+    // Like a crash: the whole process group at once, no goodbye to the clients.
+    void kill()
+    {
+        if (!m_process || m_process->state() == QProcess::NotRunning)
+            return;
+        ::kill(-pid_t(m_process->processId()), SIGKILL);
+        m_process->waitForFinished(10000);
+    }
+
+    ~PrivateSmbd() { kill(); }
+
+    int port() const { return m_port; }
+
+private:
+    QTemporaryDir m_dir;
+    QString m_conf;
+    int m_port = 0;
+    std::unique_ptr<QProcess> m_process;
+};
+
+struct KeepMounted
+{
+    QTemporaryDir dir;
+    Defaults defaults{dir.path() + QStringLiteral("/prefs.plist")};
+    NotificationCenter center;
+    LogEventManager eventLog{defaults, &center};
+    EnterpriseAuditLog auditLog{dir.path() + QStringLiteral("/audit_log.json")};
+    GvfsMountTable table;
+    GvfsMountService service{&table};
+    LocalFileSystem fileSystem{LocalFileSystem::standardVolumesFolder()};
+    LibsecretStore secrets;
+    CredentialStore credentials{&secrets};
+    SystemClock clock;
+    NetworkManagerWifi wifi;
+    LogindSleepMonitor sleep;
+    std::unique_ptr<MountEngine> engine;
+    std::unique_ptr<FuseBridgeWatchdog> watchdog;
+    std::unique_ptr<AutoMountScheduler> scheduler;
+
+    explicit KeepMounted(bool restartBridge = false)
+    {
+        defaults.setValue(Preferences::Keys::AutoMountCheckInterval, 10);
+        MountEngineDependencies deps;
+        deps.defaults = &defaults;
+        deps.center = &center;
+        deps.eventLog = &eventLog;
+        deps.auditLog = &auditLog;
+        deps.mountService = &service;
+        deps.mountTable = &table;
+        deps.fileSystem = &fileSystem;
+        deps.credentials = &credentials;
+        deps.network.resolveHostName = [](const QString &host) { return NetworkTester::resolveHostName(host); };
+        deps.network.wakeOnLan = [](const QString &) {};
+        engine = std::make_unique<MountEngine>(deps);
+
+        FuseBridgeWatchdog::Options options;
+        options.volumesFolder = fileSystem.volumesFolder();
+        options.restartAllowed = restartBridge;
+        watchdog = std::make_unique<FuseBridgeWatchdog>(options, &eventLog);
+
+        AutoMountSchedulerDependencies s;
+        s.engine = engine.get();
+        s.defaults = &defaults;
+        s.center = &center;
+        s.eventLog = &eventLog;
+        s.auditLog = &auditLog;
+        s.mountTable = &table;
+        s.wifi = &wifi;
+        s.sleepMonitor = &sleep;
+        s.fuseWatchdog = watchdog.get();
+        s.clock = &clock;
+        scheduler = std::make_unique<AutoMountScheduler>(s);
+    }
+
+    ~KeepMounted()
+    {
+        scheduler.reset();
+        for (const VolumeRecord &r : engine->store().records()) {
+            if (r.runtime_isMounted_Bool) {
+                QSignalSpy spy(engine.get(), &MountEngine::ejectFinished);
+                engine->eject(r.internal_ID_Int);
+                spy.wait(30000);
+            }
+        }
+        engine.reset();
+        auditLog.waitForPendingWrites();
+    }
+
+    qint64 addGuestShare(int port, const QString &share)
+    {
+        VolumeRecord r;
+        r.hostname_String = env("TW_SMB_HOST");
+        r.port_Int = port;
+        r.volume_String = share;
+        r.no_password_guest_login = 1;
+        r.auto_Mount = 1;
+        return engine->addRecord(r);
+    }
+    const VolumeRecord &record(qint64 id) const { return *engine->record(id); }
+    bool eventContaining(EVENT_TYPE_ENUM type, const QString &text) const
+    {
+        for (const LogEvent &e : eventLog.events()) {
+            if (e.event_type_Enum == type && e.eventMessage.contains(text))
+                return true;
+        }
+        return false;
+    }
+};
+
+// Longest pause of the main event loop while it lives: a hang detector, not a speed target.
+class LoopWatch
+{
+public:
+    LoopWatch()
+    {
+        m_clock.start();
+        m_timer.setInterval(50);
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] {
+            m_maxGapMs = std::max(m_maxGapMs, m_clock.restart());
+        });
+        m_timer.start();
+    }
+    qint64 maxGapMs() const { return m_maxGapMs; }
+
+private:
+    QTimer m_timer;
+    QElapsedTimer m_clock;
+    qint64 m_maxGapMs = 0;
+};
+
+} // namespace
+
+class TestKeepMounted : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void remountsAfterServerRestart();
+    void allowListFollowsWifi();
+    void restartsLostFuseBridge();
+};
+
+void TestKeepMounted::initTestCase()
+{
+    if (env("TW_SMB_PORT").isEmpty() || env("TW_SMB_CONF").isEmpty())
+        QSKIP("the test stack's Samba is not running");
+    if (!QFileInfo::exists(LocalFileSystem::standardVolumesFolder()))
+        QSKIP("the GVfs FUSE folder is missing");
+}
+
+void TestKeepMounted::remountsAfterServerRestart()
+{
+    PrivateSmbd smbd;
+    QVERIFY(smbd.prepare());
+    QVERIFY(smbd.start());
+    KeepMounted k;
+    const qint64 id = k.addGuestShare(smbd.port(), env("TW_SMB_GUEST_SHARE"));
+    k.scheduler->start();
+    QCOMPARE(k.scheduler->intervalSeconds(), 10);
+
+    // The first tick (10 s after start) mounts it.
+    QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
+    const QString path = k.record(id).runtime_computed_mountpoint_String;
+    QVERIFY2(path.startsWith(k.fileSystem.volumesFolder()), qPrintable(path));
+
+    LoopWatch watch;
+    smbd.kill();
+    QTRY_VERIFY_WITH_TIMEOUT(!k.record(id).runtime_isMounted_Bool, 60000);
+    QTRY_VERIFY_WITH_TIMEOUT(k.eventContaining(EVENT_TYPE_ENUM::CONNECTION_FAILED,
+                                               QStringLiteral("Server unreachable; ejected stale mount at ")),
+                             30000);
+    QVERIFY(!k.record(id).runtime_isReachable_Bool);
+    // The scheduler keeps ticking and retrying while the server is away; the engine stays responsive.
+    const int ticksBefore = k.scheduler->tickCount();
+    QTRY_VERIFY_WITH_TIMEOUT(k.scheduler->tickCount() >= ticksBefore + 2, 40000);
+    QVERIFY(!k.record(id).runtime_isMounted_Bool);
+
+    int attemptsAfterReturn = 0;
+    QObject::connect(k.engine.get(), &MountEngine::mountStarted, k.engine.get(),
+                     [&attemptsAfterReturn](qint64) { ++attemptsAfterReturn; });
+    QVERIFY(smbd.start());
+    QElapsedTimer back;
+    back.start();
+    QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
+    qInfo("server back -> remounted in %lld ms (interval 10 s)", back.elapsed());
+    // Remounted by the first attempt after the server came back, i.e. within one tick.
+    QCOMPARE(attemptsAfterReturn, 1);
+    QVERIFY2(watch.maxGapMs() < 5000, qPrintable(QStringLiteral("main loop blocked for %1 ms").arg(watch.maxGapMs())));
+}
+
+void TestKeepMounted::allowListFollowsWifi()
+{
+    if (env("TW_MOCK_NM_PID").isEmpty())
+        QSKIP("the NetworkManager mock is not running");
+    QVERIFY(mocks({QStringLiteral("ssid"), QStringLiteral("Office")}));
+    KeepMounted k;
+    QTRY_COMPARE(k.wifi.currentNetworkName(), std::optional<QString>(QStringLiteral("Office")));
+    const qint64 id = k.addGuestShare(env("TW_SMB_PORT").toInt(), env("TW_SMB_GUEST_SHARE"));
+    VolumeRecord r = k.record(id);
+    r.allowedSSIDs_String = QStringLiteral("Office, Lab");
+    QVERIFY(k.engine->updateRecord(r));
+    k.scheduler->start();
+    k.scheduler->checkSchedule();
+    QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
+    const QString path = k.record(id).runtime_computed_mountpoint_String;
+    QVERIFY(QFileInfo(path).isDir());
+
+    QVERIFY(mocks({QStringLiteral("ssid"), QStringLiteral("Guest WiFi")}));
+    QTRY_COMPARE(k.wifi.currentNetworkName(), std::optional<QString>(QStringLiteral("Guest WiFi")));
+    k.scheduler->checkSchedule();
+    QTRY_VERIFY_WITH_TIMEOUT(!k.record(id).runtime_isMounted_Bool, 30000);
+    QCOMPARE(k.record(id).runtime_status_String, QStringLiteral("Ejected"));
+    QTRY_VERIFY_WITH_TIMEOUT(!QFileInfo::exists(path), 10000);
+    QVERIFY(mocks({QStringLiteral("ssid")}));
+}
+
+void TestKeepMounted::restartsLostFuseBridge()
+{
+    // Needs the stack's own gvfsd-fuse PID (second line of the gvfs PID file) to break it.
+    QFile pids(env("TW_STACK_DIR") + QStringLiteral("/pids/gvfs.pid"));
+    if (!pids.open(QIODevice::ReadOnly))
+        QSKIP("no GVfs PID file");
+    const QList<QByteArray> lines = pids.readAll().trimmed().split('\n');
+    pids.close();
+    if (lines.size() < 2)
+        QSKIP("gvfsd-fuse PID unknown");
+    const pid_t fusePid = pid_t(lines.last().trimmed().toInt());
+    QFile comm(QStringLiteral("/proc/%1/comm").arg(fusePid));
+    if (!comm.open(QIODevice::ReadOnly) || !comm.readAll().startsWith("gvfsd-fuse"))
+        QSKIP("the last GVfs PID is not a running gvfsd-fuse");
+    comm.close();
+
+    KeepMounted k(true);
+    const qint64 id = k.addGuestShare(env("TW_SMB_PORT").toInt(), env("TW_SMB_GUEST_SHARE"));
+    k.scheduler->start();
+    k.scheduler->checkSchedule();
+    QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
+
+    QSignalSpy restarted(k.watchdog.get(), &FuseBridgeWatchdog::bridgeRestarted);
+    QSignalSpy lost(k.watchdog.get(), &FuseBridgeWatchdog::bridgeLost);
+    QVERIFY(::kill(fusePid, SIGKILL) == 0); // the bridge dies; its FUSE mount stays behind, dead
+    k.scheduler->checkSchedule();
+    QTRY_VERIFY_WITH_TIMEOUT(!restarted.isEmpty() || k.watchdog->state() == FuseBridgeWatchdog::State::Missing, 30000);
+    QCOMPARE(restarted.size(), 1);
+    const qint64 newPid = restarted.first().first().toLongLong();
+    // Hand the new bridge to the stack so that stop.sh ends it by its PID.
+    if (pids.open(QIODevice::Append))
+        pids.write(QByteArray::number(newPid) + '\n');
+    pids.close();
+    QVERIFY(!lost.isEmpty());
+    QVERIFY(k.eventContaining(EVENT_TYPE_ENUM::CONNECTION_FAILED, QStringLiteral("GVfs FUSE bridge lost at ")));
+    QVERIFY(k.eventContaining(EVENT_TYPE_ENUM::CONNECTION_SUCCESS, QStringLiteral("GVfs FUSE bridge restarted at ")));
+    // The share is reachable through the new bridge without remounting.
+    const QString path = k.record(id).runtime_computed_mountpoint_String;
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(path).isDir(), 20000);
+}
+
+QTEST_GUILESS_MAIN(TestKeepMounted)
+#include "tst_keep_mounted.moc"

@@ -1,0 +1,574 @@
+// The control interface's engine side: the record JSON form, share names, tarnwell:// URLs, the interval
+// notice, and ControlService driving the real engine over the in-process fakes (EngineHarness).
+#include "support/EngineHarness.h"
+
+#include "app/lifecycle/ControlNames.h"
+#include "app/lifecycle/ControlService.h"
+#include "app/lifecycle/Migrations.h"
+#include "app/lifecycle/RecordJson.h"
+#include "app/lifecycle/ShareResolver.h"
+#include "app/lifecycle/UrlCommand.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+QJsonObject json(const char *text)
+{
+    return QJsonDocument::fromJson(QByteArray(text)).object();
+}
+
+VolumeRecord makeRecord(qint64 id, const QString &nickname, const QString &host = QStringLiteral("nas"),
+                        const QString &share = QStringLiteral("data"))
+{
+    VolumeRecord r;
+    r.internal_ID_Int = id;
+    r.nickname_String = nickname;
+    r.hostname_String = host;
+    r.volume_String = share;
+    return r;
+}
+
+QJsonArray parseArray(const QString &text)
+{
+    return QJsonDocument::fromJson(text.toUtf8()).array();
+}
+
+} // namespace
+
+class TestControl : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void applyJson_data();
+    void applyJson();
+    void applyJsonErrors_data();
+    void applyJsonErrors();
+    void jsonRoundTrip();
+    void sameShare_data();
+    void sameShare();
+    void resolve_data();
+    void resolve();
+    void urlCommand_data();
+    void urlCommand();
+    void intervalNotice_data();
+    void intervalNotice();
+
+    void serviceAddListRemove();
+    void serviceRefusals_data();
+    void serviceRefusals();
+    void serviceLockedRecord();
+    void serviceMountAndSignals();
+    void serviceAuditExport();
+    void servicePauseHooks();
+};
+
+void TestControl::applyJson_data()
+{
+    QTest::addColumn<QJsonObject>("input");
+    QTest::addColumn<QString>("check"); // field=value pairs read back from the record
+
+    QTest::newRow("strings") << json(R"({"nickname":"N","hostname":" srv ","shareName":"s","username":"u",)"
+                                     R"("group":"g","macAddress":"m","allowedSSIDs":"a,b","customMountPoint":"/x"})")
+                             << "nickname=N;host=srv;share=s;user=u;group=g;mac=m;ssids=a,b;dir=/x";
+    QTest::newRow("port set") << json(R"({"port":8445})") << "port=8445";
+    QTest::newRow("port cleared") << json(R"({"port":null})") << "port=none";
+    QTest::newRow("protocol any case") << json(R"({"protocolType":"webdavs"})") << "protocol=4";
+    QTest::newRow("on/off as 0/1") << json(R"({"guest":1,"autoMount":1,"mountInVolumes":0})") << "guest=1;auto=1;volumes=0";
+    QTest::newRow("on/off as booleans") << json(R"({"guest":true,"autoMount":false})") << "guest=1;auto=0";
+    QTest::newRow("empty share name") << json(R"({"shareName":""})") << "share=";
+}
+
+void TestControl::applyJson()
+{
+    QFETCH(QJsonObject, input);
+    QFETCH(QString, check);
+    VolumeRecord record = makeRecord(5, QStringLiteral("old"));
+    record.port_Int = 1445;
+    QString error;
+    QVERIFY2(RecordJson::apply(input, record, &error), qPrintable(error));
+    QCOMPARE(record.internal_ID_Int, 5);
+    const QHash<QString, QString> fields{
+        {QStringLiteral("nickname"), record.nickname_String},
+        {QStringLiteral("host"), record.hostname_String},
+        {QStringLiteral("share"), record.volume_String},
+        {QStringLiteral("user"), record.username_String},
+        {QStringLiteral("group"), record.group_String},
+        {QStringLiteral("mac"), record.macAddress_String},
+        {QStringLiteral("ssids"), record.allowedSSIDs_String},
+        {QStringLiteral("dir"), record.unique_mountpoint_fullpath_String},
+        {QStringLiteral("port"), record.port_Int ? QString::number(*record.port_Int) : QStringLiteral("none")},
+        {QStringLiteral("protocol"), QString::number(int(record.mounting_using_protocol_Enum))},
+        {QStringLiteral("guest"), QString::number(record.no_password_guest_login)},
+        {QStringLiteral("auto"), QString::number(record.auto_Mount)},
+        {QStringLiteral("volumes"), QString::number(record.mount_inside_Volumes)},
+    };
+    for (const QString &pair : check.split(QLatin1Char(';'))) {
+        const QString key = pair.section(QLatin1Char('='), 0, 0);
+        QCOMPARE(fields.value(key), pair.section(QLatin1Char('='), 1));
+    }
+}
+
+void TestControl::applyJsonErrors_data()
+{
+    QTest::addColumn<QJsonObject>("input");
+    QTest::addColumn<QString>("reason");
+
+    QTest::newRow("unknown key") << json(R"({"nickname":"x","colour":"red"})") << "unknown key 'colour'";
+    QTest::newRow("id") << json(R"({"id":9})") << "'id' cannot be set";
+    QTest::newRow("locked flag") << json(R"({"isLocked":false})") << "'isLocked' cannot be set";
+    QTest::newRow("runtime") << json(R"({"mounted":true})") << "'mounted' cannot be set";
+    QTest::newRow("port zero") << json(R"({"port":0})") << "'port'";
+    QTest::newRow("port too big") << json(R"({"port":65536})") << "'port'";
+    QTest::newRow("port fraction") << json(R"({"port":44.5})") << "'port'";
+    QTest::newRow("port text") << json(R"({"port":"445"})") << "'port'";
+    QTest::newRow("protocol") << json(R"({"protocolType":"ftp"})") << "'protocolType'";
+    QTest::newRow("guest 2") << json(R"({"guest":2})") << "'guest' must be 0 or 1";
+    QTest::newRow("string kind") << json(R"({"nickname":5})") << "'nickname' must be a string";
+    QTest::newRow("blank host") << json(R"({"hostname":"  "})") << "'hostname' must not be empty";
+}
+
+void TestControl::applyJsonErrors()
+{
+    QFETCH(QJsonObject, input);
+    QFETCH(QString, reason);
+    VolumeRecord record = makeRecord(5, QStringLiteral("keep"));
+    QString error;
+    QVERIFY(!RecordJson::apply(input, record, &error));
+    QVERIFY2(error.contains(reason), qPrintable(error));
+    // Refused as a whole: the valid keys before the bad one changed nothing either.
+    QCOMPARE(record.nickname_String, QStringLiteral("keep"));
+    QCOMPARE(record.hostname_String, QStringLiteral("nas"));
+}
+
+void TestControl::jsonRoundTrip()
+{
+    VolumeRecord source = makeRecord(8, QStringLiteral("Team"), QStringLiteral("fe80::1"), QStringLiteral("/Team Docs/"));
+    source.port_Int = 4450;
+    source.mounting_using_protocol_Enum = MountUsingProtocol_Enum::AFP;
+    source.username_String = QStringLiteral("alice");
+    source.auto_Mount = 1;
+    source.mount_inside_Volumes = 0;
+    source.unique_mountpoint_fullpath_String = QStringLiteral("/mnt/team");
+    source.group_String = QStringLiteral("Office");
+    source.macAddress_String = QStringLiteral("00:11:22:33:44:55");
+    source.allowedSSIDs_String = QStringLiteral("Office, Lab");
+    source.isLocked = true;
+    source.managedBy = QStringLiteral("MDM");
+    source.runtime_isMounted_Bool = true;
+    source.runtime_status_String = QStringLiteral("Successfully mounted at /m");
+
+    const QJsonObject o = RecordJson::toJson(source, {true, QStringLiteral("MOUNTED ✓")});
+    QCOMPARE(o.value(QStringLiteral("mountURL")).toString(), QStringLiteral("afp://[fe80::1]:4450/Team Docs"));
+    QCOMPARE(o.value(QStringLiteral("protocolType")).toString(), QStringLiteral("AFP"));
+    QCOMPARE(o.value(QStringLiteral("autoMount")).toInt(), 1); // on/off as integers, not Booleans
+    QVERIFY(o.value(QStringLiteral("autoMount")).isDouble());
+    QCOMPARE(o.value(QStringLiteral("mounted")).toBool(), true);
+    QCOMPARE(o.value(QStringLiteral("mountInProgress")).toBool(), true);
+    QCOMPARE(o.value(QStringLiteral("statusLabel")).toString(), QStringLiteral("MOUNTED ✓"));
+    QVERIFY(!QJsonDocument(o).toJson().toLower().contains("password"));
+
+    // The settings keys applied to a fresh record give the same settings back.
+    QJsonObject settings = o;
+    for (const char *key : {"id", "isLocked", "managedBy", "mountURL", "status", "statusLabel", "mounted", "reachable",
+                            "mountInProgress", "mountPoint", "ipAddress"})
+        settings.remove(QLatin1String(key));
+    VolumeRecord copy;
+    QString error;
+    QVERIFY2(RecordJson::apply(settings, copy, &error), qPrintable(error));
+    copy.internal_ID_Int = source.internal_ID_Int;
+    copy.isLocked = source.isLocked;
+    copy.managedBy = source.managedBy;
+    QCOMPARE(RecordJson::toJson(copy, {true, QStringLiteral("MOUNTED ✓")}).value(QStringLiteral("mountURL")),
+             o.value(QStringLiteral("mountURL")));
+    QCOMPARE(copy.encode(), source.encode());
+}
+
+void TestControl::sameShare_data()
+{
+    QTest::addColumn<QString>("hostB");
+    QTest::addColumn<QString>("shareB");
+    QTest::addColumn<int>("protocolB");
+    QTest::addColumn<QString>("userB");
+    QTest::addColumn<bool>("guestB");
+    QTest::addColumn<bool>("same");
+    // A is alice on smb://NAS/data.
+    QTest::newRow("identical") << "NAS" << "data" << 0 << "alice" << false << true;
+    QTest::newRow("host case and blanks") << " nas " << "data" << 0 << "alice" << false << true;
+    QTest::newRow("share slashes") << "NAS" << "/data/" << 0 << "alice" << false << true;
+    QTest::newRow("share case differs") << "NAS" << "Data" << 0 << "alice" << false << false;
+    QTest::newRow("other protocol") << "NAS" << "data" << 1 << "alice" << false << false;
+    QTest::newRow("other user") << "NAS" << "data" << 0 << "bob" << false << false;
+    QTest::newRow("guest vs user") << "NAS" << "data" << 0 << "alice" << true << false;
+}
+
+void TestControl::sameShare()
+{
+    QFETCH(QString, hostB);
+    QFETCH(QString, shareB);
+    QFETCH(int, protocolB);
+    QFETCH(QString, userB);
+    QFETCH(bool, guestB);
+    VolumeRecord a = makeRecord(1, {}, QStringLiteral("NAS"), QStringLiteral("data"));
+    a.username_String = QStringLiteral("alice");
+    VolumeRecord b = makeRecord(2, {}, hostB, shareB);
+    b.mounting_using_protocol_Enum = MountProtocol::fromRaw(protocolB);
+    b.username_String = userB;
+    b.no_password_guest_login = guestB ? 1 : 0;
+    QTEST(RecordJson::isSameShare(a, b), "same");
+    QTEST(RecordJson::isSameShare(b, a), "same");
+}
+
+void TestControl::resolve_data()
+{
+    QTest::addColumn<QString>("query");
+    QTest::addColumn<qint64>("id"); // 0: not resolved
+    QTest::addColumn<bool>("ambiguous");
+    QTest::addColumn<QString>("message");
+
+    QTest::newRow("id") << "3" << qint64(3) << false << "";
+    QTest::newRow("id with blanks") << " 3 " << qint64(3) << false << "";
+    QTest::newRow("exact nickname") << "Office NAS" << qint64(1) << false << "";
+    QTest::newRow("nickname ignoring case") << "office nas" << qint64(1) << false << "";
+    QTest::newRow("exact case wins") << "media" << qint64(4) << false << "";
+    QTest::newRow("number that is a nickname") << "42" << qint64(5) << false << "";
+    QTest::newRow("ambiguous") << "Backup" << qint64(0) << true << "IDs 2, 3";
+    QTest::newRow("ambiguous ignoring case") << "MEDIA" << qint64(0) << true << "IDs 4, 6";
+    QTest::newRow("unknown") << "Nope" << qint64(0) << false << "Unknown share: 'Nope'";
+    QTest::newRow("unknown id") << "99" << qint64(0) << false << "Unknown share: '99'";
+    QTest::newRow("empty") << "" << qint64(0) << false << "Unknown share";
+}
+
+void TestControl::resolve()
+{
+    QFETCH(QString, query);
+    QFETCH(qint64, id);
+    QFETCH(bool, ambiguous);
+    QFETCH(QString, message);
+    const QList<VolumeRecord> records{makeRecord(1, QStringLiteral("Office NAS")), makeRecord(2, QStringLiteral("Backup")),
+                                      makeRecord(3, QStringLiteral("Backup")),     makeRecord(4, QStringLiteral("media")),
+                                      makeRecord(5, QStringLiteral("42")),         makeRecord(6, QStringLiteral("Media"))};
+    const auto r = ShareResolver::resolve(records, query);
+    QCOMPARE(r.id.value_or(0), id);
+    QCOMPARE(r.ambiguous, ambiguous);
+    QVERIFY2(r.message.contains(message), qPrintable(r.message));
+}
+
+void TestControl::urlCommand_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<int>("action"); // -1: refused
+    QTest::addColumn<QString>("share");
+
+    using A = UrlCommand::Action;
+    QTest::newRow("mount id") << "tarnwell://mount/3" << int(A::Mount) << "3";
+    QTest::newRow("mount nickname encoded") << "tarnwell://mount/Office%20NAS/" << int(A::Mount) << "Office NAS";
+    QTest::newRow("eject") << "TARNWELL://Eject/Backup" << int(A::Eject) << "Backup";
+    QTest::newRow("eject all") << "tarnwell://eject-all" << int(A::EjectAll) << "";
+    QTest::newRow("pause") << "tarnwell://pause" << int(A::Pause) << "";
+    QTest::newRow("resume") << "tarnwell://resume/" << int(A::Resume) << "";
+    QTest::newRow("show") << "tarnwell://show" << int(A::Show) << "";
+    QTest::newRow("bare scheme") << "tarnwell:" << int(A::Show) << "";
+    QTest::newRow("mount without share") << "tarnwell://mount" << -1 << "";
+    QTest::newRow("pause with share") << "tarnwell://pause/3" << -1 << "";
+    QTest::newRow("unknown action") << "tarnwell://format/3" << -1 << "";
+    QTest::newRow("other scheme") << "smb://mount/3" << -1 << "";
+}
+
+void TestControl::urlCommand()
+{
+    QFETCH(QString, url);
+    QFETCH(int, action);
+    QFETCH(QString, share);
+    QString error;
+    const auto command = UrlCommand::parse(url, &error);
+    if (action < 0) {
+        QVERIFY(!command);
+        QVERIFY2(error.startsWith(QLatin1String("Unsupported tarnwell URL")), qPrintable(error));
+        return;
+    }
+    QVERIFY2(command, qPrintable(error));
+    QCOMPARE(int(command->action), action);
+    QCOMPARE(command->share, share);
+}
+
+void TestControl::intervalNotice_data()
+{
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<bool>("flagAlreadySet");
+    QTest::addColumn<bool>("shown");
+
+    QTest::newRow("61 seconds") << QVariant(61) << false << true;
+    QTest::newRow("600 seconds") << QVariant(600) << false << true;
+    QTest::newRow("60 seconds") << QVariant(60) << false << false;
+    QTest::newRow("absent") << QVariant() << false << false;
+    QTest::newRow("not an integer") << QVariant(QStringLiteral("120")) << false << false;
+    QTest::newRow("already shown") << QVariant(120) << true << false;
+}
+
+void TestControl::intervalNotice()
+{
+    QFETCH(QVariant, stored);
+    QFETCH(bool, flagAlreadySet);
+    QFETCH(bool, shown);
+    QTemporaryDir dir;
+    Defaults defaults(dir.filePath(QStringLiteral("prefs.plist")));
+    if (stored.isValid())
+        defaults.setValue(QStringLiteral("auto_mount_check_interval_Int"), stored);
+    if (flagAlreadySet)
+        defaults.setValue(Migrations::kIntervalNoticeFlag, true);
+
+    const auto notice = Migrations::intervalNotice(defaults);
+    QCOMPARE(notice.has_value(), shown);
+    if (shown) {
+        QVERIFY(notice->startsWith(QStringLiteral("Your auto-remount check interval is %1 seconds").arg(stored.toInt())));
+        QCOMPARE(defaults.boolean(Migrations::kIntervalNoticeFlag), std::optional<bool>(true));
+        // Once only, and the stored interval is left as it was.
+        QVERIFY(!Migrations::intervalNotice(defaults));
+        QCOMPARE(defaults.integer(QStringLiteral("auto_mount_check_interval_Int")), std::optional<qint64>(stored.toInt()));
+    } else if (!flagAlreadySet) {
+        QVERIFY(!defaults.contains(Migrations::kIntervalNoticeFlag));
+    }
+}
+
+// --- ControlService over the real engine and in-process fakes ---
+
+void TestControl::serviceAddListRemove()
+{
+    EngineHarness h;
+    ControlService service(*h.engine, h.eventLog, h.auditLog);
+
+    const auto added = service.addRecord(QStringLiteral(R"({"hostname":"nas","shareName":"team","username":"alice",)"
+                                                        R"("nickname":"Team","port":1445})"),
+                                         QStringLiteral("s3cret pw"));
+    QVERIFY2(added.ok(), qPrintable(added.error.message));
+    const qint64 id = added.value;
+    QVERIFY(id > 0);
+    // The password went to the secret store under the record's account, and nowhere into the records.
+    h.engine->waitForWorkers();
+    h.settle();
+    QCOMPARE(h.secrets.peek(h.credentials.serviceName(), QStringLiteral("volume_record_%1").arg(id)),
+             std::optional<QString>(QStringLiteral("s3cret pw")));
+    const auto listed = service.listRecords();
+    QVERIFY(listed.ok());
+    QVERIFY(!listed.value.contains(QLatin1String("s3cret")));
+    QFile prefs(h.defaults.filePath());
+    QVERIFY(prefs.open(QIODevice::ReadOnly));
+    QVERIFY(!prefs.readAll().contains("s3cret"));
+
+    const QJsonArray records = parseArray(listed.value);
+    QCOMPARE(records.size(), 1);
+    const QJsonObject r = records.first().toObject();
+    QCOMPARE(r.value(QStringLiteral("id")).toInteger(), id);
+    QCOMPARE(r.value(QStringLiteral("mountURL")).toString(), QStringLiteral("smb://nas:1445/team"));
+    QCOMPARE(r.value(QStringLiteral("guest")).toInt(), 0);
+    QCOMPARE(r.value(QStringLiteral("mounted")).toBool(), false);
+
+    QCOMPARE(service.resolveShare(QStringLiteral("team")).value, id);
+    const auto edited = service.editRecord(id, QStringLiteral(R"({"nickname":"Team 2","autoMount":1})"));
+    QVERIFY2(edited.ok(), qPrintable(edited.error.message));
+    QCOMPARE(h.engine->record(id)->nickname_String, QStringLiteral("Team 2"));
+    QCOMPARE(h.engine->record(id)->auto_Mount, 1);
+    QCOMPARE(h.engine->record(id)->port_Int, std::optional<qint64>(1445)); // keys not given stay
+
+    QVERIFY(service.removeRecord(id).ok());
+    QVERIFY(!h.engine->record(id));
+    QCOMPARE(parseArray(service.listRecords().value).size(), 0);
+}
+
+void TestControl::serviceRefusals_data()
+{
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<QString>("errorName");
+    QTest::addColumn<QString>("message");
+
+    QTest::newRow("bad json") << "add" << "{nickname:" << ControlNames::kErrorInvalidArgument << "Bad JSON";
+    QTest::newRow("json array") << "add" << "[1]" << ControlNames::kErrorInvalidArgument << "must be a JSON object";
+    QTest::newRow("no host") << "add" << R"({"shareName":"x"})" << ControlNames::kErrorInvalidArgument
+                             << "'hostname' is required";
+    QTest::newRow("duplicate") << "add" << R"({"hostname":"NAS","shareName":"/pub/","guest":1})"
+                               << ControlNames::kErrorDuplicate << "already exists with the ID 1";
+    QTest::newRow("edit into duplicate") << "edit2" << R"({"shareName":"pub","guest":1})" << ControlNames::kErrorDuplicate
+                                         << "the share with the ID 1";
+    QTest::newRow("edit unknown") << "edit99" << R"({"nickname":"x"})" << ControlNames::kErrorUnknownShare
+                                  << "no share has the ID 99";
+    QTest::newRow("edit bad key") << "edit2" << R"({"colour":"red"})" << ControlNames::kErrorInvalidArgument
+                                  << "unknown key 'colour'";
+    QTest::newRow("remove unknown") << "remove" << "99" << ControlNames::kErrorUnknownShare << "no share has the ID 99";
+    QTest::newRow("mount unknown") << "mount" << "99" << ControlNames::kErrorUnknownShare << "99";
+    QTest::newRow("url unknown share") << "url" << "tarnwell://mount/Nope" << ControlNames::kErrorUnknownShare << "'Nope'";
+    QTest::newRow("url bad") << "url" << "tarnwell://explode" << ControlNames::kErrorInvalidArgument << "unknown action";
+    QTest::newRow("resolve ambiguous") << "resolve" << "twin" << ControlNames::kErrorAmbiguousShare << "IDs 1, 2";
+}
+
+void TestControl::serviceRefusals()
+{
+    QFETCH(QString, operation);
+    QFETCH(QString, argument);
+    QFETCH(QString, errorName);
+    QFETCH(QString, message);
+    EngineHarness h;
+    ControlService service(*h.engine, h.eventLog, h.auditLog);
+    QVERIFY(service.addRecord(QStringLiteral(R"({"hostname":"nas","shareName":"pub","guest":1,"nickname":"twin"})"), {}).ok());
+    QVERIFY(service.addRecord(QStringLiteral(R"({"hostname":"nas","shareName":"other","guest":1,"nickname":"twin"})"), {}).ok());
+    const QByteArray before = QJsonDocument(parseArray(service.listRecords().value)).toJson();
+
+    ControlService::Error error;
+    if (operation == QLatin1String("add"))
+        error = service.addRecord(argument, {}).error;
+    else if (operation.startsWith(QLatin1String("edit")))
+        error = service.editRecord(operation.mid(4).toLongLong(), argument).error;
+    else if (operation == QLatin1String("remove"))
+        error = service.removeRecord(argument.toLongLong()).error;
+    else if (operation == QLatin1String("mount"))
+        error = service.mount(argument.toLongLong()).error;
+    else if (operation == QLatin1String("url"))
+        error = service.handleUrl(argument).error;
+    else
+        error = service.resolveShare(argument).error;
+
+    QCOMPARE(error.name, errorName);
+    QVERIFY2(error.message.contains(message), qPrintable(error.message));
+    QCOMPARE(QJsonDocument(parseArray(service.listRecords().value)).toJson(), before);
+    QVERIFY(!h.engine->isMountInProgress(1) && !h.engine->isMountInProgress(2));
+}
+
+void TestControl::serviceLockedRecord()
+{
+    EngineHarness h;
+    ControlService service(*h.engine, h.eventLog, h.auditLog);
+    VolumeRecord managed = makeRecord(0, QStringLiteral("Policies"));
+    managed.isLocked = true;
+    managed.managedBy = QStringLiteral("MDM");
+    const qint64 id = h.engine->addRecord(managed);
+    VolumeRecord unnamed = makeRecord(0, QStringLiteral("Other"), QStringLiteral("srv"));
+    unnamed.isLocked = true;
+    const qint64 other = h.engine->addRecord(unnamed);
+
+    auto removed = service.removeRecord(id);
+    QCOMPARE(removed.error.name, ControlNames::kErrorLocked);
+    QCOMPARE(removed.error.message, QStringLiteral("Cannot Delete: This share is managed by MDM and cannot be deleted."));
+    auto edited = service.editRecord(id, QStringLiteral(R"({"nickname":"Mine"})"));
+    QCOMPARE(edited.error.name, ControlNames::kErrorLocked);
+    QCOMPARE(edited.error.message, QStringLiteral("IT-Managed Share: This share is managed by MDM. Settings cannot be modified."));
+    // Without a manager name: the fallbacks of the two texts differ on purpose.
+    QCOMPARE(service.editRecord(other, QStringLiteral(R"({"nickname":"Mine"})")).error.message,
+             QStringLiteral("IT-Managed Share: This share is managed by IT Department. Settings cannot be modified."));
+    QVERIFY(service.removeRecord(other).error.message.contains(QLatin1String("managed by IT and")));
+    QCOMPARE(service.setPassword(id, QStringLiteral("x")).error.name, ControlNames::kErrorLocked);
+    QCOMPARE(h.engine->record(id)->nickname_String, QStringLiteral("Policies"));
+    QCOMPARE(h.engine->store().size(), 2);
+    // Managed shares are still mounted on request.
+    QVERIFY(service.mount(id).ok());
+    QVERIFY(h.engine->isMountInProgress(id));
+    h.engine->cancelMount(id);
+    h.engine->waitForWorkers();
+    h.settle(50);
+}
+
+void TestControl::serviceMountAndSignals()
+{
+    EngineHarness h;
+    ControlService service(*h.engine, h.eventLog, h.auditLog);
+    const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("pub"));
+    QSignalSpy finished(&service, &ControlService::MountFinished);
+    QSignalSpy changed(&service, &ControlService::RecordsChanged);
+    QSignalSpy logChanged(&service, &ControlService::EventLogChanged);
+
+    // By nickname through a tarnwell:// URL, as a second launch forwards it.
+    h.engine->updateRuntime(id, [](VolumeRecord &r) { r.nickname_String = QStringLiteral("Pub Share"); });
+    QVERIFY(service.handleUrl(QStringLiteral("tarnwell://mount/pub%20share")).ok());
+    QVERIFY(h.engine->isMountInProgress(id));
+    const QJsonObject during = QJsonDocument::fromJson(service.getRecord(id).value.toUtf8()).object();
+    QCOMPARE(during.value(QStringLiteral("mountInProgress")).toBool(), true);
+
+    QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 10000);
+    QCOMPARE(finished.first().at(0).toLongLong(), id);
+    QCOMPARE(finished.first().at(1).toInt(), 0);
+    QCOMPARE(finished.first().at(2).toString(), h.engine->record(id)->runtime_status_String);
+    QVERIFY(h.engine->record(id)->runtime_isMounted_Bool);
+    // Bursts of runtime changes arrive as few signals, but at least one.
+    QTRY_VERIFY(changed.size() >= 1);
+    QVERIFY2(changed.size() < 5, qPrintable(QString::number(changed.size())));
+    QTRY_VERIFY(logChanged.size() >= 1);
+
+    const QJsonArray events = parseArray(service.eventLog(1).value);
+    QCOMPARE(events.size(), 1);
+    QCOMPARE(events.first().toObject().value(QStringLiteral("type")).toString(), QStringLiteral("MOUNT_SUCCESS"));
+    QCOMPARE(events.first().toObject().value(QStringLiteral("recordId")).toInteger(), id);
+    QVERIFY(parseArray(service.eventLog(0).value).size() >= 1);
+
+    QVERIFY(service.verify(id).value);
+    QSignalSpy ejected(&service, &ControlService::EjectFinished);
+    QVERIFY(service.eject(id).ok());
+    QTRY_COMPARE_WITH_TIMEOUT(ejected.size(), 1, 10000);
+    QCOMPARE(ejected.first().at(1).toBool(), true);
+    QVERIFY(!h.engine->record(id)->runtime_isMounted_Bool);
+    QVERIFY(!service.verify(id).value);
+}
+
+void TestControl::serviceAuditExport()
+{
+    EngineHarness h;
+    ControlService service(*h.engine, h.eventLog, h.auditLog);
+    h.auditLog.log(AuditEventType::appLaunch, std::nullopt, std::nullopt, QStringLiteral("Tarnwell launched"), true);
+    h.audits(); // settles until the entry is in memory
+
+    const auto csv = service.exportAudit(QStringLiteral("CSV"), {}, {});
+    QVERIFY(csv.ok());
+    QVERIFY(csv.value.startsWith(EnterpriseAuditLog::kCsvHeader));
+    QVERIFY(csv.value.contains(QLatin1String(",APP_LAUNCH,")));
+    const auto json = service.exportAudit(QStringLiteral("json"), QStringLiteral("2000-01-01T00:00:00Z"), {});
+    QVERIFY(json.ok());
+    QCOMPARE(QJsonDocument::fromJson(json.value.toUtf8()).array().size(), 1);
+    // An until bound in the past leaves nothing but the header.
+    const auto empty = service.exportAudit(QStringLiteral("csv"), {}, QStringLiteral("2000-01-01T00:00:00.000Z"));
+    QCOMPARE(empty.value, EnterpriseAuditLog::kCsvHeader);
+
+    QCOMPARE(service.exportAudit(QStringLiteral("xml"), {}, {}).error.name, ControlNames::kErrorInvalidArgument);
+    const auto badDate = service.exportAudit(QStringLiteral("csv"), QStringLiteral("yesterday"), {});
+    QCOMPARE(badDate.error.name, ControlNames::kErrorInvalidArgument);
+    QVERIFY(badDate.error.message.contains(QLatin1String("'yesterday'")));
+}
+
+void TestControl::servicePauseHooks()
+{
+    EngineHarness h;
+    ControlService service(*h.engine, h.eventLog, h.auditLog);
+    QCOMPARE(service.pause().error.name, ControlNames::kErrorNotAvailable);
+    QVERIFY(!service.isPaused());
+
+    bool paused = false;
+    bool anythingMounted = false;
+    service.setPauseHooks({[&] { return paused; },
+                           [&] {
+                               if (!anythingMounted)
+                                   return false;
+                               paused = true;
+                               return true;
+                           },
+                           [&] { paused = false; }});
+    const auto refused = service.pause();
+    QCOMPARE(refused.error.name, ControlNames::kErrorFailed);
+    QCOMPARE(refused.error.message, ControlService::kNothingToPause);
+    anythingMounted = true;
+    QVERIFY(service.handleUrl(QStringLiteral("tarnwell://pause")).ok());
+    QVERIFY(service.isPaused());
+    QVERIFY(service.resume().ok());
+    QVERIFY(!service.isPaused());
+
+    // The status label comes from the labeler when one is set.
+    const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("pub"));
+    service.setStatusLabeler([](const VolumeRecord &r, bool) { return QStringLiteral("LABEL-%1").arg(r.internal_ID_Int); });
+    QCOMPARE(parseArray(service.listRecords().value).first().toObject().value(QStringLiteral("statusLabel")).toString(),
+             QStringLiteral("LABEL-%1").arg(id));
+}
+
+QTEST_GUILESS_MAIN(TestControl)
+#include "tst_control.moc"

@@ -1,0 +1,482 @@
+// Eject, eject-all, Clean Up, verification, the mount-table sync and record edits through the real engine.
+#include "support/EngineHarness.h"
+
+#include "core/MountPointFinder.h"
+#include "core/ShareUrlProbe.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTest>
+
+namespace {
+UnmountResult failure(int errnoValue, const QString &text)
+{
+    return {false, errnoValue, text};
+}
+} // namespace
+
+class TestMountEngineOps : public QObject
+{
+    Q_OBJECT
+
+private:
+    // A mounted guest SMB share (through the fake service).
+    static qint64 mounted(EngineHarness &h, const QString &share = QStringLiteral("docs"),
+                          MountUsingProtocol_Enum protocol = MountUsingProtocol_Enum::SMB)
+    {
+        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), share, protocol);
+        if (h.mountAndWait(id) != 0)
+            qFatal("mount failed");
+        h.clearConsole();
+        return id;
+    }
+
+    void h_syncAlive(quint16 port, const QStringList &methods)
+    {
+        EngineHarness h;
+        h.setUseRealShareUrlProbe(true);
+        VolumeRecord record;
+        record.hostname_String = QStringLiteral("127.0.0.1");
+        record.volume_String = QStringLiteral("dav");
+        record.port_Int = port;
+        record.mounting_using_protocol_Enum = MountUsingProtocol_Enum::WebDAV;
+        const qint64 id = h.engine->addRecord(record);
+        const QString path = h.makeVolumeFolder(QStringLiteral("davvol"));
+        h.table.setVolumes({{path, QUrl(QStringLiteral("dav://127.0.0.1:%1/dav").arg(port)), false}});
+        QVERIFY(h.syncAndWait(15000));
+        QVERIFY2(h.record(id).runtime_isMounted_Bool, qPrintable(h.console().join(QLatin1Char('\n'))));
+        QVERIFY(h.service.unmountCalls().isEmpty());
+        QCOMPARE(methods, QStringList{QStringLiteral("HEAD")});
+        const QString url = QStringLiteral("http://127.0.0.1:%1/dav").arg(port);
+        QVERIFY(h.hasLine(QStringLiteral("🔎 [PROBE] HEAD ") + url + QStringLiteral(" → HTTP 405 (alive)")));
+    }
+
+private Q_SLOTS:
+    void ejectOutcomes_data()
+    {
+        QTest::addColumn<QList<UnmountResult>>("results"); // scripted unmount results
+        QTest::addColumn<bool>("stillListed");            // after the failure, is the volume still listed?
+        QTest::addColumn<bool>("ok");
+        QTest::addColumn<QString>("status");
+        QTest::addColumn<QString>("eventMessage");
+        QTest::addColumn<int>("unmountCalls");
+
+        QTest::newRow("success") << QList<UnmountResult>{{true, 0, {}}} << false << true << "Ejected"
+                                 << "UMMOUNT_SUCCESS: Volume was ejected by user" << 1;
+        QTest::newRow("busy") << QList<UnmountResult>{failure(16, QStringLiteral("Device or resource busy"))} << true << false
+                              << "Eject failed: Volume is busy (close open files)"
+                              << "UMMOUNT_ERROR: Volume busy - files may be open" << 2;
+        QTest::newRow("other error") << QList<UnmountResult>{failure(5, QStringLiteral("Input/output error"))} << true << false
+                                     << "Eject failed: Input/output error" << "UMMOUNT_ERROR: Input/output error" << 2;
+        QTest::newRow("error without text") << QList<UnmountResult>{failure(99, QString())} << true << false
+                                            << "Eject failed: Unknown error" << "UMMOUNT_ERROR: Unknown error" << 2;
+        QTest::newRow("forced retry works") << QList<UnmountResult>{failure(16, QStringLiteral("busy")), {true, 0, {}}} << false
+                                            << true << "Ejected" << "UMMOUNT_SUCCESS: Volume was ejected by user" << 2;
+    }
+    void ejectOutcomes()
+    {
+        QFETCH(QList<UnmountResult>, results);
+        QFETCH(bool, stillListed);
+        QFETCH(bool, ok);
+        QFETCH(QString, status);
+        QFETCH(QString, eventMessage);
+        QFETCH(int, unmountCalls);
+
+        EngineHarness h;
+        const qint64 id = mounted(h);
+        const QString path = h.record(id).runtime_computed_mountpoint_String;
+        h.service.scriptUnmount(path, results);
+        Q_UNUSED(stillListed)
+        QCOMPARE(h.ejectAndWait(id), ok);
+        QCOMPARE(h.record(id).runtime_status_String, status);
+        QCOMPARE(h.record(id).runtime_isMounted_Bool, !ok);
+        QCOMPARE(h.events().first().eventMessage, eventMessage);
+        QCOMPARE(h.service.unmountCalls().size(), unmountCalls);
+        QVERIFY(!h.service.unmountCalls().first().force);
+        if (unmountCalls == 2)
+            QVERIFY(h.service.unmountCalls().at(1).force);
+        QVERIFY(h.hasLine(QStringLiteral("🔓 [EJECT] Attempting to eject: '") + path + QLatin1Char('\'')));
+        if (!ok && results.first().errnoValue == 16) {
+            QCOMPARE(h.audits().first().eventType, AuditEventType::unmountFailure);
+            QCOMPARE(h.audits().first().details, QStringLiteral("Volume busy"));
+        }
+        if (status == QLatin1String("Ejected") && eventMessage.endsWith(QLatin1String("by user")))
+            QCOMPARE(h.audits().first().eventType, AuditEventType::unmountSuccess);
+    }
+
+    void webdavIsForcedAtOnce()
+    {
+        EngineHarness h;
+        const qint64 id = mounted(h, QStringLiteral("dav"), MountUsingProtocol_Enum::WebDAV);
+        QVERIFY(h.ejectAndWait(id));
+        QCOMPARE(h.service.unmountCalls().size(), 1);
+        QVERIFY(h.service.unmountCalls().first().force);
+    }
+
+    void ejectOfAShareThatIsNotListed()
+    {
+        EngineHarness h;
+        const qint64 id = mounted(h);
+        const QString path = h.record(id).runtime_computed_mountpoint_String;
+        h.table.setVolumes({});
+        QVERIFY(h.ejectAndWait(id));
+        QVERIFY(h.hasLine(QStringLiteral("❌ [EJECT] Path not in OS mount table — marking ejected")));
+        QVERIFY(h.service.unmountCalls().isEmpty());
+        QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Ejected"));
+        QCOMPARE(h.events().first().eventMessage, QStringLiteral("UMMOUNT_SUCCESS: Volume was already ejected"));
+        Q_UNUSED(path)
+
+        // Never mounted: no path at all.
+        const qint64 other = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("never"));
+        QVERIFY(!h.ejectAndWait(other));
+        QVERIFY(h.hasLine(QStringLiteral("❌ [EJECT] Cannot find mount point - volume may not be mounted")));
+        QCOMPARE(h.events().first().eventMessage, QStringLiteral("UMMOUNT_ERROR: Volume not found - may already be ejected"));
+    }
+
+    void ejectUsesTheLiveOsPath()
+    {
+        EngineHarness h;
+        const qint64 id = mounted(h);
+        const QString live = h.record(id).runtime_computed_mountpoint_String;
+        h.engine->updateRuntime(id, [&](VolumeRecord &r) { r.runtime_computed_mountpoint_String = h.volumePath(QStringLiteral("docs-1")); });
+        QVERIFY(h.ejectAndWait(id));
+        QVERIFY(h.hasLine(QStringLiteral("🔓 [EJECT] Using live OS path: '") + live + QLatin1Char('\'')));
+        QCOMPARE(h.service.unmountCalls().first().path, live);
+    }
+
+    void ejectAllEjectsEveryMountedShare()
+    {
+        EngineHarness h;
+        const qint64 a = mounted(h, QStringLiteral("a"));
+        const qint64 b = mounted(h, QStringLiteral("b"));
+        const qint64 idle = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("idle"));
+        QSignalSpy done(h.engine.get(), &MountEngine::ejectAllFinished);
+        h.engine->ejectAll();
+        QVERIFY(done.wait(5000));
+        h.settle();
+        QCOMPARE(h.record(a).runtime_status_String, QStringLiteral("Ejected all"));
+        QCOMPARE(h.record(b).runtime_status_String, QStringLiteral("Ejected all"));
+        QVERIFY(h.record(idle).runtime_status_String.isEmpty());
+        QCOMPARE(h.service.unmountCalls().size(), 2);
+        QCOMPARE(h.audits().first().details, QStringLiteral("All volumes were ejected"));
+    }
+
+    void preUnmountScriptRunsBeforeTheUnmount()
+    {
+        EngineHarness h;
+        const QString marker = h.dir.path() + QStringLiteral("/pre");
+        const QString script = h.dir.path() + QStringLiteral("/pre.sh");
+        QFile f(script);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(QStringLiteral("touch '%1'\n").arg(marker).toUtf8());
+        f.close();
+        f.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const qint64 id = mounted(h);
+        VolumeRecord edited = h.record(id);
+        edited.preUnmountScriptPath_String = script;
+        QVERIFY(h.engine->updateRecord(edited));
+        QVERIFY(h.ejectAndWait(id));
+        QVERIFY(QFile::exists(marker));
+        const QStringList lines = h.console();
+        const qsizetype ran = lines.indexOf(QStringLiteral("✅ [EJECT] Script completed successfully"));
+        qsizetype attempt = -1;
+        for (qsizetype i = 0; i < lines.size() && attempt < 0; ++i)
+            attempt = lines.at(i).startsWith(QStringLiteral("🔓 [EJECT] Attempting to eject")) ? i : -1;
+        QVERIFY2(ran >= 0 && attempt > ran, qPrintable(lines.join(QLatin1Char('\n'))));
+    }
+
+    void cleanUpStatuses()
+    {
+        // Nothing to remove, share not mounted.
+        {
+            EngineHarness h;
+            const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
+            QVERIFY(h.cleanUpAndWait(id));
+            QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Clean Up finished; share is not mounted"));
+            QVERIFY(h.hasLine(QStringLiteral("🧹 [CLEAN] Starting stale mount cleanup for docs")));
+            QCOMPARE(h.audits().first().eventType, AuditEventType::shareModified);
+        }
+        // Healthy mount, nothing removed.
+        {
+            EngineHarness h;
+            const qint64 id = mounted(h);
+            const QString path = h.record(id).runtime_computed_mountpoint_String;
+            QVERIFY(h.cleanUpAndWait(id));
+            QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Clean Up left a healthy volume mounted"));
+            QVERIFY(QFileInfo(path).isDir()); // the live folder (empty, but mounted) stays
+        }
+        // Ghosts beside a healthy mount.
+        {
+            EngineHarness h;
+            const qint64 id = mounted(h);
+            const QString ghost = h.makeVolumeFolder(QStringLiteral("docs-1"));
+            const QString full = h.makeVolumeFolder(QStringLiteral("docs-2"), true);
+            const QString hidden = h.makeVolumeFolder(QStringLiteral(".docs"));
+            QVERIFY(h.cleanUpAndWait(id));
+            QCOMPARE(h.record(id).runtime_status_String,
+                     QStringLiteral("Clean Up: removed 1 ghost folder(s); healthy mounts left connected"));
+            QVERIFY(!QFileInfo::exists(ghost));
+            QVERIFY(QFileInfo::exists(full));
+            QVERIFY(QFileInfo::exists(hidden));
+            QVERIFY(h.hasLine(QStringLiteral("🧹 [CLEAN] Removed stale mount folder at ") + ghost));
+        }
+        // Ghosts and no mount.
+        {
+            EngineHarness h;
+            const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
+            const QString ghost = h.makeVolumeFolder(QStringLiteral("smb-share:server=127.0.0.1,share=docs"));
+            QVERIFY(h.cleanUpAndWait(id));
+            QVERIFY(!QFileInfo::exists(ghost));
+            QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Clean Up finished; share is not mounted"));
+        }
+    }
+
+    void verification()
+    {
+        EngineHarness h;
+        const qint64 id = mounted(h);
+        const QString path = h.record(id).runtime_computed_mountpoint_String;
+        QVERIFY(h.engine->verify(id));
+        QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Verified — connected at ") + path);
+        QCOMPARE(h.events().first().eventMessage, QStringLiteral("CONNECTION_SUCCESS: Connection verified at ") + path);
+        QCOMPARE(h.audits().first().details, QStringLiteral("Mount verification success"));
+
+        h.table.setVolumes({});
+        QVERIFY(!h.engine->verify(id));
+        QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Connection lost — mount point not found"));
+        QVERIFY(!h.record(id).runtime_isMounted_Bool);
+        QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::CONNECTION_FAILED);
+        QCOMPARE(h.events().first().eventMessage,
+                 QStringLiteral("CONNECTION_FAILED: Verification failed — no live mount at ") + path);
+        QCOMPARE(h.audits().first().details, QStringLiteral("Mount verification failure"));
+    }
+
+    void syncMatching_data()
+    {
+        QTest::addColumn<int>("protocol");
+        QTest::addColumn<QString>("share");
+        QTest::addColumn<QString>("remountUrl");
+        QTest::addColumn<bool>("matches");
+
+        QTest::newRow("smb") << int(MountUsingProtocol_Enum::SMB) << "docs" << "smb://127.0.0.1/docs/" << true;
+        QTest::newRow("smb case") << int(MountUsingProtocol_Enum::SMB) << "Docs" << "SMB://127.0.0.1/DOCS" << true;
+        QTest::newRow("cifs") << int(MountUsingProtocol_Enum::SMB) << "docs" << "cifs://127.0.0.1/docs" << true;
+        QTest::newRow("smb subfolder") << int(MountUsingProtocol_Enum::SMB) << "docs" << "smb://127.0.0.1/docs/sub" << true;
+        QTest::newRow("other share") << int(MountUsingProtocol_Enum::SMB) << "docs" << "smb://127.0.0.1/media" << false;
+        QTest::newRow("other host") << int(MountUsingProtocol_Enum::SMB) << "docs" << "smb://127.0.0.2/docs" << false;
+        QTest::newRow("wrong scheme") << int(MountUsingProtocol_Enum::SMB) << "docs" << "afp://127.0.0.1/docs" << false;
+        QTest::newRow("dav") << int(MountUsingProtocol_Enum::WebDAV) << "dav" << "dav://127.0.0.1:8080/dav/" << true;
+        QTest::newRow("http") << int(MountUsingProtocol_Enum::WebDAV) << "dav" << "http://127.0.0.1/dav" << true;
+        QTest::newRow("davs for WebDAV") << int(MountUsingProtocol_Enum::WebDAV) << "dav" << "davs://127.0.0.1/dav" << false;
+        QTest::newRow("davs") << int(MountUsingProtocol_Enum::WebDAVS) << "dav" << "davs://127.0.0.1/dav" << true;
+        QTest::newRow("https") << int(MountUsingProtocol_Enum::WebDAVS) << "dav" << "https://127.0.0.1/dav" << true;
+        QTest::newRow("nfs") << int(MountUsingProtocol_Enum::NFS) << "export" << "nfs://127.0.0.1/export" << true;
+        QTest::newRow("afp") << int(MountUsingProtocol_Enum::AFP) << "vol" << "afp://127.0.0.1/vol" << true;
+    }
+    void syncMatching()
+    {
+        QFETCH(int, protocol);
+        QFETCH(QString, share);
+        QFETCH(QString, remountUrl);
+        QFETCH(bool, matches);
+
+        EngineHarness h;
+        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), share, MountUsingProtocol_Enum(protocol));
+        const QString path = h.makeVolumeFolder(QStringLiteral("vol"));
+        h.table.setVolumes({{path, QUrl(remountUrl), false}, {QStringLiteral("/"), QUrl(QStringLiteral("smb://127.0.0.1/docs")), true}});
+        QVERIFY(h.syncAndWait());
+        QCOMPARE(h.record(id).runtime_isMounted_Bool, matches);
+        QCOMPARE(h.record(id).runtime_get_mounted_found_Bool, matches);
+        if (matches)
+            QCOMPARE(h.record(id).runtime_computed_mountpoint_String, path);
+        QVERIFY(h.hasLine(QStringLiteral("🔄 [SYNC] OS remount table:")));
+    }
+
+    void syncByKnownPathAndClearing()
+    {
+        EngineHarness h;
+        const qint64 id = mounted(h);
+        const QString path = h.record(id).runtime_computed_mountpoint_String;
+        // Listed under a URL that no longer matches the record: the known path still does.
+        h.table.setVolumes({{path, QUrl(QStringLiteral("smb://elsewhere/x")), false}});
+        QVERIFY(h.syncAndWait());
+        QVERIFY(h.record(id).runtime_isMounted_Bool);
+        QVERIFY(h.hasLine(QStringLiteral("🔄 [SYNC] 'docs' matched via known path '") + path + QLatin1Char('\'')));
+
+        h.table.setVolumes({});
+        QVERIFY(h.syncAndWait());
+        QVERIFY(!h.record(id).runtime_isMounted_Bool);
+        QVERIFY(h.hasLine(QStringLiteral("🔄 [SYNC] 'docs' no longer matched — clearing mounted flag. Last path: '") + path + QLatin1Char('\'')));
+    }
+
+    void syncForceEjectsStaleWebdav()
+    {
+        EngineHarness h;
+        h.setUseRealShareUrlProbe(true);
+        // A loopback port nobody listens on: bind, note the port, close.
+        quint16 port = 0;
+        {
+            QTcpServer server;
+            QVERIFY(server.listen(QHostAddress::LocalHost));
+            port = server.serverPort();
+        }
+        VolumeRecord record;
+        record.hostname_String = QStringLiteral("127.0.0.1");
+        record.volume_String = QStringLiteral("dav");
+        record.port_Int = port;
+        record.no_password_guest_login = 1;
+        record.mounting_using_protocol_Enum = MountUsingProtocol_Enum::WebDAV;
+        const qint64 id = h.engine->addRecord(record);
+        const QString path = h.makeVolumeFolder(QStringLiteral("dav:host=127.0.0.1,port=%1,ssl=false,prefix=%2Fdav").arg(port));
+        h.table.setVolumes({{path, QUrl(QStringLiteral("dav://127.0.0.1:%1/dav/").arg(port)), false}});
+
+        QVERIFY(h.syncAndWait());
+        QVERIFY(h.hasLine(QStringLiteral("🔎 [PROBE] TCP 127.0.0.1:%1 closed — share server unreachable").arg(port)));
+        QVERIFY(h.hasLine(QStringLiteral("🔄 [SYNC] 'dav' is listed at '") + path
+                          + QStringLiteral("' but the share URL is unreachable — ejecting stale mount")));
+        QVERIFY(h.hasLine(QStringLiteral("🧹 [SYNC] Force-ejected stale mount at '") + path + QLatin1Char('\'')));
+        QCOMPARE(h.service.unmountCalls().size(), 1);
+        QVERIFY(h.service.unmountCalls().first().force);
+        QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Server unreachable"));
+        QVERIFY(!h.record(id).runtime_isMounted_Bool);
+        QCOMPARE(h.events().first().eventMessage,
+                 QStringLiteral("CONNECTION_FAILED: Server unreachable; ejected stale mount at ") + path);
+        QCOMPARE(h.audits().first().details, QStringLiteral("Share URL probe failed while the OS still listed the volume"));
+    }
+
+    void syncKeepsAnsweringWebdav()
+    {
+        // A server that answers HEAD with an error status is alive.
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        QStringList methods;
+        connect(&server, &QTcpServer::newConnection, this, [&] {
+            while (QTcpSocket *socket = server.nextPendingConnection()) {
+                connect(socket, &QTcpSocket::readyRead, socket, [socket, &methods] {
+                    const QByteArray request = socket->readAll();
+                    const QByteArray method = request.left(request.indexOf(' '));
+                    methods.append(QString::fromLatin1(method));
+                    socket->write("HTTP/1.1 405 Method Not Allowed\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+                    socket->flush();
+                    socket->disconnectFromHost();
+                });
+            }
+        });
+        h_syncAlive(server.serverPort(), methods);
+    }
+
+    void probeVerdicts_data()
+    {
+        QTest::addColumn<bool>("answered");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<int>("error"); // QNetworkReply::NetworkError; -1: our own request time-out
+        QTest::addColumn<int>("verdict");
+        const int alive = int(ShareUrlProbe::Verdict::Reachable);
+        const int dead = int(ShareUrlProbe::Verdict::Unreachable);
+        const int unsure = int(ShareUrlProbe::Verdict::Inconclusive);
+        QTest::newRow("200") << true << 200 << int(QNetworkReply::NoError) << alive;
+        QTest::newRow("401 with error") << true << 401 << int(QNetworkReply::AuthenticationRequiredError) << alive;
+        QTest::newRow("refused") << true << 0 << int(QNetworkReply::ConnectionRefusedError) << dead;
+        QTest::newRow("closed") << true << 0 << int(QNetworkReply::RemoteHostClosedError) << dead;
+        QTest::newRow("no host") << true << 0 << int(QNetworkReply::HostNotFoundError) << dead;
+        QTest::newRow("timeout") << true << 0 << int(QNetworkReply::TimeoutError) << dead;
+        QTest::newRow("request time-out") << true << 0 << -1 << dead;
+        QTest::newRow("network down") << true << 0 << int(QNetworkReply::TemporaryNetworkFailureError) << dead;
+        QTest::newRow("tls") << true << 0 << int(QNetworkReply::SslHandshakeFailedError) << unsure;
+        QTest::newRow("protocol") << true << 0 << int(QNetworkReply::ProtocolFailure) << unsure;
+        QTest::newRow("no answer in time") << false << 0 << int(QNetworkReply::NoError) << unsure;
+    }
+    void probeVerdicts()
+    {
+        QFETCH(bool, answered);
+        QFETCH(int, status);
+        QFETCH(int, error);
+        QFETCH(int, verdict);
+        const int code = error < 0 ? -1001 : ShareUrlProbe::transportCode(QNetworkReply::NetworkError(error));
+        QCOMPARE(int(ShareUrlProbe::classify(answered, status, code)), verdict);
+    }
+
+    void probeShareUrlCallsBackOnTheMainThread()
+    {
+        EngineHarness h;
+        const qint64 smb = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
+        const qint64 dav = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("dav"), MountUsingProtocol_Enum::WebDAV);
+        h.setShareUrlReachable(false);
+        std::optional<bool> smbResult;
+        std::optional<bool> davResult;
+        std::optional<bool> unknownResult;
+        h.engine->probeShareUrl(smb, 2.0, [&](bool r) { smbResult = r; });
+        h.engine->probeShareUrl(dav, 2.0, [&](bool r) {
+            QCOMPARE(QThread::currentThread(), qApp->thread());
+            davResult = r;
+        });
+        h.engine->probeShareUrl(999, 2.0, [&](bool r) { unknownResult = r; });
+        QTRY_VERIFY(smbResult && davResult && unknownResult);
+        QCOMPARE(*smbResult, true);
+        QCOMPARE(*davResult, false);
+        QCOMPARE(*unknownResult, false);
+    }
+
+    void recordEdits()
+    {
+        EngineHarness h;
+        const qint64 id = mounted(h);
+        VolumeRecord edited = *h.engine->record(id);
+        edited.nickname_String = QStringLiteral("Team");
+        edited.runtime_isMounted_Bool = false; // runtime fields of an edit are ignored
+        edited.runtime_status_String = QStringLiteral("stale copy");
+        CredentialStore::setPassword(edited, QStringLiteral("pw"));
+        h.notifications.clear();
+        QVERIFY(h.engine->updateRecord(edited));
+        QVERIFY(h.record(id).runtime_isMounted_Bool);
+        QVERIFY(h.record(id).runtime_status_String.startsWith(QStringLiteral("Successfully mounted")));
+        QCOMPARE(h.record(id).nickname_String, QStringLiteral("Team"));
+        QVERIFY(h.notifications.contains(QStringLiteral("Tarnwell_VolumeRecordChanged")));
+        QCOMPARE(h.audits().first().eventType, AuditEventType::shareModified);
+        h.engine->waitForWorkers();
+        QCOMPARE(h.secrets.peek(h.credentials.serviceName(), QStringLiteral("volume_record_") + QString::number(id)),
+                 std::optional<QString>(QStringLiteral("pw")));
+        // Persisted: a fresh store reads the nickname back.
+        RecordStore reread(h.defaults);
+        reread.load();
+        QCOMPARE(reread.find(id)->nickname_String, QStringLiteral("Team"));
+    }
+
+    void removeRespectsLocksAndDeletesLogEntries()
+    {
+        EngineHarness h;
+        VolumeRecord managed;
+        managed.hostname_String = QStringLiteral("h");
+        managed.isLocked = true;
+        managed.managedBy = QStringLiteral("MDM");
+        const qint64 locked = h.engine->addRecord(managed);
+        MountEngine::RemoveResult refused = h.engine->removeRecord(locked);
+        QVERIFY(!refused.removed);
+        QCOMPARE(refused.alertTitle, QStringLiteral("Cannot Delete"));
+        QCOMPARE(refused.alertText, QStringLiteral("This share is managed by MDM and cannot be deleted."));
+        managed.managedBy.clear();
+        managed.internal_ID_Int = 0;
+        const qint64 anonymous = h.engine->addRecord(managed);
+        QCOMPARE(h.engine->removeRecord(anonymous).alertText, QStringLiteral("This share is managed by IT and cannot be deleted."));
+
+        const qint64 a = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("a"));
+        const qint64 b = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("b"));
+        h.engine->verify(a);
+        h.engine->verify(b);
+        QVERIFY(h.engine->removeRecord(a).removed);
+        QVERIFY(h.engine->record(a) == nullptr);
+        for (const LogEvent &e : h.events())
+            QVERIFY(e.internal_VolumeRecord_ID_Int != a);
+        QCOMPARE(h.events().size(), 1);
+
+        h.defaults.setValue(QStringLiteral("delete_associated_log_entries"), false);
+        QVERIFY(h.engine->removeRecord(b).removed);
+        QCOMPARE(h.events().size(), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMountEngineOps)
+#include "tst_mountengine_ops.moc"

@@ -1,0 +1,304 @@
+// Mount-point discovery by scoring, the live-mount and ghost tests, and mount-table matching.
+#include "core/MountPointFinder.h"
+
+#include "app/Console.h"
+#include "platform/FileSystem.h"
+#include "platform/fake/FakeMountService.h"
+#include "platform/fake/FakeMountTable.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+const QDateTime kNow(QDate(2024, 5, 1), QTime(10, 0, 0));
+
+// A volumes folder whose listing order and creation dates the test sets.
+class ScriptedFileSystem : public FileSystem
+{
+public:
+    struct Entry
+    {
+        QString name;
+        std::optional<QDateTime> created;
+    };
+    QList<Entry> entries;
+    bool listFails = false;
+    QStringList existing; // other paths that exist
+
+    QString volumesFolder() const override { return QStringLiteral("/run/test/gvfs"); }
+    std::optional<QStringList> list(const QString &directory, QString *error) const override
+    {
+        if (directory != volumesFolder())
+            return QStringList();
+        if (listFails) {
+            if (error)
+                *error = QStringLiteral("Permission denied");
+            return std::nullopt;
+        }
+        QStringList names;
+        for (const Entry &e : entries)
+            names.append(e.name);
+        return names;
+    }
+    std::optional<QDateTime> creationDate(const QString &path) const override
+    {
+        for (const Entry &e : entries) {
+            if (volumesFolder() + QLatin1Char('/') + e.name == path)
+                return e.created;
+        }
+        return std::nullopt;
+    }
+    bool exists(const QString &path, bool *isDirectory) const override
+    {
+        if (isDirectory)
+            *isDirectory = true;
+        return existing.contains(path);
+    }
+    bool isSymbolicLink(const QString &) const override { return false; }
+    QString symbolicLinkTarget(const QString &) const override { return {}; }
+    bool createSymbolicLink(const QString &, const QString &, QString *) override { return false; }
+    bool removeEntry(const QString &, QString *) override { return false; }
+};
+
+VolumeRecord smbRecord(const QString &host, const QString &share)
+{
+    VolumeRecord r;
+    r.hostname_String = host;
+    r.volume_String = share;
+    return r;
+}
+} // namespace
+
+class TestMountPointFinder : public QObject
+{
+    Q_OBJECT
+
+private:
+    QStringList m_console;
+
+private Q_SLOTS:
+    void init()
+    {
+        m_console.clear();
+        Console::setSink([this](const QString &line) { m_console.append(line); });
+    }
+    void cleanup() { Console::setSink({}); }
+
+    void nameScore_data()
+    {
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<QString>("share");
+        QTest::addColumn<QString>("host");
+        QTest::addColumn<int>("score");
+
+        QTest::newRow("exact share") << "Public" << "public" << "nas" << 100;
+        QTest::newRow("share with slashes") << "public" << "/public/" << "nas" << 100;
+        QTest::newRow("suffixed") << "public-1" << "public" << "nas" << 50;
+        QTest::newRow("entry inside share") << "pub" << "public" << "nas" << 50;
+        QTest::newRow("exact host") << "nas" << "public" << "nas" << 80;
+        QTest::newRow("host inside") << "nas-backup" << "docs" << "nas" << 25;
+        QTest::newRow("share and host") << "public on nas" << "public" << "nas" << 75;
+        QTest::newRow("nothing") << "music" << "public" << "nas" << 0;
+        QTest::newRow("share slash only") << "nas" << "/" << "nas" << 80;
+        QTest::newRow("share empty") << "anything" << "" << "nas" << 0;
+        QTest::newRow("gvfs smb exact") << "smb-share:port=1445,server=127.0.0.1,share=public" << "public" << "127.0.0.1" << 180;
+        QTest::newRow("gvfs smb other share") << "smb-share:server=127.0.0.1,share=publicity" << "public" << "127.0.0.1" << 130;
+        QTest::newRow("gvfs smb other host") << "smb-share:server=10.0.0.2,share=public" << "public" << "127.0.0.1" << 100;
+        QTest::newRow("gvfs dav prefix") << "dav:host=127.0.0.1,port=8080,ssl=false,prefix=%2Fremote.php%2Fdav"
+                                         << "remote.php/dav" << "127.0.0.1" << 180;
+        QTest::newRow("gvfs dav root") << "dav:host=dav.test,ssl=true" << "" << "dav.test" << 80;
+    }
+    void nameScore()
+    {
+        QFETCH(QString, entry);
+        QFETCH(QString, share);
+        QFETCH(QString, host);
+        QFETCH(int, score);
+        QCOMPARE(MountPointFinder::nameScore(entry, share, host), score);
+    }
+
+    void candidatesAndOrder()
+    {
+        ScriptedFileSystem fs;
+        FakeMountTable table;
+        FakeMountService service;
+        MountPointFinder finder(fs, table, service);
+        finder.setClock([] { return kNow; });
+        fs.entries = {
+            {QStringLiteral("Data"), kNow},                            // protected
+            {QStringLiteral(".hidden-public"), kNow},                  // dot-name
+            {QStringLiteral("public-1"), kNow.addSecs(-2)},            // 50 + 75 = 125
+            {QStringLiteral("unrelated"), kNow.addSecs(-3)},           // 0 + 75 = 75
+            {QStringLiteral("public"), kNow.addSecs(-1)},              // 100 + 75 = 175
+            {QStringLiteral("old-unrelated"), kNow.addSecs(-600)},     // 0: not a candidate
+            {QStringLiteral("public-2"), std::nullopt},                // no creation date: dropped
+            {QStringLiteral("future-public-3"), kNow.addSecs(30)},     // negative age counts as recent: 125
+        };
+        const QList<MountPointFinder::Candidate> candidates = finder.scoreCandidates(smbRecord(QStringLiteral("nas"), QStringLiteral("public")),
+                                                                                     fs.list(fs.volumesFolder(), nullptr).value());
+        QStringList names;
+        QList<int> scores;
+        for (const auto &c : candidates) {
+            names.append(c.path.section(QLatin1Char('/'), -1));
+            scores.append(c.score);
+        }
+        QCOMPARE(names, (QStringList{QStringLiteral("public"), QStringLiteral("public-1"), QStringLiteral("future-public-3"),
+                                     QStringLiteral("unrelated")}));
+        QCOMPARE(scores, (QList<int>{175, 125, 125, 75}));
+        QVERIFY(m_console.contains(QStringLiteral("🔍 [MOUNT]   Recent creation (3s ago) +75")));
+        QVERIFY(m_console.contains(QStringLiteral("✅ [MOUNT]   Added as candidate with score: 175")));
+
+        m_console.clear();
+        QCOMPARE(finder.discoverMountPoint(smbRecord(QStringLiteral("nas"), QStringLiteral("public"))),
+                 std::optional<QString>(QStringLiteral("/run/test/gvfs/public")));
+        QCOMPARE(m_console.first(), QStringLiteral("🔍 [MOUNT] Discovering mount point in /Volumes..."));
+        QCOMPARE(m_console.at(1), QStringLiteral("🔍 [MOUNT] Looking for share: 'public', host: 'nas'"));
+        QCOMPARE(m_console.last(), QStringLiteral("📍 [MOUNT] Selected mount point: '/run/test/gvfs/public'"));
+    }
+
+    void equalScoresKeepListingOrder()
+    {
+        ScriptedFileSystem fs;
+        FakeMountTable table;
+        FakeMountService service;
+        MountPointFinder finder(fs, table, service);
+        finder.setClock([] { return kNow; });
+        fs.entries = {{QStringLiteral("docs-b"), kNow.addSecs(-100)}, {QStringLiteral("docs-a"), kNow.addSecs(-100)}};
+        QCOMPARE(finder.discoverMountPoint(smbRecord(QStringLiteral("h"), QStringLiteral("docs"))),
+                 std::optional<QString>(QStringLiteral("/run/test/gvfs/docs-b")));
+        std::reverse(fs.entries.begin(), fs.entries.end());
+        QCOMPARE(finder.discoverMountPoint(smbRecord(QStringLiteral("h"), QStringLiteral("docs"))),
+                 std::optional<QString>(QStringLiteral("/run/test/gvfs/docs-a")));
+    }
+
+    void fallbacks()
+    {
+        ScriptedFileSystem fs;
+        FakeMountTable table;
+        FakeMountService service;
+        MountPointFinder finder(fs, table, service);
+        finder.setClock([] { return kNow; });
+        const VolumeRecord record = smbRecord(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
+        const QString expected = QStringLiteral("/run/test/gvfs/smb-share:server=127.0.0.1,share=docs");
+        QCOMPARE(finder.expectedMountPath(record), expected);
+
+        fs.listFails = true;
+        QCOMPARE(finder.discoverMountPoint(record), std::optional<QString>(expected));
+        QVERIFY(m_console.contains(QStringLiteral("❌ [MOUNT] Failed to discover mount point: Permission denied")));
+        QVERIFY(m_console.contains(QStringLiteral("📍 [MOUNT] Using fallback path: '") + expected + QLatin1Char('\'')));
+
+        fs.listFails = false;
+        fs.entries = {{QStringLiteral("old"), kNow.addSecs(-600)}};
+        QCOMPARE(finder.discoverMountPoint(record), std::nullopt);
+        QVERIFY(m_console.contains(QStringLiteral("❌ [MOUNT] No candidates found and expected path doesn't exist!")));
+        fs.existing = {expected};
+        QCOMPARE(finder.discoverMountPoint(record), std::optional<QString>(expected));
+        QVERIFY(m_console.contains(QStringLiteral("📍 [MOUNT] Using expected path: '") + expected + QLatin1Char('\'')));
+    }
+
+    void gvfsFolderNames_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("smb") << "smb://127.0.0.1/Public" << "smb-share:server=127.0.0.1,share=public";
+        QTest::newRow("smb port") << "smb://127.0.0.1:1445/public/" << "smb-share:port=1445,server=127.0.0.1,share=public";
+        QTest::newRow("dav") << "http://127.0.0.1:8080/dav/files" << "dav:host=127.0.0.1,port=8080,ssl=false,prefix=%2Fdav%2Ffiles";
+        QTest::newRow("davs root") << "https://dav.test/" << "dav:host=dav.test,ssl=true";
+    }
+    void gvfsFolderNames()
+    {
+        QFETCH(QString, url);
+        QFETCH(QString, name);
+        QCOMPARE(MountPointFinder::gvfsFolderName(QUrl(url)), name);
+    }
+
+    void liveMountsAndGhosts()
+    {
+        QTemporaryDir dir;
+        const QString volumes = dir.path() + QStringLiteral("/volumes");
+        QDir().mkpath(volumes);
+        LocalFileSystem fs(volumes);
+        FakeMountTable table;
+        FakeMountService service;
+        MountPointFinder finder(fs, table, service);
+        auto make = [&](const QString &name, bool withFile = false) {
+            const QString p = volumes + QLatin1Char('/') + name;
+            QDir().mkpath(p);
+            if (withFile) {
+                QFile f(p + QStringLiteral("/x"));
+                (void)f.open(QIODevice::WriteOnly);
+            }
+            return p;
+        };
+        const QString live = make(QStringLiteral("live"));
+        table.setVolumes({{live, QUrl(QStringLiteral("smb://h/live")), false}});
+
+        QVERIFY(finder.isLiveMount(live));
+        QVERIFY(finder.isLiveMount(live + QStringLiteral("/sub/dir")));
+        QVERIFY(!finder.isLiveMount(live + QStringLiteral("ly"))); // a sibling with the same prefix
+        QVERIFY(!finder.isLiveMount(QString()));
+
+        const QString empty = make(QStringLiteral("empty"));
+        const QString full = make(QStringLiteral("full"), true);
+        const QString data = make(QStringLiteral("Data"));
+        const QString dot = make(QStringLiteral(".dot"));
+        const QString outside = dir.path() + QStringLiteral("/outside");
+        QDir().mkpath(outside);
+
+        QVERIFY(finder.isConfirmedGhost(empty));
+        QVERIFY(!finder.isConfirmedGhost(live)); // empty but mounted
+        QVERIFY(!finder.isConfirmedGhost(full));
+        QVERIFY(!finder.isConfirmedGhost(data));
+        QVERIFY(!finder.isConfirmedGhost(dot));
+        QVERIFY(!finder.isConfirmedGhost(outside));
+        QVERIFY(!finder.isConfirmedGhost(outside, true)); // a user's custom folder is never a ghost
+        QVERIFY(!finder.isConfirmedGhost(volumes + QStringLiteral("/missing")));
+        QVERIFY(!finder.isConfirmedGhost(volumes));
+
+        for (const QString &p : {live, full, data, dot, outside})
+            QVERIFY(!finder.removeGhost(p));
+        QVERIFY(m_console.contains(QStringLiteral("🧹 [GHOST] Not removing '") + data + QStringLiteral("' — not a confirmed ghost")));
+        QVERIFY(finder.removeGhost(empty));
+        QVERIFY(!QFileInfo::exists(empty));
+        QVERIFY(m_console.contains(QStringLiteral("🧹 [GHOST] Removed ghost mount point: '") + empty + QLatin1Char('\'')));
+        for (const QString &p : {live, full, data, dot, outside})
+            QVERIFY(QFileInfo::exists(p));
+
+        // A custom folder realised as a link: live while its target is listed, a ghost once it dangles.
+        const QString custom = dir.path() + QStringLiteral("/custom");
+        QVERIFY(QFile::link(live, custom));
+        QVERIFY(finder.isLiveMount(custom));
+        QVERIFY(!finder.isConfirmedGhost(custom, true));
+        table.setVolumes({});
+        QVERIFY(QDir(live).removeRecursively());
+        QVERIFY(finder.isConfirmedGhost(custom, true));
+        QVERIFY(!finder.isConfirmedGhost(custom, false));
+        QVERIFY(finder.removeGhost(custom, true));
+        QVERIFY(QFileInfo(custom).isDir() && !QFileInfo(custom).isSymLink());
+    }
+
+    void matchVolume()
+    {
+        QTemporaryDir dir;
+        LocalFileSystem fs(dir.path());
+        FakeMountTable table;
+        FakeMountService service;
+        MountPointFinder finder(fs, table, service);
+        VolumeRecord record = smbRecord(QStringLiteral("[::1]"), QStringLiteral("docs"));
+        const QList<MountedVolume> volumes{{dir.path() + QStringLiteral("/a"), QUrl(QStringLiteral("smb://[::1]/docs")), false}};
+        bool known = true;
+        QVERIFY(finder.matchVolume(record, volumes, &known).has_value());
+        QVERIFY(!known);
+        // The default mount point and the volumes folder itself never match by path.
+        for (const QString &p : {QStringLiteral("/Volumes/"), QStringLiteral("/"), dir.path()}) {
+            record.runtime_computed_mountpoint_String = p;
+            record.hostname_String = QStringLiteral("other");
+            QVERIFY(!finder.matchVolume(record, {{p, std::nullopt, false}}).has_value());
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMountPointFinder)
+#include "tst_mountpointfinder.moc"
