@@ -175,8 +175,15 @@ void FuseBridgeWatchdog::check()
                     detachDeadMount(options.volumesFolder);
                 QDir().mkpath(options.volumesFolder);
                 qint64 pid = 0;
-                if (!QProcess::startDetached(options.bridgeProgram, {options.volumesFolder, QStringLiteral("-f")},
-                                             QString(), &pid)) {
+                // The bridge outlives us: it must not hold our standard streams (a pipe held open keeps
+                // whoever reads our output waiting for its end).
+                QProcess bridge;
+                bridge.setProgram(options.bridgeProgram);
+                bridge.setArguments({options.volumesFolder, QStringLiteral("-f")});
+                bridge.setStandardInputFile(QProcess::nullDevice());
+                bridge.setStandardOutputFile(QProcess::nullDevice());
+                bridge.setStandardErrorFile(QProcess::nullDevice());
+                if (!bridge.startDetached(&pid)) {
                     result.failure = QStringLiteral("could not start ") + options.bridgeProgram;
                 } else {
                     result.pid = pid;

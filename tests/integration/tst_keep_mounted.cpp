@@ -50,10 +50,13 @@ bool listening(int port)
 bool mocks(const QStringList &args)
 {
     QProcess p;
-    p.start(QStringLiteral("bash"), QStringList{env("TW_SOURCE_DIR") + QStringLiteral("/tests/stack/components/mocks.sh"),
+    p.start(QStringLiteral("bash"), QStringList{env("TW_MOCKS_CTL"),
                                                args.first(), env("TW_STACK_DIR")}
                                        + args.mid(1));
-    return p.waitForFinished(30000) && p.exitCode() == 0;
+    const bool ok = p.waitForFinished(30000) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
+    if (!ok)
+        qWarning("mocks.sh %s failed: %s", qPrintable(args.join(QLatin1Char(' '))), p.readAllStandardError().constData());
+    return ok;
 }
 
 // An smbd of this test only: the stack's configuration with its own port, state folders and log, in a
