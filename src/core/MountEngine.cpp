@@ -503,17 +503,17 @@ void MountEngine::syncWithMountTable()
         return;
     m_syncRunning = true;
 
-    const QList<MountedVolume> volumes = m_finder->networkVolumes();
+    const MountPointFinder::VolumeIndex index(m_finder->networkVolumes());
     Console::line(kSyncTableLine);
-    for (const MountedVolume &volume : volumes)
+    for (const MountedVolume &volume : index.volumes())
         Console::line(kSyncVolumeLine.arg(volume.path, volume.remountUrl ? volume.remountUrl->toString() : QString()));
 
     QList<std::pair<VolumeRecord, QString>> toProbe;
     bool changed = false;
-    for (const VolumeRecord &constRecord : m_store.records()) {
-        VolumeRecord *record = m_store.find(constRecord.internal_ID_Int);
+    for (qsizetype i = 0; i < m_store.size(); ++i) {
+        VolumeRecord *record = &m_store.at(i);
         bool byKnownPath = false;
-        const std::optional<MountedVolume> match = m_finder->matchVolume(*record, volumes, &byKnownPath);
+        const std::optional<MountedVolume> match = m_finder->matchVolume(*record, index, &byKnownPath);
         const QString name = record->volume_String;
         if (!match) {
             record->runtime_get_mounted_found_Bool = false;

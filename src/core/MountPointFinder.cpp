@@ -350,50 +350,61 @@ bool MountPointFinder::isLiveMount(const QString &path, const QList<MountedVolum
     return false;
 }
 
+MountPointFinder::VolumeIndex::VolumeIndex(QList<MountedVolume> volumes)
+    : m_volumes(std::move(volumes))
+{
+    for (qsizetype i = 0; i < m_volumes.size(); ++i) {
+        const MountedVolume &volume = m_volumes.at(i);
+        const QString path = cleaned(volume.path);
+        if (!m_byPath.contains(path)) // the first volume with a path wins, as in a scan
+            m_byPath.insert(path, i);
+        if (!volume.remountUrl)
+            continue;
+        const QUrl &url = *volume.remountUrl;
+        m_byHost[url.host().toLower()].append(
+            UrlEntry{url.scheme().toLower(), trimmedOf(url.path(), QLatin1Char('/')), i});
+    }
+}
+
 std::optional<MountedVolume> MountPointFinder::matchVolume(const VolumeRecord &record,
                                                            const QList<MountedVolume> &volumes, bool *byKnownPath) const
 {
+    return matchVolume(record, VolumeIndex(volumes), byKnownPath);
+}
+
+std::optional<MountedVolume> MountPointFinder::matchVolume(const VolumeRecord &record, const VolumeIndex &index,
+                                                           bool *byKnownPath) const
+{
     if (byKnownPath)
         *byKnownPath = false;
+    const auto known = [&](qsizetype i) {
+        if (byKnownPath)
+            *byKnownPath = true;
+        return std::optional<MountedVolume>(index.m_volumes.at(i));
+    };
     const QString stored = cleaned(record.runtime_computed_mountpoint_String);
     if (isSpecificPath(stored)) {
-        for (const MountedVolume &volume : volumes) {
-            if (cleaned(volume.path) == stored) {
-                if (byKnownPath)
-                    *byKnownPath = true;
-                return volume;
-            }
-        }
+        if (const auto it = index.m_byPath.constFind(stored); it != index.m_byPath.cend())
+            return known(*it);
         // A custom folder: the link points at the listed GVfs folder.
         if (!isInsideVolumesFolder(stored) && m_fs.isSymbolicLink(stored)) {
             QString target = m_fs.symbolicLinkTarget(stored);
             if (QDir::isRelativePath(target))
                 target = QFileInfo(stored).absolutePath() + QLatin1Char('/') + target;
             target = cleaned(target);
-            for (const MountedVolume &volume : volumes) {
-                if (!target.isEmpty() && cleaned(volume.path) == target) {
-                    if (byKnownPath)
-                        *byKnownPath = true;
-                    return volume;
-                }
-            }
+            if (const auto it = index.m_byPath.constFind(target); !target.isEmpty() && it != index.m_byPath.cend())
+                return known(*it);
         }
     }
 
+    const auto entries = index.m_byHost.constFind(stripBrackets(record.hostname_String).toLower());
+    if (entries == index.m_byHost.cend())
+        return std::nullopt;
     const QStringList schemes = schemesFor(record.mounting_using_protocol_Enum);
-    const QString host = stripBrackets(record.hostname_String);
     const QString share = trimmedOf(record.volume_String, QLatin1Char('/'));
-    for (const MountedVolume &volume : volumes) {
-        if (!volume.remountUrl)
-            continue;
-        const QUrl &url = *volume.remountUrl;
-        if (!schemes.contains(url.scheme().toLower()))
-            continue;
-        if (url.host().compare(host, Qt::CaseInsensitive) != 0)
-            continue;
-        const QString path = trimmedOf(url.path(), QLatin1Char('/'));
-        if (path.compare(share, Qt::CaseInsensitive) == 0 || path.startsWith(share, Qt::CaseInsensitive))
-            return volume;
+    for (const VolumeIndex::UrlEntry &entry : *entries) {
+        if (schemes.contains(entry.scheme) && entry.path.startsWith(share, Qt::CaseInsensitive))
+            return index.m_volumes.at(entry.index);
     }
     return std::nullopt;
 }

@@ -6,6 +6,7 @@
 #include "platform/MountTable.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -104,6 +105,30 @@ public:
     bool isLiveMount(const QString &path, const QList<MountedVolume> &volumes) const;
     // The listed volume of the record: first by its stored mount point, then by remount URL.
     std::optional<MountedVolume> matchVolume(const VolumeRecord &record, const QList<MountedVolume> &volumes,
+                                             bool *byKnownPath = nullptr) const;
+
+    // A mount-table snapshot prepared for matching many records: paths and remount URLs are normalised once,
+    // so a sync over a thousand records and hundreds of volumes costs lookups instead of re-parsing every URL
+    // for every record. Matching through it gives the same answers, in the same order, as the list.
+    class VolumeIndex
+    {
+    public:
+        explicit VolumeIndex(QList<MountedVolume> volumes);
+        const QList<MountedVolume> &volumes() const { return m_volumes; }
+
+    private:
+        friend class MountPointFinder;
+        struct UrlEntry
+        {
+            QString scheme; // lower case
+            QString path;   // without leading and trailing slashes
+            qsizetype index = 0;
+        };
+        QList<MountedVolume> m_volumes;
+        QHash<QString, qsizetype> m_byPath;          // cleaned path -> first volume with it
+        QHash<QString, QList<UrlEntry>> m_byHost;    // lower-case host -> entries in table order
+    };
+    std::optional<MountedVolume> matchVolume(const VolumeRecord &record, const VolumeIndex &index,
                                              bool *byKnownPath = nullptr) const;
 
     // Ghosts. Blocking.

@@ -53,6 +53,7 @@ public:
 
     const QList<VolumeRecord> &records() const { return m_records; }
     qsizetype size() const { return m_records.size(); }
+    VolumeRecord &at(qsizetype index) { return m_records[index]; } // for passes over every record
     bool isEmpty() const { return m_records.isEmpty(); }
 
     // By internal_ID_Int; null when there is no such record.

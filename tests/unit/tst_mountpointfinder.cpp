@@ -291,6 +291,16 @@ private Q_SLOTS:
         bool known = true;
         QVERIFY(finder.matchVolume(record, volumes, &known).has_value());
         QVERIFY(!known);
+        // Several candidates: the first listed wins, by path before any URL; hosts compare case-insensitively.
+        record = smbRecord(QStringLiteral("NAS.local"), QStringLiteral("docs"));
+        const QList<MountedVolume> several{{QStringLiteral("/mnt/x"), QUrl(QStringLiteral("smb://nas.local/media")), false},
+                                           {QStringLiteral("/mnt/b"), QUrl(QStringLiteral("smb://nas.local/docs/b")), false},
+                                           {QStringLiteral("/mnt/a"), QUrl(QStringLiteral("smb://nas.local/docs")), false},
+                                           {QStringLiteral("/mnt/a"), std::nullopt, false}};
+        QCOMPARE(finder.matchVolume(record, several)->path, QStringLiteral("/mnt/b"));
+        record.runtime_computed_mountpoint_String = QStringLiteral("/mnt/a/");
+        QCOMPARE(finder.matchVolume(record, several, &known)->remountUrl->path(), QStringLiteral("/docs"));
+        QVERIFY(known);
         // The default mount point and the volumes folder itself never match by path.
         for (const QString &p : {QStringLiteral("/Volumes/"), QStringLiteral("/"), dir.path()}) {
             record.runtime_computed_mountpoint_String = p;
