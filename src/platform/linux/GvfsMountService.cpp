@@ -2,6 +2,7 @@
 
 #include "GvfsMountTable.h"
 #include "MountResponseCodes.h"
+#include "platform/FileSystem.h"
 #include "platform/MountResponseCode.h"
 
 #include <QDir>
@@ -10,7 +11,11 @@
 
 #include <gio/gio.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <cstring>
+#include <fcntl.h>
 #include <dirent.h>
 #include <netdb.h>
 #include <sys/mount.h>
@@ -203,14 +208,18 @@ Root enclosingMountRoot(GFile *file, GCancellable *cancellable)
     return result;
 }
 
-// gvfsd-fuse answers for a share that was just mounted again with I/O errors for up to about a second
-// (it still holds the previous mount's handles). Discovery lists the folder right after the call, so
-// the call returns once the mount's root can be listed. Bounded; stops early when cancelled.
+// gvfsd-fuse keeps the D-Bus address of a share's previous backend and answers I/O errors for the folder of
+// a share mounted again until that address fails it enough to be looked up afresh: a few quick accesses once
+// the old backend has exited, up to about a second while it lingers after a quick unmount. Discovery lists the
+// folder right after the call, so the call returns once the root lists. The retries start at 1 ms because
+// each failed access is what moves gvfsd-fuse on; bounded (5 s), and stops early when cancelled.
 void waitUntilUsable(const QString &path, const std::shared_ptr<MountCancellation> &cancellation)
 {
-    constexpr int kAttempts = 100; // 100 x 50 ms
+    constexpr gint64 kLimitUs = 5 * G_USEC_PER_SEC;
+    constexpr gulong kLongestPauseUs = 50 * 1000;
     const QByteArray native = QFile::encodeName(path);
-    for (int i = 0; i < kAttempts; ++i) {
+    const gint64 deadline = g_get_monotonic_time() + kLimitUs;
+    for (gulong pauseUs = 1000;; pauseUs = std::min(pauseUs * 2, kLongestPauseUs)) {
         // Opening alone can succeed on the stale handle; reading the listing tells.
         if (DIR *dir = ::opendir(native.constData())) {
             errno = 0;
@@ -219,37 +228,58 @@ void waitUntilUsable(const QString &path, const std::shared_ptr<MountCancellatio
             if (readable)
                 return;
         }
-        if (cancellation && cancellation->isCancelled())
+        if ((cancellation && cancellation->isCancelled()) || g_get_monotonic_time() >= deadline)
             return;
-        g_usleep(50 * 1000);
+        g_usleep(pauseUs);
     }
 }
 
 // GVfs does not count files opened through its FUSE folder as busy and unmounts them away; a plain
 // unmount must refuse like a kernel one (EBUSY), so look for processes with a file, or their working
-// folder, inside the mount. Processes of other users are not readable and are not counted.
+// folder, inside the mount. Processes of other users are not readable and are not counted. Raw readlinkat
+// over /proc: a desktop session has thousands of descriptors and this runs on every eject.
 bool pathInUse(const QString &path)
 {
-    const QString inside = path + QLatin1Char('/');
-    const auto within = [&](const QString &target) { return target == path || target.startsWith(inside); };
-    const QDir proc(QStringLiteral("/proc"));
-    const QStringList pids = proc.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    for (const QString &pid : pids) {
-        bool numeric = false;
-        pid.toInt(&numeric);
-        if (!numeric)
+    const QByteArray root = QFile::encodeName(path);
+    const auto within = [&](int dirFd, const char *name) {
+        char target[PATH_MAX];
+        const ssize_t n = ::readlinkat(dirFd, name, target, sizeof target);
+        if (n < root.size() || n == ssize_t(sizeof target) || std::memcmp(target, root.constData(), root.size()) != 0)
+            return false;
+        return n == root.size() || target[root.size()] == '/';
+    };
+    DIR *proc = ::opendir("/proc");
+    if (!proc)
+        return false;
+    bool inUse = false;
+    while (!inUse) {
+        const dirent *entry = ::readdir(proc);
+        if (!entry)
+            break;
+        if (entry->d_name[0] < '1' || entry->d_name[0] > '9')
             continue;
-        const QString base = QStringLiteral("/proc/") + pid;
-        if (within(QFile::symLinkTarget(base + QStringLiteral("/cwd"))))
-            return true;
-        const QDir fds(base + QStringLiteral("/fd"));
-        const QStringList entries = fds.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
-        for (const QString &fd : entries) {
-            if (within(QFile::symLinkTarget(fds.filePath(fd))))
-                return true;
+        const int pidFd = ::openat(::dirfd(proc), entry->d_name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (pidFd < 0)
+            continue;
+        inUse = within(pidFd, "cwd");
+        const int fdDirFd = inUse ? -1 : ::openat(pidFd, "fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (fdDirFd >= 0) {
+            if (DIR *fds = ::fdopendir(fdDirFd)) {
+                while (!inUse) {
+                    const dirent *fd = ::readdir(fds);
+                    if (!fd)
+                        break;
+                    inUse = fd->d_name[0] != '.' && within(::dirfd(fds), fd->d_name);
+                }
+                ::closedir(fds); // closes fdDirFd
+            } else {
+                ::close(fdDirFd);
+            }
         }
+        ::close(pidFd);
     }
-    return false;
+    ::closedir(proc);
+    return inUse;
 }
 
 bool hostResolves(const QString &host)
@@ -414,8 +444,11 @@ MountResult GvfsMountService::mount(const MountRequest &request, const std::shar
 
 UnmountResult GvfsMountService::unmount(const QString &path, bool force)
 {
+    // Inside the FUSE root nothing is our link, and an lstat there is a round trip to the share's server,
+    // which hangs when the server is gone (the stale-share eject).
+    const QString fuseRoot = LocalFileSystem::standardVolumesFolder() + QLatin1Char('/');
     const QFileInfo info(path);
-    if (info.isSymLink()) {
+    if (!QDir::cleanPath(path).startsWith(fuseRoot) && info.isSymLink()) {
         // A custom mount folder: unmount what it points at, then give the folder back.
         const QString target = info.symLinkTarget();
         UnmountResult result = unmountGvfs(target, force);
