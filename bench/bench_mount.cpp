@@ -9,6 +9,7 @@
 // callers list the folder at once); a bare mount returns a folder that is not usable yet. Rounds are
 // therefore spaced by a pause (default 1500 ms, not timed), as mounts of one share are in use; with
 // pause-ms 0 the back-to-back figures show the cost of that wait.
+#include "BareGioMount.h"
 #include "platform/MountResponseCode.h"
 #include "platform/linux/GvfsMountService.h"
 
@@ -18,104 +19,11 @@
 
 #include <gio/gio.h>
 
-#include <dirent.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <vector>
 
 namespace {
-
-struct Waiter
-{
-    bool done = false;
-    GError *error = nullptr;
-};
-
-// Time until a folder lists (gvfsd-fuse's first access to a new mount), polled every millisecond, 5 s at most.
-double firstListingMs(const char *path)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (timer.elapsed() < 5000) {
-        if (DIR *dir = ::opendir(path)) {
-            errno = 0;
-            const bool readable = ::readdir(dir) != nullptr || errno == 0;
-            ::closedir(dir);
-            if (readable)
-                break;
-        }
-        g_usleep(1000);
-    }
-    return timer.nsecsElapsed() / 1e6;
-}
-
-// The plain GIO round trip on a private context, as a GIO program would write it. The first listing of the
-// new folder is timed apart (listingMs) and is not part of the mount figure.
-bool bareRoundTrip(const QUrl &url, double *mountMs, double *unmountMs, double *listingMs)
-{
-    GMainContext *context = g_main_context_new();
-    g_main_context_push_thread_default(context);
-    GFile *file = g_file_new_for_uri(url.toString(QUrl::FullyEncoded).toUtf8().constData());
-    GMountOperation *operation = g_mount_operation_new();
-    g_signal_connect(operation, "ask-password",
-                     G_CALLBACK(+[](GMountOperation *op, const char *, const char *, const char *, GAskPasswordFlags, gpointer) {
-                         g_mount_operation_set_anonymous(op, TRUE);
-                         g_mount_operation_reply(op, G_MOUNT_OPERATION_HANDLED);
-                     }),
-                     nullptr);
-    QElapsedTimer timer;
-    timer.start();
-    Waiter mounted;
-    g_file_mount_enclosing_volume(
-        file, G_MOUNT_MOUNT_NONE, operation, nullptr,
-        [](GObject *src, GAsyncResult *res, gpointer data) {
-            auto *w = static_cast<Waiter *>(data);
-            g_file_mount_enclosing_volume_finish(G_FILE(src), res, &w->error);
-            w->done = true;
-        },
-        &mounted);
-    while (!mounted.done)
-        g_main_context_iteration(context, TRUE);
-    *mountMs = timer.nsecsElapsed() / 1e6;
-    bool ok = !mounted.error;
-    g_clear_error(&mounted.error);
-
-    if (ok) {
-        GMount *mount = g_file_find_enclosing_mount(file, nullptr, nullptr);
-        if (mount) {
-            GFile *root = g_mount_get_root(mount);
-            char *path = g_file_get_path(root);
-            *listingMs = path ? firstListingMs(path) : 0;
-            g_free(path);
-            g_object_unref(root);
-        }
-        timer.restart();
-        Waiter unmounted;
-        if (mount) {
-            g_mount_unmount_with_operation(
-                mount, G_MOUNT_UNMOUNT_NONE, nullptr, nullptr,
-                [](GObject *src, GAsyncResult *res, gpointer data) {
-                    auto *w = static_cast<Waiter *>(data);
-                    g_mount_unmount_with_operation_finish(G_MOUNT(src), res, &w->error);
-                    w->done = true;
-                },
-                &unmounted);
-            while (!unmounted.done)
-                g_main_context_iteration(context, TRUE);
-            g_object_unref(mount);
-        }
-        *unmountMs = timer.nsecsElapsed() / 1e6;
-        ok = mount && !unmounted.error;
-        g_clear_error(&unmounted.error);
-    }
-    g_object_unref(operation);
-    g_object_unref(file);
-    g_main_context_pop_thread_default(context);
-    g_main_context_unref(context);
-    return ok;
-}
 
 bool serviceRoundTrip(GvfsMountService &service, const QUrl &url, double *mountMs, double *unmountMs)
 {
@@ -162,17 +70,17 @@ int main(int argc, char **argv)
     std::vector<double> bareMount, bareUnmount, serviceMount, serviceUnmount;
     int failures = 0;
     std::vector<double> bareListing;
-    double m = 0, u = 0, l = 0;
+    double m = 0, u = 0;
     // One warm-up of each so the backend binaries and the server's first session are not measured.
-    bareRoundTrip(url, &m, &u, &l);
+    bareGioRoundTrip(url);
     pause();
     serviceRoundTrip(service, url, &m, &u);
     pause();
     for (int i = 0; i < rounds; ++i) {
-        if (bareRoundTrip(url, &m, &u, &l)) {
-            bareMount.push_back(m);
-            bareListing.push_back(l);
-            bareUnmount.push_back(u);
+        if (const std::optional<BareGioTimes> bare = bareGioRoundTrip(url)) {
+            bareMount.push_back(bare->mountMs);
+            bareListing.push_back(bare->firstListingMs);
+            bareUnmount.push_back(bare->unmountMs);
         } else {
             ++failures;
         }
