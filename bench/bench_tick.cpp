@@ -6,27 +6,16 @@
 //   remount: the engine over the in-process mount service with the real clock and the shortest interval
 //         (10 s); the "server" comes back at a random moment, the figure is the time until the share is
 //         mounted again (target: <= interval + 1 s).
-#include "app/Console.h"
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
+#include "support/EngineHarness.h"
+
 #include "app/Preferences.h"
-#include "core/AutoMountScheduler.h"
-#include "core/CredentialStore.h"
-#include "core/MountEngine.h"
-#include "logging/LogEventManager.h"
-#include "platform/FileSystem.h"
 #include "platform/SystemClock.h"
 #include "platform/fake/FakeClock.h"
-#include "platform/fake/FakeMountService.h"
-#include "platform/fake/FakeMountTable.h"
-#include "platform/fake/FakeSecretStore.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
@@ -34,48 +23,17 @@
 
 namespace {
 
-struct Bench
+// The engine over the in-process fakes (console lines dropped: they would dominate the figures) with a
+// scheduler whose server check always answers.
+struct Bench : EngineHarness
 {
-    QTemporaryDir dir;
-    QString volumes = dir.path() + QStringLiteral("/volumes");
-    Defaults defaults{dir.path() + QStringLiteral("/prefs.plist")};
-    NotificationCenter center;
-    LogEventManager eventLog{defaults, &center};
-    FakeMountTable table;
-    FakeMountService service;
-    LocalFileSystem fileSystem{volumes};
-    FakeSecretStore secrets;
-    CredentialStore credentials{&secrets};
-    std::unique_ptr<MountEngine> engine;
-    std::unique_ptr<AutoMountScheduler> scheduler;
-
     explicit Bench(Clock &clock)
+        : EngineHarness(ConsoleMode::Discard)
     {
-        QDir().mkpath(volumes);
-        service.attachVolumes(&table, volumes);
-        MountEngineDependencies deps;
-        deps.defaults = &defaults;
-        deps.center = &center;
-        deps.eventLog = &eventLog;
-        deps.mountService = &service;
-        deps.mountTable = &table;
-        deps.fileSystem = &fileSystem;
-        deps.credentials = &credentials;
-        deps.network.resolveHostName = [](const QString &) { return QStringLiteral("127.0.0.1"); };
-        deps.network.probe = [](const QString &, const QString &, int) { return SelectResult::ready(); };
-        deps.network.wakeOnLan = [](const QString &) {};
-        deps.network.probeShareUrl = [](const VolumeRecord &, double) { return true; };
-        engine = std::make_unique<MountEngine>(deps);
-
-        AutoMountSchedulerDependencies s;
-        s.engine = engine.get();
-        s.defaults = &defaults;
-        s.center = &center;
-        s.eventLog = &eventLog;
-        s.mountTable = &table;
-        s.clock = &clock;
-        s.serverReachable = [](const VolumeRecord &) { return true; };
-        scheduler = std::make_unique<AutoMountScheduler>(s);
+        AutoMountSchedulerDependencies deps;
+        deps.clock = &clock;
+        deps.serverReachable = [](const VolumeRecord &) { return true; };
+        makeScheduler(deps);
     }
 };
 
@@ -94,7 +52,7 @@ void benchTick()
         if (i % 2 == 0) {
             r.auto_Mount = 1;
             r.runtime_isMounted_Bool = true;
-            r.runtime_computed_mountpoint_String = b.volumes + QStringLiteral("/smb-share:server=%1,share=%2")
+            r.runtime_computed_mountpoint_String = b.volumesFolder + QStringLiteral("/smb-share:server=%1,share=%2")
                                                                  .arg(r.hostname_String, r.volume_String);
             volumes.append({r.runtime_computed_mountpoint_String,
                             QUrl(QStringLiteral("smb://%1/%2").arg(r.hostname_String, r.volume_String)), false});
@@ -182,10 +140,8 @@ void benchRemount()
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    Console::setSink([](const QString &) {}); // console lines would dominate the figures
     benchTick();
     if (!qEnvironmentVariableIsSet("TW_BENCH_TICK_ONLY"))
         benchRemount();
-    Console::setSink({});
     return 0;
 }

@@ -1,31 +1,16 @@
 // Keeping shares mounted over the real stack: the scheduler with the real engine, GVfs (gvfsd + FUSE),
 // Samba on loopback and the NetworkManager/logind mocks of the private system bus. A private smbd (same
 // shares as the stack's, its own port) is killed and restarted here; the stack's own smbd is left alone.
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
+#include "support/linux/LinuxEngineHarness.h"
+#include "support/linux/TestStack.h"
+
 #include "app/Preferences.h"
-#include "core/AutoMountScheduler.h"
-#include "core/CredentialStore.h"
-#include "core/FuseBridgeWatchdog.h"
-#include "core/MountEngine.h"
-#include "core/NetworkTester.h"
-#include "logging/EnterpriseAuditLog.h"
-#include "logging/LogEventManager.h"
-#include "platform/FileSystem.h"
-#include "platform/SystemClock.h"
-#include "platform/linux/GvfsMountService.h"
-#include "platform/linux/GvfsMountTable.h"
-#include "platform/linux/LibsecretStore.h"
-#include "platform/linux/LogindSleepMonitor.h"
-#include "platform/linux/NetworkManagerWifi.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -33,31 +18,9 @@
 #include <csignal>
 #include <unistd.h>
 
+using namespace TestStack;
+
 namespace {
-
-QString env(const char *name)
-{
-    return qEnvironmentVariable(name);
-}
-
-bool listening(int port)
-{
-    QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, quint16(port));
-    return socket.waitForConnected(200);
-}
-
-bool mocks(const QStringList &args)
-{
-    QProcess p;
-    p.start(QStringLiteral("bash"), QStringList{env("TW_MOCKS_CTL"),
-                                               args.first(), env("TW_STACK_DIR")}
-                                       + args.mid(1));
-    const bool ok = p.waitForFinished(30000) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
-    if (!ok)
-        qWarning("mocks.sh %s failed: %s", qPrintable(args.join(QLatin1Char(' '))), p.readAllStandardError().constData());
-    return ok;
-}
 
 // An smbd of this test only: the stack's configuration with its own port, state folders and log, in a
 // process group of its own so that killing it takes the per-connection children along (a crash).
@@ -69,10 +32,7 @@ public:
         QFile stackConf(env("TW_SMB_CONF"));
         if (!m_dir.isValid() || !stackConf.open(QIODevice::ReadOnly))
             return false;
-        QTcpServer probe;
-        probe.listen(QHostAddress::LocalHost, 0);
-        m_port = probe.serverPort();
-        probe.close();
+        m_port = freePort();
         const QString d = m_dir.path();
         QStringList lines;
         for (const QString &line : QString::fromUtf8(stackConf.readAll()).split(QLatin1Char('\n'))) {
@@ -133,102 +93,33 @@ public:
 
     ~PrivateSmbd() { kill(); }
 
-    int port() const { return m_port; }
+    quint16 port() const { return m_port; }
 
 private:
     QTemporaryDir m_dir;
     QString m_conf;
-    int m_port = 0;
+    quint16 m_port = 0;
     std::unique_ptr<QProcess> m_process;
 };
 
-struct KeepMounted
+// The engine and scheduler over the real ports; auto-mount guest shares of the stack's Samba host.
+struct KeepMounted : LinuxEngineHarness
 {
-    QTemporaryDir dir;
-    Defaults defaults{dir.path() + QStringLiteral("/prefs.plist")};
-    NotificationCenter center;
-    LogEventManager eventLog{defaults, &center};
-    EnterpriseAuditLog auditLog{dir.path() + QStringLiteral("/audit_log.json")};
-    GvfsMountTable table;
-    GvfsMountService service{&table};
-    LocalFileSystem fileSystem{LocalFileSystem::standardVolumesFolder()};
-    LibsecretStore secrets;
-    CredentialStore credentials{&secrets};
-    SystemClock clock;
-    NetworkManagerWifi wifi;
-    LogindSleepMonitor sleep;
-    std::unique_ptr<MountEngine> engine;
-    std::unique_ptr<FuseBridgeWatchdog> watchdog;
-    std::unique_ptr<AutoMountScheduler> scheduler;
-
     explicit KeepMounted(bool restartBridge = false)
     {
         defaults.setValue(Preferences::Keys::AutoMountCheckInterval, 10);
-        MountEngineDependencies deps;
-        deps.defaults = &defaults;
-        deps.center = &center;
-        deps.eventLog = &eventLog;
-        deps.auditLog = &auditLog;
-        deps.mountService = &service;
-        deps.mountTable = &table;
-        deps.fileSystem = &fileSystem;
-        deps.credentials = &credentials;
-        deps.network.resolveHostName = [](const QString &host) { return NetworkTester::resolveHostName(host); };
-        deps.network.wakeOnLan = [](const QString &) {};
-        engine = std::make_unique<MountEngine>(deps);
-
-        FuseBridgeWatchdog::Options options;
-        options.volumesFolder = fileSystem.volumesFolder();
-        options.restartAllowed = restartBridge;
-        watchdog = std::make_unique<FuseBridgeWatchdog>(options, &eventLog);
-
-        AutoMountSchedulerDependencies s;
-        s.engine = engine.get();
-        s.defaults = &defaults;
-        s.center = &center;
-        s.eventLog = &eventLog;
-        s.auditLog = &auditLog;
-        s.mountTable = &table;
-        s.wifi = &wifi;
-        s.sleepMonitor = &sleep;
-        s.fuseWatchdog = watchdog.get();
-        s.clock = &clock;
-        scheduler = std::make_unique<AutoMountScheduler>(s);
+        makeKeepMountedScheduler(restartBridge);
     }
-
-    ~KeepMounted()
-    {
-        scheduler.reset();
-        for (const VolumeRecord &r : engine->store().records()) {
-            if (r.runtime_isMounted_Bool) {
-                QSignalSpy spy(engine.get(), &MountEngine::ejectFinished);
-                engine->eject(r.internal_ID_Int);
-                spy.wait(30000);
-            }
-        }
-        engine.reset();
-        auditLog.waitForPendingWrites();
-    }
-
     qint64 addGuestShare(int port, const QString &share)
     {
-        VolumeRecord r;
-        r.hostname_String = env("TW_SMB_HOST");
-        r.port_Int = port;
-        r.volume_String = share;
-        r.no_password_guest_login = 1;
-        r.auto_Mount = 1;
-        return engine->addRecord(r);
+        return addRecord([&](VolumeRecord &r) {
+            r.hostname_String = env("TW_SMB_HOST");
+            r.port_Int = port;
+            r.volume_String = share;
+            r.auto_Mount = 1;
+        });
     }
-    const VolumeRecord &record(qint64 id) const { return *engine->record(id); }
-    bool eventContaining(EVENT_TYPE_ENUM type, const QString &text) const
-    {
-        for (const LogEvent &e : eventLog.events()) {
-            if (e.event_type_Enum == type && e.eventMessage.contains(text))
-                return true;
-        }
-        return false;
-    }
+    bool eventContaining(EVENT_TYPE_ENUM type, const QString &text) const { return eventCount(type, text) > 0; }
 };
 
 // Longest pause of the main event loop while it lives: a hang detector, not a speed target.
@@ -318,7 +209,7 @@ void TestKeepMounted::allowListFollowsWifi()
         QSKIP("the NetworkManager mock is not running");
     QVERIFY(mocks({QStringLiteral("ssid"), QStringLiteral("Office")}));
     KeepMounted k;
-    QTRY_COMPARE(k.wifi.currentNetworkName(), std::optional<QString>(QStringLiteral("Office")));
+    QTRY_COMPARE(k.wifi->currentNetworkName(), std::optional<QString>(QStringLiteral("Office")));
     const qint64 id = k.addGuestShare(env("TW_SMB_PORT").toInt(), env("TW_SMB_GUEST_SHARE"));
     VolumeRecord r = k.record(id);
     r.allowedSSIDs_String = QStringLiteral("Office, Lab");
@@ -330,7 +221,7 @@ void TestKeepMounted::allowListFollowsWifi()
     QVERIFY(QFileInfo(path).isDir());
 
     QVERIFY(mocks({QStringLiteral("ssid"), QStringLiteral("Guest WiFi")}));
-    QTRY_COMPARE(k.wifi.currentNetworkName(), std::optional<QString>(QStringLiteral("Guest WiFi")));
+    QTRY_COMPARE(k.wifi->currentNetworkName(), std::optional<QString>(QStringLiteral("Guest WiFi")));
     k.scheduler->checkSchedule();
     QTRY_VERIFY_WITH_TIMEOUT(!k.record(id).runtime_isMounted_Bool, 30000);
     QCOMPARE(k.record(id).runtime_status_String, QStringLiteral("Ejected"));

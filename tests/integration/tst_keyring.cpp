@@ -1,5 +1,5 @@
 // The credential store on the real Secret Service (gnome-keyring of the test stack): save/load/replace,
-// record accounts and cache, calls from worker threads, and the time bound when no service answers
+// an item of another tool, calls from worker threads, and the time bound when no service answers
 // (checked in a child process whose session bus is a socket that never speaks).
 #include "app/Console.h"
 #include "core/CredentialStore.h"
@@ -134,33 +134,6 @@ private Q_SLOTS:
         QVERIFY(m_store.save(QStringLiteral("pw-ours"), account));
         QCOMPARE(count(account), 1);
         QCOMPARE(m_store.load(account), std::optional<QString>(QStringLiteral("pw-ours")));
-    }
-
-    void recordAccountsAndCache()
-    {
-        VolumeRecord record;
-        record.internal_ID_Int = 900000 + (QUuid::createUuid().data1 % 90000);
-        const QString account = record.credentialAccount();
-        QCOMPARE(account, QStringLiteral("volume_record_") + QString::number(record.internal_ID_Int));
-        QCOMPARE(count(account), 0);
-
-        QCOMPARE(m_store.password(record), QString());
-        QCOMPARE(record._cachedPassword, std::optional<QString>(QString()));
-        // Stored afterwards: the cached "" still answers; a record without a cache sees the item.
-        QVERIFY(m_store.save(QStringLiteral("pw-record"), account));
-        QCOMPARE(m_store.password(record), QString());
-        VolumeRecord fresh = record;
-        fresh._cachedPassword.reset();
-        QCOMPARE(m_store.password(fresh), QStringLiteral("pw-record"));
-
-        VolumeRecord copy = fresh.duplicate(record.internal_ID_Int + 1);
-        QVERIFY(copy.credentialAccount() != account);
-        QCOMPARE(m_store.password(copy), QStringLiteral("pw-record")); // the source's cache came along
-        CredentialStore::setPassword(copy, QStringLiteral("pw-copy"));
-        QVERIFY(m_store.writeBack(copy));
-        QCOMPARE(m_store.load(account), std::optional<QString>(QStringLiteral("pw-record")));
-        QCOMPARE(m_store.load(copy.credentialAccount()), std::optional<QString>(QStringLiteral("pw-copy")));
-        QCOMPARE(count(copy.credentialAccount()), 1);
     }
 
     void fromWorkerThreads()

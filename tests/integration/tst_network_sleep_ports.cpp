@@ -1,24 +1,14 @@
 // The Wi-Fi and sleep ports against the test stack's private system bus, where python3-dbusmock stands in
 // for NetworkManager and logind (tests/stack/components/mocks.sh switches networks and sends wake-ups).
+#include "support/linux/TestStack.h"
+
 #include "platform/linux/LogindSleepMonitor.h"
 #include "platform/linux/NetworkManagerWifi.h"
 
-#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
 
-namespace {
-
-bool mocks(const QStringList &args)
-{
-    QProcess p;
-    p.start(QStringLiteral("bash"), QStringList{qEnvironmentVariable("TW_SOURCE_DIR") + QStringLiteral("/tests/stack/components/mocks.sh"),
-                                               args.first(), qEnvironmentVariable("TW_STACK_DIR")}
-                                       + args.mid(1));
-    return p.waitForFinished(30000) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
-}
-
-} // namespace
+using TestStack::mocks;
 
 class TestNetworkSleepPorts : public QObject
 {

@@ -176,14 +176,6 @@ private Q_SLOTS:
         QVERIFY(!before.contains(NetworkTester::kBackupTimeoutLine));
     }
 
-    void noEndpoint()
-    {
-        Defaults defaults(m_dir.filePath(QStringLiteral("prefs2.plist")));
-        QCOMPARE(NetworkTester(&defaults).probe(QString(), QString(), 445),
-                 SelectResult::error(QStringLiteral("No Hostname or IP provided")));
-        QVERIFY(lines().isEmpty());
-    }
-
     void resolveLocalhost()
     {
         const QString address = NetworkTester::resolveHostName(QStringLiteral("localhost"));
@@ -191,32 +183,15 @@ private Q_SLOTS:
         QVERIFY(lines().isEmpty()); // a name, not a literal: no "skipping" line
     }
 
-    void wakeOnLanToLoopbackReceiver_data()
-    {
-        QTest::addColumn<QString>("mac");
-        QTest::addColumn<bool>("sent");
-        QTest::newRow("colons") << "AA:BB:CC:DD:EE:FF" << true;
-        QTest::newRow("dashes") << "aa-bb-cc-dd-ee-ff" << true;
-        QTest::newRow("bare") << "AABBCCDDEEFF" << true;
-        QTest::newRow("malformed") << "AA:BB:CC" << false;
-    }
     void wakeOnLanToLoopbackReceiver()
     {
-        QFETCH(QString, mac);
-        QFETCH(bool, sent);
+        // The accepted spellings and the refusals are the unit tests' table; here the datagram really leaves.
+        const QString mac = QStringLiteral("aa-bb-cc-dd-ee-ff");
         LoopbackSocket receiver(SOCK_DGRAM);
         QVERIFY(receiver.port != 0);
-
-        QCOMPARE(WakeOnLan(QStringLiteral("127.0.0.1"), receiver.port).send(mac), sent);
-
+        QVERIFY(WakeOnLan(QStringLiteral("127.0.0.1"), receiver.port).send(mac));
         pollfd p{receiver.fd, POLLIN, 0};
-        const int ready = ::poll(&p, 1, sent ? 2000 : 200);
-        if (!sent) {
-            QCOMPARE(ready, 0);
-            QVERIFY(lines().isEmpty());
-            return;
-        }
-        QCOMPARE(ready, 1);
+        QCOMPARE(::poll(&p, 1, 2000), 1);
         char buffer[512];
         const auto n = ::recv(receiver.fd, buffer, sizeof buffer, 0);
         QCOMPARE(n, 102);

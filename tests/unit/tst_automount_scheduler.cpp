@@ -27,46 +27,28 @@ QDateTime at(const QDate &day, int hour, int minute = 0, int second = 0)
     return QDateTime(day, QTime(hour, minute, second));
 }
 
-struct Fixture
+// The engine over the fakes with a started scheduler on a fake clock, Wi-Fi and sleep monitor.
+struct Fixture : EngineHarness
 {
-    EngineHarness h;
     FakeClock clock{at(kMonday, 12)};
     FakeWifiNetwork wifi;
     FakeSleepMonitor sleep;
     std::atomic<bool> serverUp{true};
-    std::atomic<int> serverChecks{0};
-    std::unique_ptr<AutoMountScheduler> scheduler;
 
     Fixture()
     {
         AutoMountSchedulerDependencies deps;
-        deps.engine = h.engine.get();
-        deps.defaults = &h.defaults;
-        deps.center = &h.center;
-        deps.eventLog = &h.eventLog;
-        deps.auditLog = &h.auditLog;
-        deps.mountTable = &h.table;
         deps.wifi = &wifi;
         deps.sleepMonitor = &sleep;
         deps.clock = &clock;
-        deps.serverReachable = [this](const VolumeRecord &) {
-            ++serverChecks;
-            return serverUp.load();
-        };
-        scheduler = std::make_unique<AutoMountScheduler>(deps);
-        scheduler->start();
+        deps.serverReachable = [this](const VolumeRecord &) { return serverUp.load(); };
+        makeScheduler(deps).start();
     }
-    ~Fixture() { scheduler.reset(); }
+    ~Fixture() override { shutDown(); }
 
     qint64 add(MountUsingProtocol_Enum protocol = MountUsingProtocol_Enum::SMB, const QString &share = QStringLiteral("docs"))
     {
-        return h.addShare(kHost, share, protocol);
-    }
-    void edit(qint64 id, const std::function<void(VolumeRecord &)> &change)
-    {
-        VolumeRecord r = h.record(id);
-        change(r);
-        QVERIFY(h.engine->updateRecord(r));
+        return addShare(kHost, share, protocol);
     }
     qint64 addAuto(MountUsingProtocol_Enum protocol = MountUsingProtocol_Enum::SMB, const QString &share = QStringLiteral("docs"))
     {
@@ -86,19 +68,12 @@ struct Fixture
     void drain()
     {
         for (int i = 0; i < 5; ++i) {
-            h.engine->waitForWorkers();
-            h.settle(20);
+            engine->waitForWorkers();
+            settle(20);
         }
     }
-    bool mounted(qint64 id) const { return h.record(id).runtime_isMounted_Bool; }
-    QString status(qint64 id) const { return h.record(id).runtime_status_String; }
-    int eventsOf(EVENT_TYPE_ENUM type) const
-    {
-        int n = 0;
-        for (const LogEvent &e : h.events())
-            n += e.event_type_Enum == type ? 1 : 0;
-        return n;
-    }
+    bool mounted(qint64 id) const { return record(id).runtime_isMounted_Bool; }
+    QString status(qint64 id) const { return record(id).runtime_status_String; }
 };
 
 } // namespace
@@ -107,463 +82,424 @@ class TestAutoMountScheduler : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void interval_data();
-    void interval();
-    void preferencesChangeRestartsTimer();
-    void autoMountRemountsDroppedShare();
-    void pauseBlocksAutomaticMounts();
-    void pauseRules();
-    void scheduleWindow_data();
-    void scheduleWindow();
-    void allowList();
-    void webdavGate_data();
-    void webdavGate();
-    void countdownToTimeout_data();
-    void countdownToTimeout();
-    void ejectStatusClearedAfterTenSeconds();
-    void externalEject();
-    void externalEjectIgnoresUnrelatedPaths_data();
-    void externalEjectIgnoresUnrelatedPaths();
-    void lostServerIsEjectedOnceAndRemounted();
-    void resumeFromSleepChecksAtOnce();
-};
-
-void TestAutoMountScheduler::interval_data()
-{
-    QTest::addColumn<QVariant>("stored");
-    QTest::addColumn<int>("seconds");
-    QTest::newRow("absent") << QVariant() << 15;
-    QTest::newRow("not an integer") << QVariant(QStringLiteral("30")) << 15;
-    QTest::newRow("boolean") << QVariant(true) << 15;
-    QTest::newRow("below range") << QVariant(5) << 10;
-    QTest::newRow("negative") << QVariant(-20) << 10;
-    QTest::newRow("lower bound") << QVariant(10) << 10;
-    QTest::newRow("inside") << QVariant(600) << 600;
-    QTest::newRow("upper bound") << QVariant(1440) << 1440;
-    QTest::newRow("above range") << QVariant(5000) << 1440;
-}
-
-void TestAutoMountScheduler::interval()
-{
-    QFETCH(QVariant, stored);
-    QFETCH(int, seconds);
-    Fixture f;
-    if (stored.isValid())
-        f.h.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, stored);
-    f.h.clearConsole();
-    f.scheduler->restartTimer();
-    QCOMPARE(f.scheduler->intervalSeconds(), seconds);
-    QVERIFY(f.h.hasLine(AutoMountScheduler::kIntervalLine + QString::number(seconds)));
-    // The timer really uses it: no tick a millisecond early, one tick on time, one per interval after.
-    const int before = f.scheduler->tickCount();
-    f.clock.advance(std::chrono::seconds(seconds) - 1ms);
-    QCOMPARE(f.scheduler->tickCount(), before);
-    f.clock.advance(1ms);
-    QCOMPARE(f.scheduler->tickCount(), before + 1);
-    f.clock.advance(std::chrono::seconds(seconds) * 2);
-    QCOMPARE(f.scheduler->tickCount(), before + 3);
-}
-
-void TestAutoMountScheduler::preferencesChangeRestartsTimer()
-{
-    Fixture f;
-    QCOMPARE(f.scheduler->intervalSeconds(), 15);
-    f.clock.advance(8s);
-    // The page's apply step: the interval of 10 takes effect at once, counted from the change.
-    f.h.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, 10);
-    AppDelegateFields fields;
-    PreferencesApply::apply(f.h.defaults, fields, &f.h.center);
-    QCOMPARE(fields.auto_mount_check_interval_Int, std::optional<int>(10));
-    QCOMPARE(f.scheduler->intervalSeconds(), 10);
-    const int before = f.scheduler->tickCount();
-    f.clock.advance(7s); // 15 s after start: the old timer would have fired here
-    QCOMPARE(f.scheduler->tickCount(), before);
-    f.clock.advance(3s);
-    QCOMPARE(f.scheduler->tickCount(), before + 1);
-}
-
-void TestAutoMountScheduler::autoMountRemountsDroppedShare()
-{
-    Fixture f;
-    const qint64 autoId = f.addAuto();
-    const qint64 manualId = f.add(MountUsingProtocol_Enum::SMB, QStringLiteral("manual"));
-    f.h.notifications.clear();
-    f.tick();
-    QVERIFY(f.mounted(autoId));
-    QVERIFY(!f.mounted(manualId)); // neither auto nor schedule: left alone
-    QVERIFY(f.h.notifications.contains(Notifications::RefreshVolumeUI));
-    const qsizetype mountsAfterFirst = f.h.service.mountCalls().size();
-
-    // Mounted: the next tick does not mount again.
-    f.tick();
-    QCOMPARE(f.h.service.mountCalls().size(), mountsAfterFirst);
-
-    // The volume disappears from the table (connection dropped): the sync clears the flag and the same
-    // tick remounts it.
-    QVERIFY(f.h.table.removeVolume(f.h.record(autoId).runtime_computed_mountpoint_String));
-    f.drain();
-    f.tick();
-    QVERIFY(f.mounted(autoId));
-    QCOMPARE(f.h.service.mountCalls().size(), mountsAfterFirst + 1);
-}
-
-void TestAutoMountScheduler::pauseBlocksAutomaticMounts()
-{
-    Fixture f;
-    const qint64 keep = f.addAuto(MountUsingProtocol_Enum::SMB, QStringLiteral("keep"));
-    f.tick();
-    QVERIFY(f.mounted(keep));
-    QVERIFY(f.scheduler->pauseAutoMount());
-    const qint64 later = f.addAuto(MountUsingProtocol_Enum::SMB, QStringLiteral("later"));
-    f.tick();
-    QVERIFY(f.mounted(keep)); // pausing ejects nothing
-    QVERIFY(!f.mounted(later));
-    QVERIFY(f.scheduler->resumeAutoMount());
-    f.tick();
-    QVERIFY(f.mounted(later));
-}
-
-void TestAutoMountScheduler::pauseRules()
-{
-    Fixture f;
-    const qint64 id = f.add();
-    QSignalSpy flips(f.scheduler.get(), &AutoMountScheduler::pausedChanged);
-
-    // Nothing mounted: pausing does nothing at all.
-    f.h.notifications.clear();
-    QVERIFY(!f.scheduler->pauseAutoMount());
-    QVERIFY(!f.scheduler->isAutoMountPaused());
-    QVERIFY(!f.h.notifications.contains(Notifications::RefreshVolumeUI));
-    const auto pauseAudits = [&f] {
-        QList<AuditLogEntry> audits = f.h.audits();
-        audits.removeIf([](const AuditLogEntry &e) {
-            return !e.shareName || !e.shareName->startsWith(QLatin1String("Auto-mount"));
-        });
-        return audits;
-    };
-    QVERIFY(pauseAudits().isEmpty());
-    // Resuming while not paused is no flip either.
-    QVERIFY(!f.scheduler->resumeAutoMount());
-
-    QCOMPARE(f.h.mountAndWait(id), 0);
-    QVERIFY(f.scheduler->pauseAutoMount());
-    QVERIFY(f.scheduler->isAutoMountPaused());
-    QVERIFY(f.h.notifications.contains(Notifications::RefreshVolumeUI));
-    QVERIFY(!f.scheduler->pauseAutoMount()); // already paused
-
-    // Resuming works with nothing mounted.
-    QVERIFY(f.h.ejectAndWait(id));
-    QVERIFY(f.scheduler->resumeAutoMount());
-    QVERIFY(!f.scheduler->isAutoMountPaused());
-    QCOMPARE(flips.size(), 2);
-
-    const QList<AuditLogEntry> audits = pauseAudits();
-    QCOMPARE(audits.size(), 2); // newest first
-    QCOMPARE(audits.at(1).details, QStringLiteral("Auto-mount paused"));
-    QCOMPARE(audits.at(1).shareName, std::optional<QString>(QStringLiteral("Auto-mount pause status")));
-    QCOMPARE(audits.at(0).details, QStringLiteral("Auto-mount resumed"));
-    QCOMPARE(audits.at(0).shareName, std::optional<QString>(QStringLiteral("Auto-mount resume status")));
-}
-
-void TestAutoMountScheduler::scheduleWindow_data()
-{
-    QTest::addColumn<QTime>("start");
-    QTest::addColumn<QTime>("end");
-    QTest::addColumn<QList<int>>("weekdays");
-    QTest::addColumn<QDateTime>("now");
-    QTest::addColumn<bool>("mountedBefore");
-    QTest::addColumn<bool>("mountedAfter");
-    const QList<int> monday{2};
-    QTest::newRow("22-06 at 23:00 mounts") << QTime(22, 0) << QTime(6, 0) << monday << at(kMonday, 23) << false << true;
-    QTest::newRow("22-06 at 05:00 mounts") << QTime(22, 0) << QTime(6, 0) << monday << at(kMonday, 5) << false << true;
-    QTest::newRow("22-06 at 12:00 ejects") << QTime(22, 0) << QTime(6, 0) << monday << at(kMonday, 12) << true << false;
-    QTest::newRow("22-06 at 12:00 stays off") << QTime(22, 0) << QTime(6, 0) << monday << at(kMonday, 12) << false << false;
-    QTest::newRow("equal times always open") << QTime(8, 0) << QTime(8, 0) << monday << at(kMonday, 14) << false << true;
-    QTest::newRow("9-17 at 09:00:00 is outside") << QTime(9, 0) << QTime(17, 0) << monday << at(kMonday, 9) << false << false;
-    QTest::newRow("9-17 at 17:00:00 ejects") << QTime(9, 0) << QTime(17, 0) << monday << at(kMonday, 17) << true << false;
-    QTest::newRow("9-17 at 12:00 mounts") << QTime(9, 0) << QTime(17, 0) << monday << at(kMonday, 12) << false << true;
-    QTest::newRow("weekday missing ejects") << QTime(8, 0) << QTime(8, 0) << QList<int>{3, 4} << at(kMonday, 12) << true << false;
-    QTest::newRow("empty weekday list never mounts") << QTime(8, 0) << QTime(8, 0) << QList<int>{} << at(kMonday, 12) << false << false;
-}
-
-void TestAutoMountScheduler::scheduleWindow()
-{
-    QFETCH(QTime, start);
-    QFETCH(QTime, end);
-    QFETCH(QList<int>, weekdays);
-    QFETCH(QDateTime, now);
-    QFETCH(bool, mountedBefore);
-    QFETCH(bool, mountedAfter);
-    Fixture f;
-    const qint64 id = f.add();
-    f.edit(id, [&](VolumeRecord &r) {
-        r.schedule_Mount = 1;
-        r.auto_Mount = 1; // the schedule wins over auto-mount
-        r.schedule_MountTime = QDateTime(QDate(2020, 5, 5), start);
-        r.schedule_UnMountTime = QDateTime(QDate(2020, 5, 5), end);
-        r.schedule_Weekdays = weekdays;
-    });
-    if (mountedBefore)
-        QCOMPARE(f.h.mountAndWait(id), 0);
-    f.clock.setNow(now);
-    f.tick();
-    QCOMPARE(f.mounted(id), mountedAfter);
-    if (mountedBefore && !mountedAfter)
-        QCOMPARE(f.status(id), QStringLiteral("Ejected"));
-}
-
-void TestAutoMountScheduler::allowList()
-{
-    Fixture f;
-    f.wifi.setCurrentNetworkName(QStringLiteral("Lab"));
-    const qint64 id = f.addAuto();
-    f.edit(id, [](VolumeRecord &r) { r.allowedSSIDs_String = QStringLiteral("Office, Lab"); });
-    const qint64 anywhere = f.addAuto(MountUsingProtocol_Enum::SMB, QStringLiteral("anywhere"));
-    f.tick();
-    QVERIFY(f.mounted(id));
-
-    f.wifi.setCurrentNetworkName(QStringLiteral("Home"));
-    f.tick();
-    QVERIFY(!f.mounted(id));
-    QVERIFY(f.mounted(anywhere)); // no list: any network
-    const qsizetype mounts = f.h.service.mountCalls().size();
-    f.tick();
-    QCOMPARE(f.h.service.mountCalls().size(), mounts); // not remounted on the wrong network
-
-    f.wifi.setCurrentNetworkName(std::nullopt); // off Wi-Fi: not allowed either
-    f.tick();
-    QVERIFY(!f.mounted(id));
-
-    f.wifi.setCurrentNetworkName(QStringLiteral("Office"));
-    f.tick();
-    QVERIFY(f.mounted(id));
-}
-
-void TestAutoMountScheduler::webdavGate_data()
-{
-    QTest::addColumn<bool>("scheduled");
-    QTest::addColumn<QString>("statusBefore");
-    QTest::addColumn<QString>("statusAfter");
-    QTest::newRow("auto-mount") << false << QString() << AutoMountScheduler::kShareUrlProbeFailedStatus;
-    QTest::newRow("schedule") << true << QString() << QStringLiteral("Server unreachable");
-    QTest::newRow("schedule keeps an unreachable text")
-        << true << QStringLiteral("Host UNREACHABLE (Error 65)") << QStringLiteral("Host UNREACHABLE (Error 65)");
-}
-
-void TestAutoMountScheduler::webdavGate()
-{
-    QFETCH(bool, scheduled);
-    QFETCH(QString, statusBefore);
-    QFETCH(QString, statusAfter);
-    Fixture f;
-    const qint64 id = f.add(MountUsingProtocol_Enum::WebDAV, QStringLiteral("dav"));
-    f.edit(id, [&](VolumeRecord &r) {
-        r.auto_Mount = scheduled ? 0 : 1;
-        r.schedule_Mount = scheduled ? 1 : 0;
-        r.schedule_MountTime = QDateTime(kMonday, QTime(0, 0));
-        r.schedule_UnMountTime = QDateTime(kMonday, QTime(0, 0));
-        r.schedule_Weekdays = {1, 2, 3, 4, 5, 6, 7};
-    });
-    f.h.engine->updateRuntime(id, [&](VolumeRecord &r) {
-        r.runtime_status_String = statusBefore;
-        r.runtime_isReachable_Bool = true;
-    });
-    f.h.setShareUrlReachable(false);
-    f.tick();
-    QVERIFY(!f.mounted(id));
-    QVERIFY(f.h.service.mountCalls().isEmpty());
-    QCOMPARE(f.status(id), statusAfter);
-    QVERIFY(!f.h.record(id).runtime_isReachable_Bool);
-
-    f.h.setShareUrlReachable(true);
-    f.tick();
-    QVERIFY(f.mounted(id));
-}
-
-void TestAutoMountScheduler::countdownToTimeout_data()
-{
-    QTest::addColumn<QVariant>("stored");
-    QTest::addColumn<int>("timeout");
-    QTest::newRow("unset") << QVariant() << 60;
-    QTest::newRow("15 seconds") << QVariant(15) << 15;
-}
-
-void TestAutoMountScheduler::countdownToTimeout()
-{
-    QFETCH(QVariant, stored);
-    QFETCH(int, timeout);
-    Fixture f;
-    if (stored.isValid())
-        f.h.defaults.setValue(Preferences::Keys::MountTimeout, stored);
-    f.h.service.setBlocking(QUrl()); // every mount hangs until cancelled
-    const qint64 id = f.addAuto();
-    QSignalSpy finished(f.h.engine.get(), &MountEngine::mountFinished);
-    f.scheduler->checkSchedule();
-    QVERIFY(f.h.service.waitForBlocked(1, 5000));
-    QVERIFY(f.scheduler->hasCountdown(id));
-    QCOMPARE(f.status(id), QStringLiteral("Connecting... 0s"));
-
-    for (int s = 1; s < timeout; ++s) {
-        f.clock.advance(1s);
-        QCOMPARE(f.status(id), QStringLiteral("Connecting... %1s").arg(s));
+    void interval_data()
+    {
+        QTest::addColumn<QVariant>("stored");
+        QTest::addColumn<int>("seconds");
+        QTest::newRow("absent") << QVariant() << 15;
+        QTest::newRow("not an integer") << QVariant(QStringLiteral("30")) << 15;
+        QTest::newRow("boolean") << QVariant(true) << 15;
+        QTest::newRow("below range") << QVariant(5) << 10;
+        QTest::newRow("negative") << QVariant(-20) << 10;
+        QTest::newRow("lower bound") << QVariant(10) << 10;
+        QTest::newRow("inside") << QVariant(600) << 600;
+        QTest::newRow("upper bound") << QVariant(1440) << 1440;
+        QTest::newRow("above range") << QVariant(5000) << 1440;
     }
-    // A tick during the attempt does not start it again.
-    f.scheduler->checkSchedule();
-    QCOMPARE(f.h.service.mountCalls().size(), 1);
-    QCOMPARE(f.eventsOf(EVENT_TYPE_ENUM::MOUNT_TIMEOUT), 0);
+    void interval()
+    {
+        QFETCH(QVariant, stored);
+        QFETCH(int, seconds);
+        Fixture f;
+        if (stored.isValid())
+            f.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, stored);
+        f.clearConsole();
+        f.scheduler->restartTimer();
+        QCOMPARE(f.scheduler->intervalSeconds(), seconds);
+        QVERIFY(f.hasLine(AutoMountScheduler::kIntervalLine + QString::number(seconds)));
+        // The timer really uses it: no tick a millisecond early, one tick on time, one per interval after.
+        const int before = f.scheduler->tickCount();
+        f.clock.advance(std::chrono::seconds(seconds) - 1ms);
+        QCOMPARE(f.scheduler->tickCount(), before);
+        f.clock.advance(1ms);
+        QCOMPARE(f.scheduler->tickCount(), before + 1);
+        f.clock.advance(std::chrono::seconds(seconds) * 2);
+        QCOMPARE(f.scheduler->tickCount(), before + 3);
+    }
 
-    f.clock.advance(1s);
-    QVERIFY(finished.wait(5000)); // the time-out cancelled the pending platform mount
-    QCOMPARE(finished.first().at(1).toInt(), 89);
-    QVERIFY(!f.scheduler->hasCountdown(id));
-    QCOMPARE(f.eventsOf(EVENT_TYPE_ENUM::MOUNT_TIMEOUT), 1);
-    QVERIFY(f.h.hasLine(QStringLiteral("⏰ [MOUNT] Timeout after %1 seconds").arg(timeout)));
-    QVERIFY(!f.mounted(id));
-    f.clock.advance(5s); // no countdown left to fire
-    QCOMPARE(f.eventsOf(EVENT_TYPE_ENUM::MOUNT_TIMEOUT), 1);
-}
+    void preferencesChangeRestartsTimer()
+    {
+        Fixture f;
+        QCOMPARE(f.scheduler->intervalSeconds(), 15);
+        f.clock.advance(8s);
+        // The page's apply step: the interval of 10 takes effect at once, counted from the change.
+        f.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, 10);
+        AppDelegateFields fields;
+        PreferencesApply::apply(f.defaults, fields, &f.center);
+        QCOMPARE(fields.auto_mount_check_interval_Int, std::optional<int>(10));
+        QCOMPARE(f.scheduler->intervalSeconds(), 10);
+        const int before = f.scheduler->tickCount();
+        f.clock.advance(7s); // 15 s after start: the old timer would have fired here
+        QCOMPARE(f.scheduler->tickCount(), before);
+        f.clock.advance(3s);
+        QCOMPARE(f.scheduler->tickCount(), before + 1);
+    }
 
-void TestAutoMountScheduler::ejectStatusClearedAfterTenSeconds()
-{
-    Fixture f;
-    const qint64 id = f.add();
-    QCOMPARE(f.h.mountAndWait(id), 0);
-    f.h.clearConsole();
-    QVERIFY(f.h.ejectAndWait(id));
-    QCOMPARE(f.status(id), QStringLiteral("Ejected"));
-    QVERIFY(f.scheduler->hasStatusClearTimer(id));
-    // The unmount shows in the table too, but an eject of our own is not taken for an external one.
-    QVERIFY(f.h.hasLineContaining(QStringLiteral("System unmount detected")));
-    QVERIFY(!f.h.hasLineContaining(QStringLiteral("Matched to record")));
+    void autoMountRemountsDroppedShare()
+    {
+        Fixture f;
+        const qint64 autoId = f.addAuto();
+        const qint64 manualId = f.add(MountUsingProtocol_Enum::SMB, QStringLiteral("manual"));
+        f.notifications.clear();
+        f.tick();
+        QVERIFY(f.mounted(autoId));
+        QVERIFY(!f.mounted(manualId)); // neither auto nor schedule: left alone
+        QVERIFY(f.notifications.contains(Notifications::RefreshVolumeUI));
+        const qsizetype mountsAfterFirst = f.service.mountCalls().size();
 
-    f.clock.advance(5s);
-    // A second eject replaces the pending clear: the text now stays until 10 s after it.
-    QVERIFY(f.h.ejectAndWait(id));
-    const QString second = f.status(id);
-    QVERIFY(!second.isEmpty());
-    f.clock.advance(9s);
-    QCOMPARE(f.status(id), second);
-    f.h.notifications.clear();
-    f.clock.advance(1s);
-    QCOMPARE(f.status(id), QString());
-    QVERIFY(!f.scheduler->hasStatusClearTimer(id));
-    QVERIFY(f.h.notifications.contains(Notifications::RefreshVolumeUI));
+        // Mounted: the next tick does not mount again.
+        f.tick();
+        QCOMPARE(f.service.mountCalls().size(), mountsAfterFirst);
 
-    // A status written after the eject (a new attempt) is not cleared.
-    QVERIFY(f.h.ejectAndWait(id));
-    f.h.engine->setStatus(id, QStringLiteral("Testing connection to 127.0.0.1"));
-    f.clock.advance(10s);
-    QCOMPARE(f.status(id), QStringLiteral("Testing connection to 127.0.0.1"));
-}
+        // The volume disappears from the table (connection dropped): the sync clears the flag and the same
+        // tick remounts it.
+        QVERIFY(f.table.removeVolume(f.record(autoId).runtime_computed_mountpoint_String));
+        f.drain();
+        f.tick();
+        QVERIFY(f.mounted(autoId));
+        QCOMPARE(f.service.mountCalls().size(), mountsAfterFirst + 1);
+    }
 
-void TestAutoMountScheduler::externalEject()
-{
-    Fixture f;
-    const qint64 id = f.add();
-    QCOMPARE(f.h.mountAndWait(id), 0);
-    const QString path = f.h.record(id).runtime_computed_mountpoint_String;
-    f.h.clearConsole();
-    f.h.notifications.clear();
-    QVERIFY(f.h.table.removeVolume(path)); // someone else unmounted it
-    QTRY_VERIFY(!f.mounted(id));
-    QCOMPARE(f.status(id), QStringLiteral("Ejected externally from ") + path);
-    QVERIFY(f.h.hasLine(QStringLiteral("🔔 [NOTIFY] System unmount detected: '") + path + QLatin1Char('\'')));
-    QVERIFY(f.h.hasLine(QStringLiteral("🔔 [NOTIFY] Matched to record: docs")));
-    QVERIFY(f.h.notifications.contains(Notifications::RefreshVolumeUI));
-    QCOMPARE(f.h.events().first().event_type_Enum, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS);
-    QCOMPARE(f.h.events().first().eventMessage, QStringLiteral("UMMOUNT_SUCCESS: Volume was ejected outside of Tarnwell"));
+    void pause()
+    {
+        Fixture f;
+        QSignalSpy flips(f.scheduler.get(), &AutoMountScheduler::pausedChanged);
+        const auto pauseAudits = [&f] {
+            QList<AuditLogEntry> audits = f.audits();
+            audits.removeIf([](const AuditLogEntry &e) {
+                return !e.shareName || !e.shareName->startsWith(QLatin1String("Auto-mount"));
+            });
+            return audits;
+        };
+        // Nothing mounted: pausing does nothing at all; resuming while not paused is no flip either.
+        QVERIFY(!f.scheduler->pauseAutoMount());
+        QVERIFY(!f.scheduler->isAutoMountPaused());
+        QVERIFY(!f.notifications.contains(Notifications::RefreshVolumeUI));
+        QVERIFY(pauseAudits().isEmpty());
+        QVERIFY(!f.scheduler->resumeAutoMount());
 
-    f.clock.advance(9999ms);
-    QCOMPARE(f.status(id), QStringLiteral("Ejected externally from ") + path);
-    f.clock.advance(1ms);
-    QCOMPARE(f.status(id), QString());
-}
+        const qint64 keep = f.addAuto(MountUsingProtocol_Enum::SMB, QStringLiteral("keep"));
+        f.tick();
+        QVERIFY(f.mounted(keep));
+        f.notifications.clear();
+        QVERIFY(f.scheduler->pauseAutoMount());
+        QVERIFY(f.scheduler->isAutoMountPaused());
+        QVERIFY(f.notifications.contains(Notifications::RefreshVolumeUI));
+        QVERIFY(!f.scheduler->pauseAutoMount()); // already paused
+        const qint64 later = f.addAuto(MountUsingProtocol_Enum::SMB, QStringLiteral("later"));
+        f.tick();
+        QVERIFY(f.mounted(keep)); // pausing ejects nothing
+        QVERIFY(!f.mounted(later));
 
-void TestAutoMountScheduler::externalEjectIgnoresUnrelatedPaths_data()
-{
-    QTest::addColumn<QString>("which");
-    QTest::newRow("root") << QStringLiteral("/");
-    QTest::newRow("volumes folder") << QStringLiteral("volumes");
-    QTest::newRow("another volume") << QStringLiteral("other");
-}
+        // Resuming works with nothing mounted.
+        QVERIFY(f.ejectAndWait(keep));
+        QVERIFY(f.scheduler->resumeAutoMount());
+        QVERIFY(!f.scheduler->isAutoMountPaused());
+        QCOMPARE(flips.size(), 2);
+        f.tick();
+        QVERIFY(f.mounted(later));
 
-void TestAutoMountScheduler::externalEjectIgnoresUnrelatedPaths()
-{
-    QFETCH(QString, which);
-    Fixture f;
-    const qint64 id = f.add();
-    QCOMPARE(f.h.mountAndWait(id), 0);
-    QString path = which;
-    if (which == QLatin1String("volumes"))
-        path = f.h.volumesFolder + QLatin1Char('/');
-    else if (which == QLatin1String("other"))
-        path = f.h.volumePath(QStringLiteral("smb-share:server=127.0.0.1,share=other"));
-    const int eventsBefore = int(f.h.events().size());
-    Q_EMIT f.h.table.volumeUnmounted(path);
-    f.h.settle();
-    QVERIFY(f.mounted(id));
-    QCOMPARE(int(f.h.events().size()), eventsBefore);
-    QVERIFY(f.h.hasLineContaining(QStringLiteral("System unmount detected")));
-    QVERIFY(!f.h.hasLineContaining(QStringLiteral("Matched to record")));
-}
+        const QList<AuditLogEntry> audits = pauseAudits();
+        QCOMPARE(audits.size(), 2); // newest first
+        QCOMPARE(audits.at(1).details, QStringLiteral("Auto-mount paused"));
+        QCOMPARE(audits.at(1).shareName, std::optional<QString>(QStringLiteral("Auto-mount pause status")));
+        QCOMPARE(audits.at(0).details, QStringLiteral("Auto-mount resumed"));
+        QCOMPARE(audits.at(0).shareName, std::optional<QString>(QStringLiteral("Auto-mount resume status")));
+    }
 
-void TestAutoMountScheduler::lostServerIsEjectedOnceAndRemounted()
-{
-    Fixture f;
-    const qint64 id = f.addAuto();
-    f.tick();
-    QVERIFY(f.mounted(id));
-    const QString path = f.h.record(id).runtime_computed_mountpoint_String;
-    f.h.service.clearCalls();
+    void scheduleWindow_data()
+    {
+        QTest::addColumn<QTime>("start");
+        QTest::addColumn<QTime>("end");
+        QTest::addColumn<QList<int>>("weekdays");
+        QTest::addColumn<QDateTime>("now");
+        QTest::addColumn<bool>("mountedBefore");
+        QTest::addColumn<bool>("mountedAfter");
+        // The window's edge cases are tst_schedule_window's table; here, what the tick does with them.
+        const QList<int> monday{2};
+        QTest::newRow("inside across midnight mounts") << QTime(22, 0) << QTime(6, 0) << monday << at(kMonday, 23) << false << true;
+        QTest::newRow("outside ejects") << QTime(22, 0) << QTime(6, 0) << monday << at(kMonday, 12) << true << false;
+        QTest::newRow("outside stays off (auto-mount too)") << QTime(9, 0) << QTime(17, 0) << monday << at(kMonday, 17) << false << false;
+        QTest::newRow("weekday missing ejects") << QTime(8, 0) << QTime(8, 0) << QList<int>{3, 4} << at(kMonday, 12) << true << false;
+        QTest::newRow("empty weekday list never mounts") << QTime(8, 0) << QTime(8, 0) << QList<int>{} << at(kMonday, 12) << false << false;
+    }
 
-    f.serverUp = false;
-    f.h.service.setDefaultResult(MountResult{64, QStringLiteral("host is down"), {}});
-    QSignalSpy lost(f.scheduler.get(), &AutoMountScheduler::serverLost);
-    f.tick(); // mounted: the tick asks whether the server still answers
-    QTRY_COMPARE(lost.size(), 1);
-    f.drain();
-    QVERIFY(!f.mounted(id));
-    QVERIFY(!f.h.record(id).runtime_isReachable_Bool);
-    QCOMPARE(f.eventsOf(EVENT_TYPE_ENUM::CONNECTION_FAILED), 1);
-    QCOMPARE(f.h.events().first().eventMessage,
-             QStringLiteral("CONNECTION_FAILED: Server unreachable; ejected stale mount at ") + path);
-    bool forced = false;
-    for (const auto &call : f.h.service.unmountCalls())
-        forced = forced || (call.path == path && call.force);
-    QVERIFY(forced);
+    void scheduleWindow()
+    {
+        QFETCH(QTime, start);
+        QFETCH(QTime, end);
+        QFETCH(QList<int>, weekdays);
+        QFETCH(QDateTime, now);
+        QFETCH(bool, mountedBefore);
+        QFETCH(bool, mountedAfter);
+        Fixture f;
+        const qint64 id = f.add();
+        f.edit(id, [&](VolumeRecord &r) {
+            r.schedule_Mount = 1;
+            r.auto_Mount = 1; // the schedule wins over auto-mount
+            r.schedule_MountTime = QDateTime(QDate(2020, 5, 5), start);
+            r.schedule_UnMountTime = QDateTime(QDate(2020, 5, 5), end);
+            r.schedule_Weekdays = weekdays;
+        });
+        if (mountedBefore)
+            QCOMPARE(f.mountAndWait(id), 0);
+        f.clock.setNow(now);
+        f.tick();
+        QCOMPARE(f.mounted(id), mountedAfter);
+        if (mountedBefore && !mountedAfter)
+            QCOMPARE(f.status(id), QStringLiteral("Ejected"));
+    }
 
-    // While the server stays away the tick keeps trying, but reports the outage only once.
-    f.tick();
-    f.tick();
-    QVERIFY(!f.mounted(id));
-    QCOMPARE(lost.size(), 1);
+    void allowList()
+    {
+        Fixture f;
+        f.wifi.setCurrentNetworkName(QStringLiteral("Lab"));
+        const qint64 id = f.addAuto();
+        f.edit(id, [](VolumeRecord &r) { r.allowedSSIDs_String = QStringLiteral("Office, Lab"); });
+        const qint64 anywhere = f.addAuto(MountUsingProtocol_Enum::SMB, QStringLiteral("anywhere"));
+        f.tick();
+        QVERIFY(f.mounted(id));
 
-    f.serverUp = true;
-    f.h.service.setDefaultResult(MountResult{});
-    f.tick();
-    QVERIFY(f.mounted(id));
-}
+        f.wifi.setCurrentNetworkName(QStringLiteral("Home"));
+        f.tick();
+        QVERIFY(!f.mounted(id));
+        QVERIFY(f.mounted(anywhere)); // no list: any network
+        const qsizetype mounts = f.service.mountCalls().size();
+        f.tick();
+        QCOMPARE(f.service.mountCalls().size(), mounts); // not remounted on the wrong network
 
-void TestAutoMountScheduler::resumeFromSleepChecksAtOnce()
-{
-    Fixture f;
-    const qint64 id = f.addAuto();
-    f.clock.advance(10s);
-    const int before = f.scheduler->tickCount();
-    QSignalSpy done(f.scheduler.get(), &AutoMountScheduler::tickFinished);
-    f.sleep.simulateSleep();
-    QCOMPARE(f.scheduler->tickCount(), before);
-    f.sleep.simulateResume();
-    QCOMPARE(f.scheduler->tickCount(), before + 1);
-    QVERIFY(f.h.hasLine(AutoMountScheduler::kResumedLine));
-    f.drain();
-    QVERIFY(f.mounted(id));
-    // The interval counts from the wake-up: nothing at the old due time (5 s later), one tick 15 s after.
-    f.clock.advance(5s);
-    QCOMPARE(f.scheduler->tickCount(), before + 1);
-    f.clock.advance(10s);
-    QCOMPARE(f.scheduler->tickCount(), before + 2);
-}
+        f.wifi.setCurrentNetworkName(std::nullopt); // off Wi-Fi: not allowed either
+        f.tick();
+        QVERIFY(!f.mounted(id));
+
+        f.wifi.setCurrentNetworkName(QStringLiteral("Office"));
+        f.tick();
+        QVERIFY(f.mounted(id));
+    }
+
+    void webdavGate_data()
+    {
+        QTest::addColumn<bool>("scheduled");
+        QTest::addColumn<QString>("statusBefore");
+        QTest::addColumn<QString>("statusAfter");
+        QTest::newRow("auto-mount") << false << QString() << AutoMountScheduler::kShareUrlProbeFailedStatus;
+        QTest::newRow("schedule") << true << QString() << QStringLiteral("Server unreachable");
+        QTest::newRow("schedule keeps an unreachable text")
+            << true << QStringLiteral("Host UNREACHABLE (Error 65)") << QStringLiteral("Host UNREACHABLE (Error 65)");
+    }
+    void webdavGate()
+    {
+        QFETCH(bool, scheduled);
+        QFETCH(QString, statusBefore);
+        QFETCH(QString, statusAfter);
+        Fixture f;
+        const qint64 id = f.add(MountUsingProtocol_Enum::WebDAV, QStringLiteral("dav"));
+        f.edit(id, [&](VolumeRecord &r) {
+            r.auto_Mount = scheduled ? 0 : 1;
+            r.schedule_Mount = scheduled ? 1 : 0;
+            r.schedule_MountTime = QDateTime(kMonday, QTime(0, 0));
+            r.schedule_UnMountTime = QDateTime(kMonday, QTime(0, 0));
+            r.schedule_Weekdays = {1, 2, 3, 4, 5, 6, 7};
+        });
+        f.engine->updateRuntime(id, [&](VolumeRecord &r) {
+            r.runtime_status_String = statusBefore;
+            r.runtime_isReachable_Bool = true;
+        });
+        f.setShareUrlReachable(false);
+        f.tick();
+        QVERIFY(!f.mounted(id));
+        QVERIFY(f.service.mountCalls().isEmpty());
+        QCOMPARE(f.status(id), statusAfter);
+        QVERIFY(!f.record(id).runtime_isReachable_Bool);
+
+        f.setShareUrlReachable(true);
+        f.tick();
+        QVERIFY(f.mounted(id));
+    }
+
+    void countdownToTimeout_data()
+    {
+        QTest::addColumn<QVariant>("stored");
+        QTest::addColumn<int>("timeout");
+        QTest::newRow("unset") << QVariant() << 60;
+        QTest::newRow("15 seconds") << QVariant(15) << 15;
+    }
+    void countdownToTimeout()
+    {
+        QFETCH(QVariant, stored);
+        QFETCH(int, timeout);
+        Fixture f;
+        if (stored.isValid())
+            f.defaults.setValue(Preferences::Keys::MountTimeout, stored);
+        f.service.setBlocking(QUrl()); // every mount hangs until cancelled
+        const qint64 id = f.addAuto();
+        QSignalSpy finished(f.engine.get(), &MountEngine::mountFinished);
+        f.scheduler->checkSchedule();
+        QVERIFY(f.service.waitForBlocked(1, 5000));
+        QVERIFY(f.scheduler->hasCountdown(id));
+        QCOMPARE(f.status(id), QStringLiteral("Connecting... 0s"));
+
+        for (int s = 1; s < timeout; ++s) {
+            f.clock.advance(1s);
+            QCOMPARE(f.status(id), QStringLiteral("Connecting... %1s").arg(s));
+        }
+        // A tick during the attempt does not start it again.
+        f.scheduler->checkSchedule();
+        QCOMPARE(f.service.mountCalls().size(), 1);
+        QCOMPARE(f.eventCount(EVENT_TYPE_ENUM::MOUNT_TIMEOUT), 0);
+
+        f.clock.advance(1s);
+        QVERIFY(finished.wait(5000)); // the time-out cancelled the pending platform mount
+        QCOMPARE(finished.first().at(1).toInt(), 89);
+        QVERIFY(!f.scheduler->hasCountdown(id));
+        QCOMPARE(f.eventCount(EVENT_TYPE_ENUM::MOUNT_TIMEOUT), 1);
+        QVERIFY(f.hasLine(QStringLiteral("⏰ [MOUNT] Timeout after %1 seconds").arg(timeout)));
+        QVERIFY(!f.mounted(id));
+        f.clock.advance(5s); // no countdown left to fire
+        QCOMPARE(f.eventCount(EVENT_TYPE_ENUM::MOUNT_TIMEOUT), 1);
+    }
+
+    void ejectStatusClearedAfterTenSeconds()
+    {
+        Fixture f;
+        const qint64 id = f.add();
+        QCOMPARE(f.mountAndWait(id), 0);
+        f.clearConsole();
+        QVERIFY(f.ejectAndWait(id));
+        QCOMPARE(f.status(id), QStringLiteral("Ejected"));
+        QVERIFY(f.scheduler->hasStatusClearTimer(id));
+        // The unmount shows in the table too, but an eject of our own is not taken for an external one.
+        QVERIFY(f.hasLineContaining(QStringLiteral("System unmount detected")));
+        QVERIFY(!f.hasLineContaining(QStringLiteral("Matched to record")));
+
+        f.clock.advance(5s);
+        // A second eject replaces the pending clear: the text now stays until 10 s after it.
+        QVERIFY(f.ejectAndWait(id));
+        const QString second = f.status(id);
+        QVERIFY(!second.isEmpty());
+        f.clock.advance(9s);
+        QCOMPARE(f.status(id), second);
+        f.notifications.clear();
+        f.clock.advance(1s);
+        QCOMPARE(f.status(id), QString());
+        QVERIFY(!f.scheduler->hasStatusClearTimer(id));
+        QVERIFY(f.notifications.contains(Notifications::RefreshVolumeUI));
+
+        // A status written after the eject (a new attempt) is not cleared.
+        QVERIFY(f.ejectAndWait(id));
+        f.engine->setStatus(id, QStringLiteral("Testing connection to 127.0.0.1"));
+        f.clock.advance(10s);
+        QCOMPARE(f.status(id), QStringLiteral("Testing connection to 127.0.0.1"));
+    }
+
+    void externalEject()
+    {
+        Fixture f;
+        const qint64 id = f.add();
+        QCOMPARE(f.mountAndWait(id), 0);
+        const QString path = f.record(id).runtime_computed_mountpoint_String;
+        f.clearConsole();
+        f.notifications.clear();
+        QVERIFY(f.table.removeVolume(path)); // someone else unmounted it
+        QTRY_VERIFY(!f.mounted(id));
+        QCOMPARE(f.status(id), QStringLiteral("Ejected externally from ") + path);
+        QVERIFY(f.hasLine(QStringLiteral("🔔 [NOTIFY] System unmount detected: '") + path + QLatin1Char('\'')));
+        QVERIFY(f.hasLine(QStringLiteral("🔔 [NOTIFY] Matched to record: docs")));
+        QVERIFY(f.notifications.contains(Notifications::RefreshVolumeUI));
+        QCOMPARE(f.events().first().event_type_Enum, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS);
+        QCOMPARE(f.events().first().eventMessage, QStringLiteral("UMMOUNT_SUCCESS: Volume was ejected outside of Tarnwell"));
+
+        f.clock.advance(9999ms);
+        QCOMPARE(f.status(id), QStringLiteral("Ejected externally from ") + path);
+        f.clock.advance(1ms);
+        QCOMPARE(f.status(id), QString());
+    }
+
+    void externalEjectIgnoresUnrelatedPaths_data()
+    {
+        QTest::addColumn<QString>("which");
+        QTest::newRow("root") << QStringLiteral("/");
+        QTest::newRow("volumes folder") << QStringLiteral("volumes");
+        QTest::newRow("another volume") << QStringLiteral("other");
+    }
+    void externalEjectIgnoresUnrelatedPaths()
+    {
+        QFETCH(QString, which);
+        Fixture f;
+        const qint64 id = f.add();
+        QCOMPARE(f.mountAndWait(id), 0);
+        QString path = which;
+        if (which == QLatin1String("volumes"))
+            path = f.volumesFolder + QLatin1Char('/');
+        else if (which == QLatin1String("other"))
+            path = f.volumePath(QStringLiteral("smb-share:server=127.0.0.1,share=other"));
+        const int eventsBefore = int(f.events().size());
+        Q_EMIT f.table.volumeUnmounted(path);
+        f.settle();
+        QVERIFY(f.mounted(id));
+        QCOMPARE(int(f.events().size()), eventsBefore);
+        QVERIFY(f.hasLineContaining(QStringLiteral("System unmount detected")));
+        QVERIFY(!f.hasLineContaining(QStringLiteral("Matched to record")));
+    }
+
+    void lostServerIsEjectedOnceAndRemounted()
+    {
+        Fixture f;
+        const qint64 id = f.addAuto();
+        f.tick();
+        QVERIFY(f.mounted(id));
+        const QString path = f.record(id).runtime_computed_mountpoint_String;
+        f.service.clearCalls();
+
+        f.serverUp = false;
+        f.service.setDefaultResult(MountResult{64, QStringLiteral("host is down"), {}});
+        QSignalSpy lost(f.scheduler.get(), &AutoMountScheduler::serverLost);
+        f.tick(); // mounted: the tick asks whether the server still answers
+        QTRY_COMPARE(lost.size(), 1);
+        f.drain();
+        QVERIFY(!f.mounted(id));
+        QVERIFY(!f.record(id).runtime_isReachable_Bool);
+        QCOMPARE(f.eventCount(EVENT_TYPE_ENUM::CONNECTION_FAILED), 1);
+        QCOMPARE(f.events().first().eventMessage,
+                 QStringLiteral("CONNECTION_FAILED: Server unreachable; ejected stale mount at ") + path);
+        bool forced = false;
+        for (const auto &call : f.service.unmountCalls())
+            forced = forced || (call.path == path && call.force);
+        QVERIFY(forced);
+
+        // While the server stays away the tick keeps trying, but reports the outage only once.
+        f.tick();
+        f.tick();
+        QVERIFY(!f.mounted(id));
+        QCOMPARE(lost.size(), 1);
+
+        f.serverUp = true;
+        f.service.setDefaultResult(MountResult{});
+        f.tick();
+        QVERIFY(f.mounted(id));
+    }
+
+    void resumeFromSleepChecksAtOnce()
+    {
+        Fixture f;
+        const qint64 id = f.addAuto();
+        f.clock.advance(10s);
+        const int before = f.scheduler->tickCount();
+        QSignalSpy done(f.scheduler.get(), &AutoMountScheduler::tickFinished);
+        f.sleep.simulateSleep();
+        QCOMPARE(f.scheduler->tickCount(), before);
+        f.sleep.simulateResume();
+        QCOMPARE(f.scheduler->tickCount(), before + 1);
+        QVERIFY(f.hasLine(AutoMountScheduler::kResumedLine));
+        f.drain();
+        QVERIFY(f.mounted(id));
+        // The interval counts from the wake-up: nothing at the old due time (5 s later), one tick 15 s after.
+        f.clock.advance(5s);
+        QCOMPARE(f.scheduler->tickCount(), before + 1);
+        f.clock.advance(10s);
+        QCOMPARE(f.scheduler->tickCount(), before + 2);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestAutoMountScheduler)
 #include "tst_automount_scheduler.moc"

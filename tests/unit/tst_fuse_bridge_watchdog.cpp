@@ -41,14 +41,145 @@ class TestFuseBridgeWatchdog : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void classify_data();
-    void classify();
-    void restartsMissingBridge();
-    void refusedRestartIsReportedOncePerOutage();
-    void failedRestartWaitsForBackoff();
-    void hangingCheckIsReportedUnresponsive();
+    void classify_data()
+    {
+        QTest::addColumn<QByteArray>("mountInfo");
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<int>("statErrno");
+        QTest::addColumn<int>("state");
+        const QString run = QStringLiteral("/run/user/1000/gvfs");
+        QTest::newRow("healthy") << kRootLine + gvfsLine("/run/user/1000/gvfs") << run << 0 << int(State::Healthy);
+        QTest::newRow("trailing slash in folder") << kRootLine + gvfsLine("/run/user/1000/gvfs") << run + QLatin1Char('/') << 0
+                                                  << int(State::Healthy);
+        QTest::newRow("listed, daemon gone") << kRootLine + gvfsLine("/run/user/1000/gvfs") << run << ENOTCONN << int(State::Dead);
+        QTest::newRow("listed, I/O error") << kRootLine + gvfsLine("/run/user/1000/gvfs") << run << EIO << int(State::Dead);
+        QTest::newRow("permission is not death") << kRootLine + gvfsLine("/run/user/1000/gvfs") << run << EACCES
+                                                 << int(State::Healthy);
+        QTest::newRow("not mounted") << kRootLine << run << 0 << int(State::Missing);
+        QTest::newRow("empty table") << QByteArray() << run << 0 << int(State::Missing);
+        QTest::newRow("another user's bridge") << kRootLine + gvfsLine("/run/user/1001/gvfs") << run << 0 << int(State::Missing);
+        QTest::newRow("a mount below the folder") << kRootLine + gvfsLine("/run/user/1000/gvfs/sub") << run << 0
+                                                  << int(State::Missing);
+        QTest::newRow("other file system on the folder")
+            << kRootLine + "41 22 0:51 / /run/user/1000/gvfs rw - tmpfs tmpfs rw\n" << run << 0 << int(State::Missing);
+        QTest::newRow("covered by a later mount")
+            << kRootLine + gvfsLine("/run/user/1000/gvfs") + "45 40 0:52 / /run/user/1000/gvfs rw - tmpfs tmpfs rw\n" << run
+            << 0 << int(State::Missing);
+        QTest::newRow("escaped blank in path") << kRootLine + gvfsLine("/home/a\\040b/gvfs") << QStringLiteral("/home/a b/gvfs")
+                                               << 0 << int(State::Healthy);
+        QTest::newRow("garbage lines ignored") << QByteArray("nonsense\n\n - - -\n") + gvfsLine("/run/user/1000/gvfs") << run
+                                               << 0 << int(State::Healthy);
+    }
+    void classify()
+    {
+        QFETCH(QByteArray, mountInfo);
+        QFETCH(QString, folder);
+        QFETCH(int, statErrno);
+        QFETCH(int, state);
+        QCOMPARE(int(FuseBridgeWatchdog::classify(mountInfo, folder, statErrno)), state);
+    }
+
+    void restartsMissingBridge()
+    {
+        Env env;
+        QVERIFY(writeFile(env.mountInfo, kRootLine));
+        FuseBridgeWatchdog watchdog(env.options(env.bridge(true)), &env.eventLog);
+        QSignalSpy lost(&watchdog, &FuseBridgeWatchdog::bridgeLost);
+        QSignalSpy restarted(&watchdog, &FuseBridgeWatchdog::bridgeRestarted);
+        QSignalSpy checked(&watchdog, &FuseBridgeWatchdog::checked);
+        QVERIFY(checkOnce(watchdog, checked));
+        QCOMPARE(lost.size(), 1);
+        QCOMPARE(lost.first().first().value<State>(), State::Missing);
+        QCOMPARE(restarted.size(), 1);
+        QVERIFY(restarted.first().first().toLongLong() > 0);
+        QCOMPARE(watchdog.lastStartedBridgePid(), restarted.first().first().toLongLong());
+        QCOMPARE(watchdog.state(), State::Healthy);
+        QCOMPARE(env.runCount(), 1);
+        QCOMPARE(env.eventsContaining(QStringLiteral("CONNECTION_FAILED: GVfs FUSE bridge lost at ") + env.folder), 1);
+        QCOMPARE(env.eventsContaining(QStringLiteral("CONNECTION_SUCCESS: GVfs FUSE bridge restarted at ") + env.folder), 1);
+
+        // The bridge is there now: the next check finds it healthy and does nothing.
+        QVERIFY(checkOnce(watchdog, checked));
+        QCOMPARE(watchdog.state(), State::Healthy);
+        QCOMPARE(env.runCount(), 1);
+        QCOMPARE(lost.size(), 1);
+    }
+
+    void refusedRestartIsReportedOncePerOutage()
+    {
+        Env env;
+        QVERIFY(writeFile(env.mountInfo, kRootLine));
+        FuseBridgeWatchdog watchdog(env.options(env.dir.path() + QStringLiteral("/no-such-bridge")), &env.eventLog);
+        QSignalSpy lost(&watchdog, &FuseBridgeWatchdog::bridgeLost);
+        QSignalSpy checked(&watchdog, &FuseBridgeWatchdog::checked);
+        for (int i = 0; i < 3; ++i)
+            QVERIFY(checkOnce(watchdog, checked));
+        QCOMPARE(watchdog.state(), State::Missing);
+        QCOMPARE(lost.size(), 1);
+        QCOMPARE(env.eventsContaining(QStringLiteral("GVfs FUSE bridge lost")), 1);
+        QCOMPARE(env.eventsContaining(QStringLiteral("no-such-bridge is not available")), 1);
+
+        // Back (mounted by someone else), then lost again: a new outage is reported again.
+        QVERIFY(writeFile(env.mountInfo, kRootLine + gvfsLine(env.folder.toUtf8())));
+        QVERIFY(checkOnce(watchdog, checked));
+        QCOMPARE(watchdog.state(), State::Healthy);
+        QVERIFY(writeFile(env.mountInfo, kRootLine));
+        QVERIFY(checkOnce(watchdog, checked));
+        QCOMPARE(lost.size(), 2);
+    }
+
+    void failedRestartWaitsForBackoff()
+    {
+        Env env;
+        QVERIFY(writeFile(env.mountInfo, kRootLine));
+        FuseBridgeWatchdog::Options options = env.options(env.bridge(false));
+        options.restartBackoff = 60000ms;
+        FuseBridgeWatchdog watchdog(options, &env.eventLog);
+        QSignalSpy checked(&watchdog, &FuseBridgeWatchdog::checked);
+        QSignalSpy restarted(&watchdog, &FuseBridgeWatchdog::bridgeRestarted);
+        QVERIFY(checkOnce(watchdog, checked));
+        QCOMPARE(env.runCount(), 1);
+        QCOMPARE(restarted.size(), 0);
+        QCOMPARE(env.eventsContaining(QStringLiteral("GVfs FUSE bridge not restarted: the bridge did not mount")), 1);
+        QVERIFY(checkOnce(watchdog, checked));
+        QCOMPARE(env.runCount(), 1); // within the back-off: no second start
+        QCOMPARE(watchdog.state(), State::Missing);
+    }
+
+    void hangingCheckIsReportedUnresponsive()
+    {
+        Env env;
+        // Reading a FIFO without a writer blocks, like a stat() on a hung FUSE folder.
+        QVERIFY(::mkfifo(QFile::encodeName(env.mountInfo).constData(), 0600) == 0);
+        FuseBridgeWatchdog::Options options = env.options(env.bridge(true));
+        options.checkTimeout = 200ms;
+        FuseBridgeWatchdog watchdog(options, &env.eventLog);
+        QSignalSpy lost(&watchdog, &FuseBridgeWatchdog::bridgeLost);
+        QSignalSpy checked(&watchdog, &FuseBridgeWatchdog::checked);
+        watchdog.check();
+        QVERIFY(checked.wait(3000));
+        QCOMPARE(watchdog.state(), State::Unresponsive);
+        QCOMPARE(lost.size(), 1);
+        QVERIFY(watchdog.isCheckRunning());
+        watchdog.check(); // refused while the first one hangs
+        QCOMPARE(env.runCount(), 0); // a hanging bridge is never replaced
+
+        // Release the blocked reader (it sees an empty table) so the thread ends before the test does.
+        QFile writer(env.mountInfo);
+        QVERIFY(writer.open(QIODevice::WriteOnly));
+        writer.write(kRootLine + gvfsLine(env.folder.toUtf8()));
+        writer.close();
+        QTRY_VERIFY(!watchdog.isCheckRunning());
+        QCOMPARE(watchdog.state(), State::Healthy);
+    }
 
 private:
+    static bool checkOnce(FuseBridgeWatchdog &watchdog, QSignalSpy &checked)
+    {
+        watchdog.check();
+        return checked.wait(5000);
+    }
+
     struct Env
     {
         QTemporaryDir dir;
@@ -95,147 +226,6 @@ private:
         }
     };
 };
-
-void TestFuseBridgeWatchdog::classify_data()
-{
-    QTest::addColumn<QByteArray>("mountInfo");
-    QTest::addColumn<QString>("folder");
-    QTest::addColumn<int>("statErrno");
-    QTest::addColumn<int>("state");
-    const QString run = QStringLiteral("/run/user/1000/gvfs");
-    QTest::newRow("healthy") << kRootLine + gvfsLine("/run/user/1000/gvfs") << run << 0 << int(State::Healthy);
-    QTest::newRow("trailing slash in folder") << kRootLine + gvfsLine("/run/user/1000/gvfs") << run + QLatin1Char('/') << 0
-                                              << int(State::Healthy);
-    QTest::newRow("listed, daemon gone") << kRootLine + gvfsLine("/run/user/1000/gvfs") << run << ENOTCONN << int(State::Dead);
-    QTest::newRow("listed, I/O error") << kRootLine + gvfsLine("/run/user/1000/gvfs") << run << EIO << int(State::Dead);
-    QTest::newRow("permission is not death") << kRootLine + gvfsLine("/run/user/1000/gvfs") << run << EACCES
-                                             << int(State::Healthy);
-    QTest::newRow("not mounted") << kRootLine << run << 0 << int(State::Missing);
-    QTest::newRow("empty table") << QByteArray() << run << 0 << int(State::Missing);
-    QTest::newRow("another user's bridge") << kRootLine + gvfsLine("/run/user/1001/gvfs") << run << 0 << int(State::Missing);
-    QTest::newRow("a mount below the folder") << kRootLine + gvfsLine("/run/user/1000/gvfs/sub") << run << 0
-                                              << int(State::Missing);
-    QTest::newRow("other file system on the folder")
-        << kRootLine + "41 22 0:51 / /run/user/1000/gvfs rw - tmpfs tmpfs rw\n" << run << 0 << int(State::Missing);
-    QTest::newRow("covered by a later mount")
-        << kRootLine + gvfsLine("/run/user/1000/gvfs") + "45 40 0:52 / /run/user/1000/gvfs rw - tmpfs tmpfs rw\n" << run
-        << 0 << int(State::Missing);
-    QTest::newRow("escaped blank in path") << kRootLine + gvfsLine("/home/a\\040b/gvfs") << QStringLiteral("/home/a b/gvfs")
-                                           << 0 << int(State::Healthy);
-    QTest::newRow("garbage lines ignored") << QByteArray("nonsense\n\n - - -\n") + gvfsLine("/run/user/1000/gvfs") << run
-                                           << 0 << int(State::Healthy);
-}
-
-void TestFuseBridgeWatchdog::classify()
-{
-    QFETCH(QByteArray, mountInfo);
-    QFETCH(QString, folder);
-    QFETCH(int, statErrno);
-    QFETCH(int, state);
-    QCOMPARE(int(FuseBridgeWatchdog::classify(mountInfo, folder, statErrno)), state);
-}
-
-void TestFuseBridgeWatchdog::restartsMissingBridge()
-{
-    Env env;
-    QVERIFY(writeFile(env.mountInfo, kRootLine));
-    FuseBridgeWatchdog watchdog(env.options(env.bridge(true)), &env.eventLog);
-    QSignalSpy lost(&watchdog, &FuseBridgeWatchdog::bridgeLost);
-    QSignalSpy restarted(&watchdog, &FuseBridgeWatchdog::bridgeRestarted);
-    QSignalSpy checked(&watchdog, &FuseBridgeWatchdog::checked);
-    watchdog.check();
-    QVERIFY(checked.wait(5000));
-    QCOMPARE(lost.size(), 1);
-    QCOMPARE(lost.first().first().value<State>(), State::Missing);
-    QCOMPARE(restarted.size(), 1);
-    QVERIFY(restarted.first().first().toLongLong() > 0);
-    QCOMPARE(watchdog.lastStartedBridgePid(), restarted.first().first().toLongLong());
-    QCOMPARE(watchdog.state(), State::Healthy);
-    QCOMPARE(env.runCount(), 1);
-    QCOMPARE(env.eventsContaining(QStringLiteral("CONNECTION_FAILED: GVfs FUSE bridge lost at ") + env.folder), 1);
-    QCOMPARE(env.eventsContaining(QStringLiteral("CONNECTION_SUCCESS: GVfs FUSE bridge restarted at ") + env.folder), 1);
-
-    // The bridge is there now: the next check finds it healthy and does nothing.
-    watchdog.check();
-    QVERIFY(checked.wait(5000));
-    QCOMPARE(watchdog.state(), State::Healthy);
-    QCOMPARE(env.runCount(), 1);
-    QCOMPARE(lost.size(), 1);
-}
-
-void TestFuseBridgeWatchdog::refusedRestartIsReportedOncePerOutage()
-{
-    Env env;
-    QVERIFY(writeFile(env.mountInfo, kRootLine));
-    FuseBridgeWatchdog watchdog(env.options(env.dir.path() + QStringLiteral("/no-such-bridge")), &env.eventLog);
-    QSignalSpy lost(&watchdog, &FuseBridgeWatchdog::bridgeLost);
-    QSignalSpy checked(&watchdog, &FuseBridgeWatchdog::checked);
-    for (int i = 0; i < 3; ++i) {
-        watchdog.check();
-        QVERIFY(checked.wait(5000));
-    }
-    QCOMPARE(watchdog.state(), State::Missing);
-    QCOMPARE(lost.size(), 1);
-    QCOMPARE(env.eventsContaining(QStringLiteral("GVfs FUSE bridge lost")), 1);
-    QCOMPARE(env.eventsContaining(QStringLiteral("no-such-bridge is not available")), 1);
-
-    // Back (mounted by someone else), then lost again: a new outage is reported again.
-    QVERIFY(writeFile(env.mountInfo, kRootLine + gvfsLine(env.folder.toUtf8())));
-    watchdog.check();
-    QVERIFY(checked.wait(5000));
-    QCOMPARE(watchdog.state(), State::Healthy);
-    QVERIFY(writeFile(env.mountInfo, kRootLine));
-    watchdog.check();
-    QVERIFY(checked.wait(5000));
-    QCOMPARE(lost.size(), 2);
-}
-
-void TestFuseBridgeWatchdog::failedRestartWaitsForBackoff()
-{
-    Env env;
-    QVERIFY(writeFile(env.mountInfo, kRootLine));
-    FuseBridgeWatchdog::Options options = env.options(env.bridge(false));
-    options.restartBackoff = 60000ms;
-    FuseBridgeWatchdog watchdog(options, &env.eventLog);
-    QSignalSpy checked(&watchdog, &FuseBridgeWatchdog::checked);
-    QSignalSpy restarted(&watchdog, &FuseBridgeWatchdog::bridgeRestarted);
-    watchdog.check();
-    QVERIFY(checked.wait(5000));
-    QCOMPARE(env.runCount(), 1);
-    QCOMPARE(restarted.size(), 0);
-    QCOMPARE(env.eventsContaining(QStringLiteral("GVfs FUSE bridge not restarted: the bridge did not mount")), 1);
-    watchdog.check();
-    QVERIFY(checked.wait(5000));
-    QCOMPARE(env.runCount(), 1); // within the back-off: no second start
-    QCOMPARE(watchdog.state(), State::Missing);
-}
-
-void TestFuseBridgeWatchdog::hangingCheckIsReportedUnresponsive()
-{
-    Env env;
-    // Reading a FIFO without a writer blocks, like a stat() on a hung FUSE folder.
-    QVERIFY(::mkfifo(QFile::encodeName(env.mountInfo).constData(), 0600) == 0);
-    FuseBridgeWatchdog::Options options = env.options(env.bridge(true));
-    options.checkTimeout = 200ms;
-    FuseBridgeWatchdog watchdog(options, &env.eventLog);
-    QSignalSpy lost(&watchdog, &FuseBridgeWatchdog::bridgeLost);
-    QSignalSpy checked(&watchdog, &FuseBridgeWatchdog::checked);
-    watchdog.check();
-    QVERIFY(checked.wait(3000));
-    QCOMPARE(watchdog.state(), State::Unresponsive);
-    QCOMPARE(lost.size(), 1);
-    QVERIFY(watchdog.isCheckRunning());
-    watchdog.check(); // refused while the first one hangs
-    QCOMPARE(env.runCount(), 0); // a hanging bridge is never replaced
-
-    // Release the blocked reader (it sees an empty table) so the thread ends before the test does.
-    QFile writer(env.mountInfo);
-    QVERIFY(writer.open(QIODevice::WriteOnly));
-    writer.write(kRootLine + gvfsLine(env.folder.toUtf8()));
-    writer.close();
-    QTRY_VERIFY(!watchdog.isCheckRunning());
-    QCOMPARE(watchdog.state(), State::Healthy);
-}
 
 QTEST_GUILESS_MAIN(TestFuseBridgeWatchdog)
 #include "tst_fuse_bridge_watchdog.moc"

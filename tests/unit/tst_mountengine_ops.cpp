@@ -34,68 +34,49 @@ private:
         return id;
     }
 
-    void h_syncAlive(quint16 port, const QStringList &methods)
-    {
-        EngineHarness h;
-        h.setUseRealShareUrlProbe(true);
-        VolumeRecord record;
-        record.hostname_String = QStringLiteral("127.0.0.1");
-        record.volume_String = QStringLiteral("dav");
-        record.port_Int = port;
-        record.mounting_using_protocol_Enum = MountUsingProtocol_Enum::WebDAV;
-        const qint64 id = h.engine->addRecord(record);
-        const QString path = h.makeVolumeFolder(QStringLiteral("davvol"));
-        h.table.setVolumes({{path, QUrl(QStringLiteral("dav://127.0.0.1:%1/dav").arg(port)), false}});
-        QVERIFY(h.syncAndWait(15000));
-        QVERIFY2(h.record(id).runtime_isMounted_Bool, qPrintable(h.console().join(QLatin1Char('\n'))));
-        QVERIFY(h.service.unmountCalls().isEmpty());
-        QCOMPARE(methods, QStringList{QStringLiteral("HEAD")});
-        const QString url = QStringLiteral("http://127.0.0.1:%1/dav").arg(port);
-        QVERIFY(h.hasLine(QStringLiteral("🔎 [PROBE] HEAD ") + url + QStringLiteral(" → HTTP 405 (alive)")));
-    }
-
 private Q_SLOTS:
     void ejectOutcomes_data()
     {
+        QTest::addColumn<bool>("webdav");
         QTest::addColumn<QList<UnmountResult>>("results"); // scripted unmount results
-        QTest::addColumn<bool>("stillListed");            // after the failure, is the volume still listed?
         QTest::addColumn<bool>("ok");
         QTest::addColumn<QString>("status");
         QTest::addColumn<QString>("eventMessage");
-        QTest::addColumn<int>("unmountCalls");
+        QTest::addColumn<int>("unmountCalls"); // a failed plain unmount is retried forced
 
-        QTest::newRow("success") << QList<UnmountResult>{{true, 0, {}}} << false << true << "Ejected"
-                                 << "UMMOUNT_SUCCESS: Volume was ejected by user" << 1;
-        QTest::newRow("busy") << QList<UnmountResult>{failure(16, QStringLiteral("Device or resource busy"))} << true << false
+        const UnmountResult done{true, 0, {}};
+        const QString ejected = QStringLiteral("UMMOUNT_SUCCESS: Volume was ejected by user");
+        QTest::newRow("success") << false << QList<UnmountResult>{done} << true << "Ejected" << ejected << 1;
+        QTest::newRow("busy") << false << QList<UnmountResult>{failure(16, QStringLiteral("Device or resource busy"))} << false
                               << "Eject failed: Volume is busy (close open files)"
                               << "UMMOUNT_ERROR: Volume busy - files may be open" << 2;
-        QTest::newRow("other error") << QList<UnmountResult>{failure(5, QStringLiteral("Input/output error"))} << true << false
+        QTest::newRow("other error") << false << QList<UnmountResult>{failure(5, QStringLiteral("Input/output error"))} << false
                                      << "Eject failed: Input/output error" << "UMMOUNT_ERROR: Input/output error" << 2;
-        QTest::newRow("error without text") << QList<UnmountResult>{failure(99, QString())} << true << false
+        QTest::newRow("error without text") << false << QList<UnmountResult>{failure(99, QString())} << false
                                             << "Eject failed: Unknown error" << "UMMOUNT_ERROR: Unknown error" << 2;
-        QTest::newRow("forced retry works") << QList<UnmountResult>{failure(16, QStringLiteral("busy")), {true, 0, {}}} << false
-                                            << true << "Ejected" << "UMMOUNT_SUCCESS: Volume was ejected by user" << 2;
+        QTest::newRow("forced retry works") << false << QList<UnmountResult>{failure(16, QStringLiteral("busy")), done} << true
+                                            << "Ejected" << ejected << 2;
+        QTest::newRow("WebDAV is forced at once") << true << QList<UnmountResult>{done} << true << "Ejected" << ejected << 1;
     }
     void ejectOutcomes()
     {
+        QFETCH(bool, webdav);
         QFETCH(QList<UnmountResult>, results);
-        QFETCH(bool, stillListed);
         QFETCH(bool, ok);
         QFETCH(QString, status);
         QFETCH(QString, eventMessage);
         QFETCH(int, unmountCalls);
 
         EngineHarness h;
-        const qint64 id = mounted(h);
+        const qint64 id = webdav ? mounted(h, QStringLiteral("dav"), MountUsingProtocol_Enum::WebDAV) : mounted(h);
         const QString path = h.record(id).runtime_computed_mountpoint_String;
         h.service.scriptUnmount(path, results);
-        Q_UNUSED(stillListed)
         QCOMPARE(h.ejectAndWait(id), ok);
         QCOMPARE(h.record(id).runtime_status_String, status);
         QCOMPARE(h.record(id).runtime_isMounted_Bool, !ok);
         QCOMPARE(h.events().first().eventMessage, eventMessage);
         QCOMPARE(h.service.unmountCalls().size(), unmountCalls);
-        QVERIFY(!h.service.unmountCalls().first().force);
+        QCOMPARE(h.service.unmountCalls().first().force, webdav);
         if (unmountCalls == 2)
             QVERIFY(h.service.unmountCalls().at(1).force);
         QVERIFY(h.hasLine(QStringLiteral("🔓 [EJECT] Attempting to eject: '") + path + QLatin1Char('\'')));
@@ -103,31 +84,20 @@ private Q_SLOTS:
             QCOMPARE(h.audits().first().eventType, AuditEventType::unmountFailure);
             QCOMPARE(h.audits().first().details, QStringLiteral("Volume busy"));
         }
-        if (status == QLatin1String("Ejected") && eventMessage.endsWith(QLatin1String("by user")))
+        if (ok)
             QCOMPARE(h.audits().first().eventType, AuditEventType::unmountSuccess);
-    }
-
-    void webdavIsForcedAtOnce()
-    {
-        EngineHarness h;
-        const qint64 id = mounted(h, QStringLiteral("dav"), MountUsingProtocol_Enum::WebDAV);
-        QVERIFY(h.ejectAndWait(id));
-        QCOMPARE(h.service.unmountCalls().size(), 1);
-        QVERIFY(h.service.unmountCalls().first().force);
     }
 
     void ejectOfAShareThatIsNotListed()
     {
         EngineHarness h;
         const qint64 id = mounted(h);
-        const QString path = h.record(id).runtime_computed_mountpoint_String;
         h.table.setVolumes({});
         QVERIFY(h.ejectAndWait(id));
         QVERIFY(h.hasLine(QStringLiteral("❌ [EJECT] Path not in OS mount table — marking ejected")));
         QVERIFY(h.service.unmountCalls().isEmpty());
         QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Ejected"));
         QCOMPARE(h.events().first().eventMessage, QStringLiteral("UMMOUNT_SUCCESS: Volume was already ejected"));
-        Q_UNUSED(path)
 
         // Never mounted: no path at all.
         const qint64 other = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("never"));
@@ -168,16 +138,9 @@ private Q_SLOTS:
     {
         EngineHarness h;
         const QString marker = h.dir.path() + QStringLiteral("/pre");
-        const QString script = h.dir.path() + QStringLiteral("/pre.sh");
-        QFile f(script);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(QStringLiteral("touch '%1'\n").arg(marker).toUtf8());
-        f.close();
-        f.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const QString script = h.makeScript(QStringLiteral("pre.sh"), QStringLiteral("touch '%1'\n").arg(marker));
         const qint64 id = mounted(h);
-        VolumeRecord edited = h.record(id);
-        edited.preUnmountScriptPath_String = script;
-        QVERIFY(h.engine->updateRecord(edited));
+        h.edit(id, [&](VolumeRecord &r) { r.preUnmountScriptPath_String = script; });
         QVERIFY(h.ejectAndWait(id));
         QVERIFY(QFile::exists(marker));
         const QStringList lines = h.console();
@@ -188,50 +151,43 @@ private Q_SLOTS:
         QVERIFY2(ran >= 0 && attempt > ran, qPrintable(lines.join(QLatin1Char('\n'))));
     }
 
+    void cleanUpStatuses_data()
+    {
+        QTest::addColumn<bool>("isMounted");
+        QTest::addColumn<QStringList>("ghosts"); // empty folders Clean Up must remove
+        QTest::addColumn<QString>("status");
+        const QString notMounted = QStringLiteral("Clean Up finished; share is not mounted");
+        QTest::newRow("nothing to do") << false << QStringList() << notMounted;
+        QTest::newRow("healthy mount") << true << QStringList() << "Clean Up left a healthy volume mounted";
+        QTest::newRow("ghost beside a healthy mount") << true << QStringList{QStringLiteral("docs-1")}
+                                                      << "Clean Up: removed 1 ghost folder(s); healthy mounts left connected";
+        QTest::newRow("ghost, no mount") << false << QStringList{QStringLiteral("smb-share:server=127.0.0.1,share=docs")}
+                                         << notMounted;
+    }
     void cleanUpStatuses()
     {
-        // Nothing to remove, share not mounted.
-        {
-            EngineHarness h;
-            const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
-            QVERIFY(h.cleanUpAndWait(id));
-            QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Clean Up finished; share is not mounted"));
-            QVERIFY(h.hasLine(QStringLiteral("🧹 [CLEAN] Starting stale mount cleanup for docs")));
-            QCOMPARE(h.audits().first().eventType, AuditEventType::shareModified);
-        }
-        // Healthy mount, nothing removed.
-        {
-            EngineHarness h;
-            const qint64 id = mounted(h);
-            const QString path = h.record(id).runtime_computed_mountpoint_String;
-            QVERIFY(h.cleanUpAndWait(id));
-            QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Clean Up left a healthy volume mounted"));
-            QVERIFY(QFileInfo(path).isDir()); // the live folder (empty, but mounted) stays
-        }
-        // Ghosts beside a healthy mount.
-        {
-            EngineHarness h;
-            const qint64 id = mounted(h);
-            const QString ghost = h.makeVolumeFolder(QStringLiteral("docs-1"));
-            const QString full = h.makeVolumeFolder(QStringLiteral("docs-2"), true);
-            const QString hidden = h.makeVolumeFolder(QStringLiteral(".docs"));
-            QVERIFY(h.cleanUpAndWait(id));
-            QCOMPARE(h.record(id).runtime_status_String,
-                     QStringLiteral("Clean Up: removed 1 ghost folder(s); healthy mounts left connected"));
-            QVERIFY(!QFileInfo::exists(ghost));
-            QVERIFY(QFileInfo::exists(full));
-            QVERIFY(QFileInfo::exists(hidden));
-            QVERIFY(h.hasLine(QStringLiteral("🧹 [CLEAN] Removed stale mount folder at ") + ghost));
-        }
-        // Ghosts and no mount.
-        {
-            EngineHarness h;
-            const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
-            const QString ghost = h.makeVolumeFolder(QStringLiteral("smb-share:server=127.0.0.1,share=docs"));
-            QVERIFY(h.cleanUpAndWait(id));
-            QVERIFY(!QFileInfo::exists(ghost));
-            QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Clean Up finished; share is not mounted"));
-        }
+        QFETCH(bool, isMounted);
+        QFETCH(QStringList, ghosts);
+        QFETCH(QString, status);
+        EngineHarness h;
+        const qint64 id = isMounted ? mounted(h) : h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
+        const QString live = h.record(id).runtime_computed_mountpoint_String;
+        // Never removed: a folder with content, a hidden one.
+        const QStringList kept{h.makeVolumeFolder(QStringLiteral("docs-2"), true), h.makeVolumeFolder(QStringLiteral(".docs"))};
+        for (const QString &ghost : ghosts)
+            h.makeVolumeFolder(ghost);
+        QVERIFY(h.cleanUpAndWait(id));
+        QCOMPARE(h.record(id).runtime_status_String, status);
+        QVERIFY(h.hasLine(QStringLiteral("🧹 [CLEAN] Starting stale mount cleanup for docs")));
+        QCOMPARE(h.audits().first().eventType, AuditEventType::shareModified);
+        for (const QString &ghost : ghosts)
+            QVERIFY(!QFileInfo::exists(h.volumePath(ghost)));
+        if (isMounted && !ghosts.isEmpty())
+            QVERIFY(h.hasLine(QStringLiteral("🧹 [CLEAN] Removed stale mount folder at ") + h.volumePath(ghosts.first())));
+        for (const QString &path : kept)
+            QVERIFY(QFileInfo::exists(path));
+        if (isMounted)
+            QVERIFY(QFileInfo(live).isDir()); // the live folder (empty, but mounted) stays
     }
 
     void verification()
@@ -312,28 +268,46 @@ private Q_SLOTS:
         QVERIFY(h.hasLine(QStringLiteral("🔄 [SYNC] 'docs' no longer matched — clearing mounted flag. Last path: '") + path + QLatin1Char('\'')));
     }
 
-    void syncForceEjectsStaleWebdav()
+    void syncProbesListedWebdav_data()
     {
+        QTest::addColumn<bool>("serverUp"); // a server answering HEAD with an error status is alive
+        QTest::newRow("server gone: force-ejected") << false;
+        QTest::newRow("server answers 405: kept") << true;
+    }
+    void syncProbesListedWebdav()
+    {
+        QFETCH(bool, serverUp);
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        const quint16 port = server.serverPort();
+        if (!serverUp)
+            server.close(); // nobody listens there now
+        QStringList methods;
+        connect(&server, &QTcpServer::newConnection, this, [&] {
+            while (QTcpSocket *socket = server.nextPendingConnection()) {
+                connect(socket, &QTcpSocket::readyRead, socket, [socket, &methods] {
+                    const QByteArray request = socket->readAll();
+                    methods.append(QString::fromLatin1(request.left(request.indexOf(' '))));
+                    socket->write("HTTP/1.1 405 Method Not Allowed\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+                    socket->flush();
+                    socket->disconnectFromHost();
+                });
+            }
+        });
         EngineHarness h;
         h.setUseRealShareUrlProbe(true);
-        // A loopback port nobody listens on: bind, note the port, close.
-        quint16 port = 0;
-        {
-            QTcpServer server;
-            QVERIFY(server.listen(QHostAddress::LocalHost));
-            port = server.serverPort();
-        }
-        VolumeRecord record;
-        record.hostname_String = QStringLiteral("127.0.0.1");
-        record.volume_String = QStringLiteral("dav");
-        record.port_Int = port;
-        record.no_password_guest_login = 1;
-        record.mounting_using_protocol_Enum = MountUsingProtocol_Enum::WebDAV;
-        const qint64 id = h.engine->addRecord(record);
+        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("dav"), MountUsingProtocol_Enum::WebDAV, true, port);
         const QString path = h.makeVolumeFolder(QStringLiteral("dav:host=127.0.0.1,port=%1,ssl=false,prefix=%2Fdav").arg(port));
         h.table.setVolumes({{path, QUrl(QStringLiteral("dav://127.0.0.1:%1/dav/").arg(port)), false}});
+        QVERIFY(h.syncAndWait(15000));
 
-        QVERIFY(h.syncAndWait());
+        if (serverUp) {
+            QVERIFY2(h.record(id).runtime_isMounted_Bool, qPrintable(h.console().join(QLatin1Char('\n'))));
+            QVERIFY(h.service.unmountCalls().isEmpty());
+            QCOMPARE(methods, QStringList{QStringLiteral("HEAD")});
+            QVERIFY(h.hasLine(QStringLiteral("🔎 [PROBE] HEAD http://127.0.0.1:%1/dav → HTTP 405 (alive)").arg(port)));
+            return;
+        }
         QVERIFY(h.hasLine(QStringLiteral("🔎 [PROBE] TCP 127.0.0.1:%1 closed — share server unreachable").arg(port)));
         QVERIFY(h.hasLine(QStringLiteral("🔄 [SYNC] 'dav' is listed at '") + path
                           + QStringLiteral("' but the share URL is unreachable — ejecting stale mount")));
@@ -345,27 +319,6 @@ private Q_SLOTS:
         QCOMPARE(h.events().first().eventMessage,
                  QStringLiteral("CONNECTION_FAILED: Server unreachable; ejected stale mount at ") + path);
         QCOMPARE(h.audits().first().details, QStringLiteral("Share URL probe failed while the OS still listed the volume"));
-    }
-
-    void syncKeepsAnsweringWebdav()
-    {
-        // A server that answers HEAD with an error status is alive.
-        QTcpServer server;
-        QVERIFY(server.listen(QHostAddress::LocalHost));
-        QStringList methods;
-        connect(&server, &QTcpServer::newConnection, this, [&] {
-            while (QTcpSocket *socket = server.nextPendingConnection()) {
-                connect(socket, &QTcpSocket::readyRead, socket, [socket, &methods] {
-                    const QByteArray request = socket->readAll();
-                    const QByteArray method = request.left(request.indexOf(' '));
-                    methods.append(QString::fromLatin1(method));
-                    socket->write("HTTP/1.1 405 Method Not Allowed\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
-                    socket->flush();
-                    socket->disconnectFromHost();
-                });
-            }
-        });
-        h_syncAlive(server.serverPort(), methods);
     }
 
     void probeVerdicts_data()

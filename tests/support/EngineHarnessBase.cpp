@@ -1,0 +1,199 @@
+#include "EngineHarnessBase.h"
+
+#include "app/Console.h"
+
+#include <QCoreApplication>
+#include <QMutexLocker>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <climits>
+#include <cstdio>
+
+EngineHarnessBase::EngineHarnessBase(ConsoleMode mode)
+    : defaults(dir.path() + QStringLiteral("/prefs.plist"))
+    , eventLog(defaults, &center)
+    , auditLog(dir.path() + QStringLiteral("/audit_log.json"))
+{
+    Console::setSink([this, mode](const QString &text) {
+        if (mode == ConsoleMode::Discard)
+            return;
+        if (mode == ConsoleMode::CaptureAndEcho)
+            std::fprintf(stderr, "%s\n", text.toUtf8().constData());
+        QMutexLocker lock(&m_consoleMutex);
+        m_console.append(text);
+    });
+    QObject::connect(&center, &NotificationCenter::posted, &center,
+                     [this](const QString &name, const QVariantMap &) { notifications.append(name); });
+}
+
+EngineHarnessBase::~EngineHarnessBase()
+{
+    shutDown();
+    Console::setSink({});
+}
+
+void EngineHarnessBase::buildEngine(MountService &service, MountTable &table, FileSystem &fileSystem,
+                                    CredentialStore *credentials, MountNetworkOps network)
+{
+    m_table = &table;
+    MountEngineDependencies deps;
+    deps.defaults = &defaults;
+    deps.center = &center;
+    deps.eventLog = &eventLog;
+    deps.auditLog = &auditLog;
+    deps.mountService = &service;
+    deps.mountTable = &table;
+    deps.fileSystem = &fileSystem;
+    deps.credentials = credentials;
+    deps.network = std::move(network);
+    engine = std::make_unique<MountEngine>(deps);
+}
+
+AutoMountScheduler &EngineHarnessBase::makeScheduler(AutoMountSchedulerDependencies deps)
+{
+    deps.engine = engine.get();
+    deps.defaults = &defaults;
+    deps.center = &center;
+    deps.eventLog = &eventLog;
+    deps.auditLog = &auditLog;
+    deps.mountTable = m_table;
+    scheduler = std::make_unique<AutoMountScheduler>(deps);
+    return *scheduler;
+}
+
+void EngineHarnessBase::shutDown()
+{
+    scheduler.reset();
+    engine.reset();
+    auditLog.waitForPendingWrites();
+}
+
+qint64 EngineHarnessBase::addShare(const QString &host, const QString &share, MountUsingProtocol_Enum protocol,
+                                   bool guest, int port, const QString &user)
+{
+    VolumeRecord record;
+    record.hostname_String = host;
+    record.volume_String = share;
+    record.mounting_using_protocol_Enum = protocol;
+    record.no_password_guest_login = guest ? 1 : 0;
+    if (port > 0)
+        record.port_Int = port;
+    if (!user.isEmpty())
+        record.username_String = user;
+    return engine->addRecord(record);
+}
+
+qint64 EngineHarnessBase::addRecord(const std::function<void(VolumeRecord &)> &fill)
+{
+    VolumeRecord record;
+    record.hostname_String = QStringLiteral("127.0.0.1");
+    record.volume_String = QStringLiteral("docs");
+    record.no_password_guest_login = 1;
+    fill(record);
+    return engine->addRecord(record);
+}
+
+void EngineHarnessBase::edit(qint64 id, const std::function<void(VolumeRecord &)> &change)
+{
+    VolumeRecord r = record(id);
+    change(r);
+    QVERIFY(engine->updateRecord(r));
+}
+
+const VolumeRecord &EngineHarnessBase::record(qint64 id) const
+{
+    const VolumeRecord *r = engine->record(id);
+    Q_ASSERT(r);
+    return *r;
+}
+
+int EngineHarnessBase::mountAndWait(qint64 id, bool allowUI, int timeoutMs)
+{
+    QSignalSpy spy(engine.get(), &MountEngine::mountFinished);
+    engine->mount(id, allowUI);
+    if (!spy.wait(waitMs(timeoutMs)))
+        return INT_MIN;
+    settle();
+    return spy.first().at(1).toInt();
+}
+
+bool EngineHarnessBase::ejectAndWait(qint64 id, bool partOfEjectAll, int timeoutMs)
+{
+    QSignalSpy spy(engine.get(), &MountEngine::ejectFinished);
+    engine->eject(id, partOfEjectAll);
+    if (!spy.wait(waitMs(timeoutMs)))
+        return false;
+    settle();
+    return spy.first().at(1).toBool();
+}
+
+bool EngineHarnessBase::syncAndWait(int timeoutMs)
+{
+    QSignalSpy spy(engine.get(), &MountEngine::syncFinished);
+    engine->syncWithMountTable();
+    if (spy.isEmpty() && !spy.wait(waitMs(timeoutMs)))
+        return false;
+    settle();
+    return true;
+}
+
+bool EngineHarnessBase::cleanUpAndWait(qint64 id, int timeoutMs)
+{
+    QSignalSpy spy(engine.get(), &MountEngine::cleanUpFinished);
+    engine->cleanUp(id);
+    if (!spy.wait(waitMs(timeoutMs)))
+        return false;
+    settle();
+    return true;
+}
+
+void EngineHarnessBase::ejectEverythingMounted()
+{
+    if (!engine)
+        return;
+    for (const VolumeRecord &r : engine->store().records()) {
+        if (r.runtime_isMounted_Bool)
+            ejectAndWait(r.internal_ID_Int);
+    }
+}
+
+void EngineHarnessBase::settle(int ms)
+{
+    QCoreApplication::processEvents(QEventLoop::AllEvents);
+    QTest::qWait(ms);
+}
+
+QStringList EngineHarnessBase::console() const
+{
+    QMutexLocker lock(&m_consoleMutex);
+    return m_console;
+}
+
+int EngineHarnessBase::countLinesContaining(const QString &text) const
+{
+    int n = 0;
+    for (const QString &line : console())
+        n += line.contains(text) ? 1 : 0;
+    return n;
+}
+
+void EngineHarnessBase::clearConsole()
+{
+    QMutexLocker lock(&m_consoleMutex);
+    m_console.clear();
+}
+
+int EngineHarnessBase::eventCount(EVENT_TYPE_ENUM type, const QString &containing) const
+{
+    int n = 0;
+    for (const LogEvent &e : eventLog.events())
+        n += e.event_type_Enum == type && e.eventMessage.contains(containing) ? 1 : 0;
+    return n;
+}
+
+QList<AuditLogEntry> EngineHarnessBase::audits()
+{
+    settle();
+    return auditLog.entries();
+}
