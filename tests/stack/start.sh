@@ -14,6 +14,7 @@ rm -rf "$stack"
 mkdir -p "$stack/pids" "$stack/logs"
 : > "$stack/env"
 export_var "$stack" TW_STACK_DIR "$stack"
+export_var "$stack" TW_STACK_SCRIPTS "$here" # for tests that drive a component (mocks.sh ssid ...)
 
 if [ $# -gt 0 ]; then
   components=("$@")

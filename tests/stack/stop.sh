@@ -23,4 +23,6 @@ fi
 # Services the private bus activated on its own daemonise away from its process tree; they still carry
 # the stack's runtime folder in their environment, which identifies them.
 for pid in $(stack_processes "$stack"); do kill_tree "$pid"; done
+# Without its env file the folder no longer passes for a running stack (with-stack.sh looks for it).
+rm -f "$stack/env"
 exit 0

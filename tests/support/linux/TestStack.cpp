@@ -28,7 +28,7 @@ bool listening(quint16 port)
 bool mocks(const QStringList &args)
 {
     QProcess p;
-    p.start(QStringLiteral("bash"), QStringList{env("TW_SOURCE_DIR") + QStringLiteral("/tests/stack/components/mocks.sh"),
+    p.start(QStringLiteral("bash"), QStringList{env("TW_STACK_SCRIPTS") + QStringLiteral("/components/mocks.sh"),
                                                args.value(0), env("TW_STACK_DIR")}
                                        + args.mid(1));
     const bool ok = p.waitForFinished(30000) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
