@@ -90,7 +90,6 @@ private Q_SLOTS:
     void cancelHangingMount();
     void timeLimitReadsTimedOut();
     void customMountFolderIsALink();
-    void busyUnmountNeedsForce();
     void unmountOfNothing();
 
 private:
@@ -320,27 +319,6 @@ void TestGvfsPlatform::customMountFolderIsALink()
     QVERIFY(!QFileInfo(folder).isSymLink());
     QVERIFY(QFileInfo::exists(keep.fileName()));
     QVERIFY(!listed(*m_table, target));
-}
-
-void TestGvfsPlatform::busyUnmountNeedsForce()
-{
-    const MountResult result = onWorker([&] { return m_service->mount(guestRequest(smbUrl(env("TW_SMB_GUEST_SHARE"))), nullptr); });
-    QCOMPARE(result.code, MountResponseCode::Success);
-    QFile open(QDir(result.mountPath).filePath(QStringLiteral("held-open.txt")));
-    QVERIFY(open.open(QIODevice::WriteOnly));
-    open.write("busy");
-    open.flush();
-
-    const UnmountResult busy = unmountOnWorker(result.mountPath, false);
-    QVERIFY(!busy.ok);
-    QCOMPARE(busy.errnoValue, EBUSY);
-    QVERIFY(!busy.errorText.isEmpty());
-    QVERIFY(listed(*m_table, result.mountPath));
-
-    const UnmountResult forced = unmountOnWorker(result.mountPath, true);
-    QVERIFY2(forced.ok, qPrintable(forced.errorText));
-    open.close();
-    QVERIFY(!listed(*m_table, result.mountPath));
 }
 
 void TestGvfsPlatform::unmountOfNothing()

@@ -13,9 +13,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
-#include <cstring>
-#include <fcntl.h>
 #include <dirent.h>
 #include <netdb.h>
 #include <sys/mount.h>
@@ -234,54 +231,6 @@ void waitUntilUsable(const QString &path, const std::shared_ptr<MountCancellatio
     }
 }
 
-// GVfs does not count files opened through its FUSE folder as busy and unmounts them away; a plain
-// unmount must refuse like a kernel one (EBUSY), so look for processes with a file, or their working
-// folder, inside the mount. Processes of other users are not readable and are not counted. Raw readlinkat
-// over /proc: a desktop session has thousands of descriptors and this runs on every eject.
-bool pathInUse(const QString &path)
-{
-    const QByteArray root = QFile::encodeName(path);
-    const auto within = [&](int dirFd, const char *name) {
-        char target[PATH_MAX];
-        const ssize_t n = ::readlinkat(dirFd, name, target, sizeof target);
-        if (n < root.size() || n == ssize_t(sizeof target) || std::memcmp(target, root.constData(), root.size()) != 0)
-            return false;
-        return n == root.size() || target[root.size()] == '/';
-    };
-    DIR *proc = ::opendir("/proc");
-    if (!proc)
-        return false;
-    bool inUse = false;
-    while (!inUse) {
-        const dirent *entry = ::readdir(proc);
-        if (!entry)
-            break;
-        if (entry->d_name[0] < '1' || entry->d_name[0] > '9')
-            continue;
-        const int pidFd = ::openat(::dirfd(proc), entry->d_name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (pidFd < 0)
-            continue;
-        inUse = within(pidFd, "cwd");
-        const int fdDirFd = inUse ? -1 : ::openat(pidFd, "fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (fdDirFd >= 0) {
-            if (DIR *fds = ::fdopendir(fdDirFd)) {
-                while (!inUse) {
-                    const dirent *fd = ::readdir(fds);
-                    if (!fd)
-                        break;
-                    inUse = fd->d_name[0] != '.' && within(::dirfd(fds), fd->d_name);
-                }
-                ::closedir(fds); // closes fdDirFd
-            } else {
-                ::close(fdDirFd);
-            }
-        }
-        ::close(pidFd);
-    }
-    ::closedir(proc);
-    return inUse;
-}
-
 bool hostResolves(const QString &host)
 {
     if (host.isEmpty())
@@ -491,11 +440,6 @@ UnmountResult GvfsMountService::unmountGvfs(const QString &path, bool force)
         if (mount)
             g_object_unref(mount);
         return unmountFailure(QFileInfo::exists(clean) ? EINVAL : ENOENT);
-    }
-
-    if (!force && pathInUse(clean)) {
-        g_object_unref(mount);
-        return unmountFailure(EBUSY);
     }
 
     struct State

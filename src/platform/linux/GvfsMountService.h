@@ -35,7 +35,9 @@ class GvfsMountTable;
 //
 // MountResult::mountPath is otherwise the FUSE path of the mount root ($XDG_RUNTIME_DIR/gvfs/<name>);
 // detail carries GIO's message. Codes come from MountResponseCodes (one table, documented there).
-// unmount() handles GVfs mounts (by FUSE path or link) and kernel network mounts (umount2).
+// unmount() handles GVfs mounts (by FUSE path or link) and kernel network mounts (umount2). A plain GVfs
+// unmount is refused (EBUSY) only when GVfs refuses it: files held open through the FUSE folder are not
+// seen by GVfs and do not count.
 class GvfsMountService : public MountService
 {
 public:

@@ -142,7 +142,7 @@ int unmountErrno(GQuark domain, int code)
     if (domain != G_IO_ERROR)
         return EIO;
     switch (code) {
-    case G_IO_ERROR_BUSY: // files open through the FUSE path, without the force flag
+    case G_IO_ERROR_BUSY: // GVfs's own refusal without the force flag (files open through FUSE never cause it)
         return EBUSY;
     case G_IO_ERROR_NOT_MOUNTED:
     case G_IO_ERROR_NOT_FOUND:
