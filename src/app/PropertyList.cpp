@@ -103,19 +103,12 @@ plist_t fromVariant(const QVariant &value)
 {
     if (value.metaType() == QMetaType::fromType<PlistUid>())
         return plist_new_uid(value.value<PlistUid>().value);
+    // libplist keeps integers as 64-bit two's complement, so negative values round-trip.
+    if (PropertyList::isInteger(value))
+        return plist_new_uint(static_cast<uint64_t>(value.toLongLong()));
     switch (value.metaType().id()) {
     case QMetaType::Bool:
         return plist_new_bool(value.toBool() ? 1 : 0);
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::Long:
-    case QMetaType::ULong:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Short:
-    case QMetaType::UShort:
-        // libplist keeps integers as 64-bit two's complement, so negative values round-trip.
-        return plist_new_uint(static_cast<uint64_t>(value.toLongLong()));
     case QMetaType::Double:
     case QMetaType::Float:
         return plist_new_real(value.toDouble());

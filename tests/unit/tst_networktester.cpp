@@ -1,4 +1,4 @@
-// Probe rules that need no network: skip tables, IP literals, resolution-failure wording, failure
+// Probe rules that need no network: skip tables, literal hosts, resolution-failure wording, failure
 // messages, the magic packet, and the probe's argument checks.
 #include "app/Console.h"
 #include "core/NetworkTester.h"
@@ -81,36 +81,6 @@ private Q_SLOTS:
         QFETCH(QString, line);
         QCOMPARE(NetworkTester::shouldSkipAddress(address), !line.isEmpty());
         QCOMPARE(m_lines, line.isEmpty() ? QStringList() : QStringList{line});
-    }
-
-    void ipLiteral_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("literal"); // empty: not a literal
-
-        QTest::newRow("ipv4") << "192.168.1.10" << "192.168.1.10";
-        QTest::newRow("ipv4 padded") << "  10.0.0.1\t" << "10.0.0.1";
-        QTest::newRow("ipv4 bracketed") << "[10.0.0.1]" << "10.0.0.1";
-        QTest::newRow("ipv6 loopback") << "::1" << "::1";
-        QTest::newRow("ipv6 bracketed") << "[fe80::1]" << "fe80::1";
-        QTest::newRow("ipv6 bracketed padded") << " [2001:db8::5] " << "2001:db8::5";
-        QTest::newRow("v4-mapped") << "::ffff:1.2.3.4" << "::ffff:1.2.3.4";
-        QTest::newRow("octet too big") << "256.1.1.1" << "";
-        QTest::newRow("three parts") << "1.2.3" << "";
-        QTest::newRow("name") << "nas.local" << "";
-        QTest::newRow("empty brackets") << "[]" << "";
-        QTest::newRow("only one bracket") << "[::1" << "";
-        QTest::newRow("zone index") << "fe80::1%eth0" << "";
-        QTest::newRow("empty") << "" << "";
-    }
-    void ipLiteral()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, literal);
-        const auto result = NetworkTester::isIPLiteral(text);
-        QCOMPARE(result.has_value(), !literal.isEmpty());
-        if (result)
-            QCOMPARE(*result, literal);
     }
 
     void resolveLiteralIsNotLookedUp()

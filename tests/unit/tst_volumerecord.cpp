@@ -264,6 +264,10 @@ void TestVolumeRecord::ipLiteral_data()
     QTest::newRow("bracketed ipv4") << QStringLiteral("[10.0.0.1]") << QStringLiteral("10.0.0.1");
     QTest::newRow("only one pair stripped") << QStringLiteral("[[::1]]") << QString();
     QTest::newRow("short ipv4 rejected") << QStringLiteral("10.1") << QString();
+    QTest::newRow("octet too big") << QStringLiteral("256.1.1.1") << QString();
+    QTest::newRow("only one bracket") << QStringLiteral("[::1") << QString();
+    QTest::newRow("zone index") << QStringLiteral("fe80::1%eth0") << QString();
+    QTest::newRow("v4-mapped") << QStringLiteral("::ffff:1.2.3.4") << QStringLiteral("::ffff:1.2.3.4");
     QTest::newRow("host name") << QStringLiteral("nas.local") << QString();
     QTest::newRow("empty brackets") << QStringLiteral("[]") << QString();
     QTest::newRow("empty") << QString() << QString();
