@@ -23,15 +23,14 @@ VolumeRecord fullRecord()
     r.mounting_using_protocol_Enum = MountUsingProtocol_Enum::WebDAVS;
     r.mount_inside_Volumes = 0;
     r.unique_mountpoint_fullpath_String = QStringLiteral("/home/u/mnt/projects");
-    r.auto_Mount = 1;
-    r.schedule_Mount = 1;
+    r.auto_Mount = r.schedule_Mount = 1;
     r.schedule_MountTime = QDateTime(QDate(2024, 3, 4), QTime(8, 15, 30), QTimeZone::utc());
     r.schedule_UnMountTime = QDateTime(QDate(2024, 3, 4), QTime(18, 45, 0), QTimeZone::utc());
     r.schedule_Weekdays = {1, 7};
     r.nickname_String = QStringLiteral("Team share");
     r.macAddress_String = QStringLiteral("00:11:22:33:44:55");
-    r.postMountScriptPath_String = QStringLiteral("/usr/local/bin/after.sh");
-    r.preUnmountScriptPath_String = QStringLiteral("/usr/local/bin/before.sh");
+    r.postMountScriptPath_String = QStringLiteral("/bin/after.sh");
+    r.preUnmountScriptPath_String = QStringLiteral("/bin/before.sh");
     r.group_String = QStringLiteral("Office");
     r.allowedSSIDs_String = QStringLiteral("CorpWiFi, CorpWiFi-5G");
     r.isLocked = true;
@@ -53,57 +52,49 @@ QVariantMap requiredOnly()
     };
 }
 
-// Field values by name, so one table can check fallbacks of fields of different types.
-QVariant field(const VolumeRecord &r, const QString &name)
+QVariantMap m(const char *key, const QVariant &v)
+{
+    return {{QLatin1String(key), v}};
+}
+
+// Field values by name, so one table can check fields of different types. Names starting with "runtime_"
+// and the cached password are the ones never persisted.
+QVariantMap fields(const VolumeRecord &r)
 {
     auto opt = [](const auto &o) { return o ? QVariant::fromValue(*o) : QVariant(); };
     QVariantList days;
     for (int d : r.schedule_Weekdays)
         days.append(d);
-    const QHash<QString, QVariant> fields{
-        {QStringLiteral("internal_ID_Int"), r.internal_ID_Int},
-        {QStringLiteral("hostname_String"), r.hostname_String},
-        {QStringLiteral("volume_String"), r.volume_String},
-        {QStringLiteral("port_Int"), opt(r.port_Int)},
-        {QStringLiteral("no_password_guest_login"), r.no_password_guest_login},
-        {QStringLiteral("username_String"), r.username_String},
+#define TW_FIELD(name) {QStringLiteral(#name), QVariant::fromValue(r.name)}
+    return {
+        TW_FIELD(internal_ID_Int), TW_FIELD(hostname_String), TW_FIELD(volume_String),
+        {QStringLiteral("port_Int"), opt(r.port_Int)}, TW_FIELD(no_password_guest_login), TW_FIELD(username_String),
         {QStringLiteral("credentialAccountOverride"), opt(r.credentialAccountOverride)},
         {QStringLiteral("_cachedPassword"), opt(r._cachedPassword)},
         {QStringLiteral("protocol"), static_cast<int>(r.mounting_using_protocol_Enum)},
-        {QStringLiteral("mount_inside_Volumes"), r.mount_inside_Volumes},
-        {QStringLiteral("unique_mountpoint_fullpath_String"), r.unique_mountpoint_fullpath_String},
-        {QStringLiteral("auto_Mount"), r.auto_Mount},
-        {QStringLiteral("schedule_Mount"), r.schedule_Mount},
-        {QStringLiteral("schedule_MountTime"), r.schedule_MountTime},
-        {QStringLiteral("schedule_UnMountTime"), r.schedule_UnMountTime},
-        {QStringLiteral("schedule_Weekdays"), days},
-        {QStringLiteral("nickname_String"), r.nickname_String},
-        {QStringLiteral("macAddress_String"), r.macAddress_String},
-        {QStringLiteral("postMountScriptPath_String"), r.postMountScriptPath_String},
-        {QStringLiteral("preUnmountScriptPath_String"), r.preUnmountScriptPath_String},
-        {QStringLiteral("group_String"), r.group_String},
-        {QStringLiteral("allowedSSIDs_String"), r.allowedSSIDs_String},
-        {QStringLiteral("isLocked"), r.isLocked},
-        {QStringLiteral("managedBy"), r.managedBy},
-        {QStringLiteral("runtime_status_String"), r.runtime_status_String},
-        {QStringLiteral("runtime_computed_mountpoint_String"), r.runtime_computed_mountpoint_String},
-        {QStringLiteral("runtime_ipAddress_String"), r.runtime_ipAddress_String},
-        {QStringLiteral("runtime_isMounted_Bool"), r.runtime_isMounted_Bool},
+        TW_FIELD(mount_inside_Volumes), TW_FIELD(unique_mountpoint_fullpath_String), TW_FIELD(auto_Mount),
+        TW_FIELD(schedule_Mount), TW_FIELD(schedule_MountTime), TW_FIELD(schedule_UnMountTime),
+        {QStringLiteral("schedule_Weekdays"), days}, TW_FIELD(nickname_String), TW_FIELD(macAddress_String),
+        TW_FIELD(postMountScriptPath_String), TW_FIELD(preUnmountScriptPath_String), TW_FIELD(group_String),
+        TW_FIELD(allowedSSIDs_String), TW_FIELD(isLocked), TW_FIELD(managedBy),
+        TW_FIELD(runtime_status_String), TW_FIELD(runtime_isMounted_Bool), TW_FIELD(runtime_ipAddress_String),
     };
-    Q_ASSERT_X(fields.contains(name), "field", qPrintable(name));
-    return fields.value(name);
+#undef TW_FIELD
 }
 
-const QStringList kPersistedFields{
-    QStringLiteral("internal_ID_Int"), QStringLiteral("hostname_String"), QStringLiteral("volume_String"),
-    QStringLiteral("port_Int"), QStringLiteral("no_password_guest_login"), QStringLiteral("username_String"),
-    QStringLiteral("credentialAccountOverride"), QStringLiteral("protocol"), QStringLiteral("mount_inside_Volumes"),
-    QStringLiteral("unique_mountpoint_fullpath_String"), QStringLiteral("auto_Mount"), QStringLiteral("schedule_Mount"),
-    QStringLiteral("schedule_MountTime"), QStringLiteral("schedule_UnMountTime"), QStringLiteral("schedule_Weekdays"),
-    QStringLiteral("nickname_String"), QStringLiteral("macAddress_String"), QStringLiteral("postMountScriptPath_String"),
-    QStringLiteral("preUnmountScriptPath_String"), QStringLiteral("group_String"), QStringLiteral("allowedSSIDs_String"),
-    QStringLiteral("isLocked"), QStringLiteral("managedBy"),
-};
+QStringList persistedFields()
+{
+    QStringList out = fields(VolumeRecord()).keys();
+    out.removeIf([](const QString &n) { return n.startsWith(QLatin1String("runtime_")) || n.startsWith(QLatin1Char('_')); });
+    return out;
+}
+
+// Both schedule times lie 15 and 30 minutes after a moment within [before, after].
+bool timesFromNow(const VolumeRecord &r, const QDateTime &before, const QDateTime &after)
+{
+    return r.schedule_MountTime >= before.addSecs(900) && r.schedule_MountTime <= after.addSecs(900)
+        && r.schedule_UnMountTime >= before.addSecs(1800) && r.schedule_UnMountTime <= after.addSecs(1800);
+}
 
 } // namespace
 
@@ -114,12 +105,11 @@ class TestVolumeRecord : public QObject
 private Q_SLOTS:
     void protocolTable_data();
     void protocolTable();
-    void newRecordDefaults();
+    void defaultsAndDateFallback();
+    void hostForms_data();
+    void hostForms();
     void mountURLText_data();
     void mountURLText();
-    void ipLiteral_data();
-    void ipLiteral();
-    void displayNameAndAccount();
     void roundTrip_data();
     void roundTrip();
     void archiveValueKinds();
@@ -127,63 +117,100 @@ private Q_SLOTS:
     void requiredKeys();
     void fallbacks_data();
     void fallbacks();
-    void missingDatesFallBackToNow();
     void duplicate();
 };
 
 void TestVolumeRecord::protocolTable_data()
 {
     QTest::addColumn<qint64>("raw");
-    QTest::addColumn<int>("expectedRaw");
     QTest::addColumn<QString>("scheme");
     QTest::addColumn<int>("port");
     QTest::addColumn<bool>("webdav");
-    QTest::newRow("0 SMB") << qint64(0) << 0 << QStringLiteral("smb://") << 445 << false;
-    QTest::newRow("1 AFP") << qint64(1) << 1 << QStringLiteral("afp://") << 548 << false;
-    QTest::newRow("2 NFS") << qint64(2) << 2 << QStringLiteral("nfs://") << 2049 << false;
-    QTest::newRow("3 WebDAV") << qint64(3) << 3 << QStringLiteral("http://") << 80 << true;
-    QTest::newRow("4 WebDAVS") << qint64(4) << 4 << QStringLiteral("https://") << 443 << true;
-    QTest::newRow("5 -> SMB") << qint64(5) << 0 << QStringLiteral("smb://") << 445 << false;
-    QTest::newRow("-1 -> SMB") << qint64(-1) << 0 << QStringLiteral("smb://") << 445 << false;
-    QTest::newRow("huge -> SMB") << qint64(1) + (qint64(1) << 32) << 0 << QStringLiteral("smb://") << 445 << false;
+    QTest::newRow("0 SMB") << qint64(0) << QStringLiteral("smb://") << 445 << false;
+    QTest::newRow("1 AFP") << qint64(1) << QStringLiteral("afp://") << 548 << false;
+    QTest::newRow("2 NFS") << qint64(2) << QStringLiteral("nfs://") << 2049 << false;
+    QTest::newRow("3 WebDAV") << qint64(3) << QStringLiteral("http://") << 80 << true;
+    QTest::newRow("4 WebDAVS") << qint64(4) << QStringLiteral("https://") << 443 << true;
+    QTest::newRow("5 -> SMB") << qint64(5) << QStringLiteral("smb://") << 445 << false;
+    QTest::newRow("-1 -> SMB") << qint64(-1) << QStringLiteral("smb://") << 445 << false;
+    QTest::newRow("huge -> SMB") << qint64(1) + (qint64(1) << 32) << QStringLiteral("smb://") << 445 << false;
 }
 
 void TestVolumeRecord::protocolTable()
 {
     QFETCH(qint64, raw);
-    QFETCH(int, expectedRaw);
     const MountUsingProtocol_Enum p = MountProtocol::fromRaw(raw);
-    QCOMPARE(static_cast<int>(p), expectedRaw);
     QTEST(MountProtocol::scheme(p), "scheme");
     QTEST(MountProtocol::defaultPort(p), "port");
     QTEST(MountProtocol::isWebDAV(p), "webdav");
 }
 
-void TestVolumeRecord::newRecordDefaults()
+void TestVolumeRecord::defaultsAndDateFallback()
 {
+    QVariantMap archive = requiredOnly();
+    archive.insert(QStringLiteral("scheduleMountTime"), QStringLiteral("2024-01-01")); // wrong kind
+    archive.insert(QStringLiteral("volume_String"), QStringLiteral("media"));
     const QDateTime before = QDateTime::currentDateTimeUtc();
     const VolumeRecord r;
+    const auto decoded = VolumeRecord::decode(archive);
     const QDateTime after = QDateTime::currentDateTimeUtc();
+    QVERIFY(decoded);
+    // Schedule times are relative to the moment of creation, also when the archive lacks usable ones.
+    QVERIFY(timesFromNow(r, before, after));
+    QVERIFY(timesFromNow(*decoded, before, after));
+    const QDateTime stored(QDate(2023, 12, 24), QTime(6, 0), QTimeZone::utc());
+    archive.insert(QStringLiteral("scheduleUnMountTime"), stored);
+    QCOMPARE(VolumeRecord::decode(archive)->schedule_UnMountTime, stored);
+    // Without nickname and override: named by host and share, password under the ID's account.
+    QCOMPARE(decoded->displayName(), QStringLiteral("nas/media"));
+    QCOMPARE(decoded->credentialAccount(), QStringLiteral("volume_record_7"));
 
-    QCOMPARE(r.internal_ID_Int, 0);
-    QCOMPARE(r.hostname_String, QString());
     QCOMPARE(r.volume_String, QStringLiteral("share"));
-    QVERIFY(!r.port_Int);
-    QCOMPARE(r.no_password_guest_login, 0);
     QCOMPARE(r.username_String, QStringLiteral("guest"));
-    QVERIFY(!r.credentialAccountOverride);
-    QVERIFY(!r._cachedPassword);
-    QCOMPARE(r.mounting_using_protocol_Enum, MountUsingProtocol_Enum::SMB);
     QCOMPARE(r.mount_inside_Volumes, 1);
-    QCOMPARE(r.auto_Mount, 0);
-    QCOMPARE(r.schedule_Mount, 0);
     QCOMPARE(r.schedule_Weekdays, (QList<int>{2, 3, 4, 5, 6}));
-    QVERIFY(!r.isLocked);
     QCOMPARE(r.runtime_computed_mountpoint_String, QStringLiteral("/Volumes/"));
     QCOMPARE(r.runtime_ipAddress_String, QStringLiteral("0.0.0.0"));
-    // The schedule times are relative to the moment of creation.
-    QVERIFY(r.schedule_MountTime >= before.addSecs(900) && r.schedule_MountTime <= after.addSecs(900));
-    QVERIFY(r.schedule_UnMountTime >= before.addSecs(1800) && r.schedule_UnMountTime <= after.addSecs(1800));
+}
+
+void TestVolumeRecord::hostForms_data()
+{
+    QTest::addColumn<QString>("host");
+    QTest::addColumn<QString>("literal"); // null: not an address literal
+    QTest::addColumn<QString>("url");     // of share "s" over SMB
+    auto row = [](const char *host, const char *literal, const char *url, const char *name = nullptr) {
+        QTest::newRow(name ? name : host) << QString::fromUtf8(host) << (literal ? QString::fromUtf8(literal) : QString())
+                            << QString::fromUtf8(url);
+    };
+    row("10.0.0.1", "10.0.0.1", "smb://10.0.0.1/s");
+    row("::1", "::1", "smb://[::1]/s");
+    row("  fe80::1\n", "fe80::1", "smb://[fe80::1]/s", "ipv6 in white space");
+    row("[fe80::1]", "fe80::1", "smb://[fe80::1]/s");
+    row("[10.0.0.1]", "10.0.0.1", "smb://[10.0.0.1]/s");
+    row("::ffff:1.2.3.4", "::ffff:1.2.3.4", "smb://[::ffff:1.2.3.4]/s");
+    // Anything else is the user's own text and stays as typed.
+    row("[[::1]]", nullptr, "smb://[[::1]]/s"); // only one pair is stripped
+    row("[::1", nullptr, "smb://[::1/s");
+    row("[]", nullptr, "smb://[]/s");
+    row("10.1", nullptr, "smb://10.1/s"); // short forms are not addresses
+    row("fe80::1%eth0", nullptr, "smb://fe80::1%eth0/s");
+    row("nas:8080", nullptr, "smb://nas:8080/s");
+    row("１０.0.0.1", nullptr, "smb://１０.0.0.1/s"); // full-width digits
+    row("   ", nullptr, "", "blank");
+    row("\n\t\r", nullptr, "", "line breaks only");
+}
+
+void TestVolumeRecord::hostForms()
+{
+    QFETCH(QString, host);
+    QFETCH(QString, literal);
+    const std::optional<QString> got = VolumeRecord::ipLiteral(host);
+    QCOMPARE(got.value_or(QString()), literal);
+    QCOMPARE(got.has_value(), !literal.isNull());
+    VolumeRecord r;
+    r.hostname_String = host;
+    r.volume_String = QStringLiteral("s");
+    QTEST(r.mountURLText(), "url");
 }
 
 void TestVolumeRecord::mountURLText_data()
@@ -193,49 +220,17 @@ void TestVolumeRecord::mountURLText_data()
     QTest::addColumn<qint64>("port"); // -1: absent
     QTest::addColumn<QString>("share");
     QTest::addColumn<QString>("expected");
-
-    QTest::newRow("plain smb") << 0 << QStringLiteral("nas.local") << qint64(-1) << QStringLiteral("share")
-                               << QStringLiteral("smb://nas.local/share");
-    QTest::newRow("ipv6 wrapped") << 0 << QStringLiteral("fe80::1") << qint64(-1) << QStringLiteral("share")
-                                  << QStringLiteral("smb://[fe80::1]/share");
-    QTest::newRow("ipv6 already bracketed") << 0 << QStringLiteral("[fe80::1]") << qint64(-1) << QStringLiteral("share")
-                                            << QStringLiteral("smb://[fe80::1]/share");
-    QTest::newRow("ipv6 trimmed then wrapped") << 0 << QStringLiteral("  fe80::1\n") << qint64(-1)
-                                               << QStringLiteral("share") << QStringLiteral("smb://[fe80::1]/share");
-    QTest::newRow("ipv6 with port") << 0 << QStringLiteral("2001:db8::5") << qint64(8445) << QStringLiteral("data")
-                                    << QStringLiteral("smb://[2001:db8::5]:8445/data");
-    QTest::newRow("mapped ipv4 in ipv6") << 1 << QStringLiteral("::ffff:192.0.2.1") << qint64(-1)
-                                         << QStringLiteral("x") << QStringLiteral("afp://[::ffff:192.0.2.1]/x");
-    QTest::newRow("ipv6 with zone is not a literal") << 0 << QStringLiteral("fe80::1%eth0") << qint64(-1)
-                                                     << QStringLiteral("s") << QStringLiteral("smb://fe80::1%eth0/s");
-    QTest::newRow("name with colon left alone") << 0 << QStringLiteral("nas:8080") << qint64(-1)
-                                                << QStringLiteral("s") << QStringLiteral("smb://nas:8080/s");
-    QTest::newRow("ipv4 not wrapped") << 2 << QStringLiteral("192.168.1.100") << qint64(-1) << QStringLiteral("export")
-                                      << QStringLiteral("nfs://192.168.1.100/export");
-    QTest::newRow("port appended") << 0 << QStringLiteral("192.168.1.100") << qint64(1445) << QStringLiteral("share")
-                                   << QStringLiteral("smb://192.168.1.100:1445/share");
-    QTest::newRow("port 1 appended") << 0 << QStringLiteral("h") << qint64(1) << QStringLiteral("s")
-                                     << QStringLiteral("smb://h:1/s");
-    QTest::newRow("port 0 left out") << 0 << QStringLiteral("h") << qint64(0) << QStringLiteral("s")
-                                     << QStringLiteral("smb://h/s");
-    QTest::newRow("negative port left out") << 0 << QStringLiteral("h") << qint64(-5) << QStringLiteral("s")
-                                            << QStringLiteral("smb://h/s");
-    QTest::newRow("RAW with slashes") << 0 << QStringLiteral("h") << qint64(-1) << QStringLiteral("/RAW/")
-                                      << QStringLiteral("smb://h/RAW");
-    QTest::newRow("inner slashes kept") << 3 << QStringLiteral("dav.example") << qint64(-1)
-                                        << QStringLiteral("//remote.php/dav/files/u//")
-                                        << QStringLiteral("http://dav.example/remote.php/dav/files/u");
-    QTest::newRow("empty share") << 0 << QStringLiteral("h") << qint64(-1) << QString() << QStringLiteral("smb://h/");
-    QTest::newRow("slashes-only share") << 0 << QStringLiteral("h") << qint64(445) << QStringLiteral("///")
-                                        << QStringLiteral("smb://h:445/");
-    QTest::newRow("webdav root") << 3 << QStringLiteral("dav.example") << qint64(-1) << QString()
-                                 << QStringLiteral("http://dav.example/");
-    QTest::newRow("webdavs port") << 4 << QStringLiteral("cloud.example.com") << qint64(8443)
-                                  << QStringLiteral("remote.php/dav/files/username")
-                                  << QStringLiteral("https://cloud.example.com:8443/remote.php/dav/files/username");
-    QTest::newRow("blank host") << 0 << QStringLiteral("   ") << qint64(445) << QStringLiteral("share") << QString();
-    QTest::newRow("line breaks only") << 0 << QStringLiteral("\n\t\r") << qint64(-1) << QStringLiteral("s") << QString();
-    QTest::newRow("empty host") << 4 << QString() << qint64(-1) << QString() << QString();
+    auto row = [](const char *name, int protocol, const char *host, qint64 port, const char *share, const char *expected) {
+        QTest::newRow(name) << protocol << QString::fromUtf8(host) << port << QString::fromUtf8(share)
+                            << QString::fromUtf8(expected);
+    };
+    row("ipv6 with port", 0, "2001:db8::5", 8445, "data", "smb://[2001:db8::5]:8445/data");
+    row("port 1 appended", 2, "h", 1, "s", "nfs://h:1/s");
+    row("port 0 left out", 0, "h", 0, "s", "smb://h/s");
+    row("inner slashes kept", 3, "dav.example", -1, "//remote.php/dav/files/u//", "http://dav.example/remote.php/dav/files/u");
+    row("slashes-only share", 0, "h", 445, "///", "smb://h:445/");
+    row("webdav root", 3, "dav.example", -1, "", "http://dav.example/");
+    row("blank host", 0, "   ", 445, "share", "");
 }
 
 void TestVolumeRecord::mountURLText()
@@ -253,69 +248,32 @@ void TestVolumeRecord::mountURLText()
     QTEST(r.mountURLText(), "expected");
 }
 
-void TestVolumeRecord::ipLiteral_data()
-{
-    QTest::addColumn<QString>("host");
-    QTest::addColumn<QString>("expected"); // null: not a literal
-    QTest::newRow("ipv4") << QStringLiteral("10.0.0.1") << QStringLiteral("10.0.0.1");
-    QTest::newRow("ipv4 trimmed") << QStringLiteral(" 10.0.0.1 ") << QStringLiteral("10.0.0.1");
-    QTest::newRow("ipv6") << QStringLiteral("::1") << QStringLiteral("::1");
-    QTest::newRow("bracketed ipv6") << QStringLiteral("[fe80::1]") << QStringLiteral("fe80::1");
-    QTest::newRow("bracketed ipv4") << QStringLiteral("[10.0.0.1]") << QStringLiteral("10.0.0.1");
-    QTest::newRow("only one pair stripped") << QStringLiteral("[[::1]]") << QString();
-    QTest::newRow("short ipv4 rejected") << QStringLiteral("10.1") << QString();
-    QTest::newRow("octet too big") << QStringLiteral("256.1.1.1") << QString();
-    QTest::newRow("only one bracket") << QStringLiteral("[::1") << QString();
-    QTest::newRow("zone index") << QStringLiteral("fe80::1%eth0") << QString();
-    QTest::newRow("v4-mapped") << QStringLiteral("::ffff:1.2.3.4") << QStringLiteral("::ffff:1.2.3.4");
-    QTest::newRow("host name") << QStringLiteral("nas.local") << QString();
-    QTest::newRow("empty brackets") << QStringLiteral("[]") << QString();
-    QTest::newRow("empty") << QString() << QString();
-    QTest::newRow("non-latin") << QStringLiteral("１０.0.0.1") << QString();
-}
-
-void TestVolumeRecord::ipLiteral()
-{
-    QFETCH(QString, host);
-    QFETCH(QString, expected);
-    const std::optional<QString> literal = VolumeRecord::ipLiteral(host);
-    QCOMPARE(literal.has_value(), !expected.isNull());
-    if (literal)
-        QCOMPARE(*literal, expected);
-}
-
-void TestVolumeRecord::displayNameAndAccount()
-{
-    VolumeRecord r;
-    r.internal_ID_Int = 12;
-    r.hostname_String = QStringLiteral("nas");
-    r.volume_String = QStringLiteral("media");
-    QCOMPARE(r.displayName(), QStringLiteral("nas/media"));
-    QCOMPARE(r.credentialAccount(), QStringLiteral("volume_record_12"));
-    r.nickname_String = QStringLiteral("Media");
-    r.credentialAccountOverride = QStringLiteral("volume_record_duplicate_X");
-    QCOMPARE(r.displayName(), QStringLiteral("Media"));
-    QCOMPARE(r.credentialAccount(), QStringLiteral("volume_record_duplicate_X"));
-}
-
 void TestVolumeRecord::roundTrip_data()
 {
     QTest::addColumn<int>("medium"); // 0 in memory, 1 XML property list, 2 binary property list
-    QTest::newRow("in memory") << 0;
-    QTest::newRow("xml plist") << 1;
-    QTest::newRow("binary plist") << 2;
+    QTest::addColumn<bool>("bare");  // empty share name and no port: the edge cases of both
+    QTest::newRow("in memory") << 0 << false;
+    QTest::newRow("xml plist") << 1 << false;
+    QTest::newRow("binary plist") << 2 << false;
+    QTest::newRow("binary plist, bare") << 2 << true;
 }
 
 void TestVolumeRecord::roundTrip()
 {
     QFETCH(int, medium);
+    QFETCH(bool, bare);
     VolumeRecord original = fullRecord();
     original._cachedPassword = QStringLiteral("s3cret-pass");
     original.runtime_status_String = QStringLiteral("Mounted");
     original.runtime_isMounted_Bool = true;
+    if (bare) {
+        original.volume_String.clear();
+        original.port_Int.reset();
+    }
 
     QVariantMap archive = original.encode();
     QVERIFY(!archive.contains(QStringLiteral("password_String")));
+    QCOMPARE(archive.contains(QStringLiteral("port_Int")), !bare);
     for (const QVariant &v : std::as_const(archive))
         QVERIFY(v.toString() != QStringLiteral("s3cret-pass"));
     if (medium != 0) {
@@ -330,27 +288,13 @@ void TestVolumeRecord::roundTrip()
 
     const std::optional<VolumeRecord> decoded = VolumeRecord::decode(archive);
     QVERIFY(decoded);
-    for (const QString &name : kPersistedFields)
-        QVERIFY2(field(*decoded, name) == field(original, name), qPrintable(name));
-    // Run-time state and the password never travel through the archive.
-    const VolumeRecord fresh;
-    QVERIFY(!decoded->_cachedPassword);
-    for (const char *name : {"runtime_status_String", "runtime_isMounted_Bool", "runtime_computed_mountpoint_String",
-                             "runtime_ipAddress_String"})
-        QCOMPARE(field(*decoded, QLatin1String(name)), field(fresh, QLatin1String(name)));
-
-    // The edge cases of the share name and the port survive the same path.
-    VolumeRecord empty = original;
-    empty.volume_String.clear();
-    empty.port_Int.reset();
-    const QVariantMap emptyArchive = empty.encode();
-    QVERIFY(!emptyArchive.contains(QStringLiteral("port_Int")));
-    const auto emptyDecoded = VolumeRecord::decode(emptyArchive);
-    QVERIFY(emptyDecoded);
-    QCOMPARE(emptyDecoded->volume_String, QString());
-    QVERIFY(!emptyDecoded->port_Int);
-    QVERIFY(!emptyDecoded->mountURLText().contains(QStringLiteral(":1445")));
-    QVERIFY(emptyDecoded->mountURLText().endsWith(QStringLiteral("files.example.test/")));
+    const QVariantMap got = fields(*decoded), want = fields(original), fresh = fields(VolumeRecord());
+    const QStringList persisted = persistedFields();
+    // Persisted fields come back; run-time state and the password never travel through the archive.
+    for (auto it = got.cbegin(); it != got.cend(); ++it)
+        QVERIFY2(*it == (persisted.contains(it.key()) ? want : fresh).value(it.key()), qPrintable(it.key()));
+    QCOMPARE(decoded->mountURLText(), bare ? QStringLiteral("https://files.example.test/")
+                                           : QStringLiteral("https://files.example.test:1445/Projects"));
 }
 
 void TestVolumeRecord::archiveValueKinds()
@@ -359,18 +303,19 @@ void TestVolumeRecord::archiveValueKinds()
     VolumeRecord r = fullRecord();
     r.volume_String.clear();
     const QVariantMap a = r.encode();
-    auto kind = [&a](const char *key) { return a.value(QLatin1String(key)).metaType().id(); };
     QCOMPARE(a.value(QStringLiteral("internal_ID_Int_String")), QVariant(QStringLiteral("4242")));
     QCOMPARE(a.value(QStringLiteral("protocol_Int_String")), QVariant(QStringLiteral("4")));
+    QVERIFY(a.value(QStringLiteral("volume_String_isEmpty")).toBool());
+    QCOMPARE(a.value(QStringLiteral("credentialAccountOverride")), QVariant(*r.credentialAccountOverride));
     for (const char *key : {"no_password_guest_login", "mount_inside_Volumes", "auto_Mount", "schedule_Mount", "port_Int"})
         QVERIFY2(PropertyList::isInteger(a.value(QLatin1String(key))), key);
-    QCOMPARE(kind("volume_String_isEmpty"), QMetaType::Bool);
-    QCOMPARE(a.value(QStringLiteral("volume_String_isEmpty")).toBool(), true);
-    QCOMPARE(kind("isLocked"), QMetaType::Bool);
-    QCOMPARE(kind("scheduleMountTime"), QMetaType::QDateTime);
-    QCOMPARE(kind("scheduleUnMountTime"), QMetaType::QDateTime);
-    QCOMPARE(kind("schedule_Weekdays"), QMetaType::QVariantList);
-    QCOMPARE(a.value(QStringLiteral("credentialAccountOverride")), QVariant(*r.credentialAccountOverride));
+    const std::pair<const char *, int> kinds[] = {{"isLocked", QMetaType::Bool},
+                                                  {"volume_String_isEmpty", QMetaType::Bool},
+                                                  {"scheduleMountTime", QMetaType::QDateTime},
+                                                  {"scheduleUnMountTime", QMetaType::QDateTime},
+                                                  {"schedule_Weekdays", QMetaType::QVariantList}};
+    for (const auto &[key, kind] : kinds)
+        QVERIFY2(a.value(QLatin1String(key)).metaType().id() == kind, key);
 
     r.credentialAccountOverride.reset();
     QVERIFY(!r.encode().contains(QStringLiteral("credentialAccountOverride")));
@@ -382,48 +327,26 @@ void TestVolumeRecord::requiredKeys_data()
     QTest::addColumn<QVariantMap>("replaced");
     QTest::addColumn<QString>("failedKey"); // empty: decodes
 
-    const QStringList none;
-    const QVariantMap same;
-    const char *order[] = {"internal_ID_Int_String", "hostname_String", "no_password_guest_login", "username_String",
-                           "mount_inside_Volumes", "unique_mountpoint_fullpath_String", "auto_Mount"};
-    for (const char *key : order)
-        QTest::addRow("missing %s", key) << QStringList{QLatin1String(key)} << same << QString::fromLatin1(key);
-
-    QTest::newRow("id not a string") << none << QVariantMap{{QStringLiteral("internal_ID_Int_String"), qint64(7)}}
-                                     << QStringLiteral("internal_ID_Int_String");
-    QTest::newRow("id not a number") << none << QVariantMap{{QStringLiteral("internal_ID_Int_String"), QStringLiteral("7a")}}
-                                     << QStringLiteral("internal_ID_Int_String");
-    QTest::newRow("id with spaces") << none << QVariantMap{{QStringLiteral("internal_ID_Int_String"), QStringLiteral(" 7")}}
-                                    << QStringLiteral("internal_ID_Int_String");
-    QTest::newRow("id empty") << none << QVariantMap{{QStringLiteral("internal_ID_Int_String"), QString()}}
-                              << QStringLiteral("internal_ID_Int_String");
-    QTest::newRow("negative id decodes") << none
-                                         << QVariantMap{{QStringLiteral("internal_ID_Int_String"), QStringLiteral("-3")}}
-                                         << QString();
-    QTest::newRow("host as number") << none << QVariantMap{{QStringLiteral("hostname_String"), qint64(1)}}
-                                    << QStringLiteral("hostname_String");
-    QTest::newRow("guest as string") << none << QVariantMap{{QStringLiteral("no_password_guest_login"), QStringLiteral("1")}}
-                                     << QStringLiteral("no_password_guest_login");
-    QTest::newRow("guest as boolean") << none << QVariantMap{{QStringLiteral("no_password_guest_login"), true}}
-                                      << QStringLiteral("no_password_guest_login");
-    QTest::newRow("guest as whole real decodes") << none
-                                                 << QVariantMap{{QStringLiteral("no_password_guest_login"), 1.0}}
-                                                 << QString();
-    QTest::newRow("auto mount as fraction") << none << QVariantMap{{QStringLiteral("auto_Mount"), 0.5}}
-                                            << QStringLiteral("auto_Mount");
-    QTest::newRow("mount point as date") << none
-                                         << QVariantMap{{QStringLiteral("unique_mountpoint_fullpath_String"),
-                                                         QDateTime::currentDateTimeUtc()}}
-                                         << QStringLiteral("unique_mountpoint_fullpath_String");
+    for (const QString &key : requiredOnly().keys())
+        QTest::addRow("missing %s", qPrintable(key)) << QStringList{key} << QVariantMap() << key;
+    auto bad = [](const char *name, const char *key, const QVariant &v, bool decodes = false) {
+        QTest::newRow(name) << QStringList() << m(key, v) << (decodes ? QString() : QString::fromLatin1(key));
+    };
+    bad("id not a string", "internal_ID_Int_String", qint64(7));
+    bad("id not a number", "internal_ID_Int_String", QStringLiteral("7a"));
+    bad("id with spaces", "internal_ID_Int_String", QStringLiteral(" 7"));
+    bad("negative id decodes", "internal_ID_Int_String", QStringLiteral("-3"), true);
+    bad("host as number", "hostname_String", qint64(1));
+    bad("guest as string", "no_password_guest_login", QStringLiteral("1"));
+    bad("guest as boolean", "no_password_guest_login", true);
+    bad("guest as whole real decodes", "no_password_guest_login", 1.0, true);
+    bad("auto mount as fraction", "auto_Mount", 0.5);
     // With several keys bad, the one earliest in the reading order is reported.
     QTest::newRow("order: user before auto") << QStringList{QStringLiteral("auto_Mount"), QStringLiteral("username_String")}
-                                             << same << QStringLiteral("username_String");
+                                             << QVariantMap() << QStringLiteral("username_String");
     QTest::newRow("order: id first") << QStringList{QStringLiteral("hostname_String")}
-                                     << QVariantMap{{QStringLiteral("internal_ID_Int_String"), QStringLiteral("x")}}
+                                     << m("internal_ID_Int_String", QStringLiteral("x"))
                                      << QStringLiteral("internal_ID_Int_String");
-    QTest::newRow("order: mount point before auto")
-        << QStringList{QStringLiteral("auto_Mount"), QStringLiteral("unique_mountpoint_fullpath_String")} << same
-        << QStringLiteral("unique_mountpoint_fullpath_String");
 }
 
 void TestVolumeRecord::requiredKeys()
@@ -444,73 +367,45 @@ void TestVolumeRecord::requiredKeys()
 
 void TestVolumeRecord::fallbacks_data()
 {
-    QTest::addColumn<QVariantMap>("extra"); // merged into the required keys; an invalid value removes the key
+    QTest::addColumn<QVariantMap>("extra"); // merged into the required keys
     QTest::addColumn<QString>("field");
     QTest::addColumn<QVariant>("expected");
-
-    const QString uuid = QStringLiteral("0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0");
-    auto row = [](const char *name, const QVariantMap &extra, const char *fieldName, const QVariant &expected) {
-        QTest::newRow(name) << extra << QString::fromLatin1(fieldName) << expected;
+    // The field read back is the key's own unless named.
+    auto row = [](const char *name, const char *key, const QVariant &v, const QVariant &expected, const char *f = nullptr) {
+        QTest::newRow(name) << m(key, v) << QString::fromLatin1(f ? f : key) << expected;
     };
-    auto m = [](const char *key, const QVariant &v) { return QVariantMap{{QLatin1String(key), v}}; };
+    const QString uuid = QStringLiteral("0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0");
+    const QString dup = QStringLiteral("volume_record_duplicate_");
+    const QVariantList weekdays{2, 3, 4, 5, 6};
+    const char *ov = "credentialAccountOverride";
 
-    row("id parsed", m("internal_ID_Int_String", QStringLiteral("9000000000")), "internal_ID_Int", qint64(9000000000));
-    row("share missing", {}, "volume_String", QString());
-    row("share wrong kind", m("volume_String", qint64(3)), "volume_String", QString());
-    row("share kept", m("volume_String", QStringLiteral("RAW")), "volume_String", QStringLiteral("RAW"));
-    row("empty flag wins over old share",
-        QVariantMap{{QStringLiteral("volume_String"), QStringLiteral("share")}, {QStringLiteral("volume_String_isEmpty"), true}},
-        "volume_String", QString());
-    row("empty flag false keeps share",
-        QVariantMap{{QStringLiteral("volume_String"), QStringLiteral("share")}, {QStringLiteral("volume_String_isEmpty"), false}},
-        "volume_String", QStringLiteral("share"));
-    row("port missing", {}, "port_Int", QVariant());
-    row("port as text", m("port_Int", QStringLiteral("445")), "port_Int", QVariant());
-    row("port kept", m("port_Int", qint64(8445)), "port_Int", QVariant::fromValue(qint64(8445)));
-    row("nickname missing", {}, "nickname_String", QString());
-    row("protocol missing", {}, "protocol", 0);
-    row("protocol 7", m("protocol_Int_String", QStringLiteral("7")), "protocol", 0);
-    row("protocol -1", m("protocol_Int_String", QStringLiteral("-1")), "protocol", 0);
-    row("protocol not text", m("protocol_Int_String", qint64(3)), "protocol", 0);
-    row("protocol garbage", m("protocol_Int_String", QStringLiteral("dav")), "protocol", 0);
-    row("protocol 3", m("protocol_Int_String", QStringLiteral("3")), "protocol", 3);
-    row("protocol 4", m("protocol_Int_String", QStringLiteral("4")), "protocol", 4);
-    row("schedule missing", {}, "schedule_Mount", 0);
-    row("schedule as text", m("schedule_Mount", QStringLiteral("1")), "schedule_Mount", 0);
-    row("schedule kept", m("schedule_Mount", qint64(1)), "schedule_Mount", 1);
-    row("weekdays missing", {}, "schedule_Weekdays", QVariantList{2, 3, 4, 5, 6});
-    row("weekdays mixed kinds", m("schedule_Weekdays", QVariantList{qint64(1), QStringLiteral("x")}), "schedule_Weekdays",
-        QVariantList{2, 3, 4, 5, 6});
-    row("weekdays not an array", m("schedule_Weekdays", qint64(1)), "schedule_Weekdays", QVariantList{2, 3, 4, 5, 6});
-    row("weekdays empty kept", m("schedule_Weekdays", QVariantList{}), "schedule_Weekdays", QVariantList{});
-    row("weekdays kept", m("schedule_Weekdays", QVariantList{qint64(1), qint64(7)}), "schedule_Weekdays",
-        QVariantList{1, 7});
-    row("mac missing", {}, "macAddress_String", QString());
-    row("post script wrong kind", m("postMountScriptPath_String", true), "postMountScriptPath_String", QString());
-    row("pre script missing", {}, "preUnmountScriptPath_String", QString());
-    row("ssids missing", {}, "allowedSSIDs_String", QString());
-    row("group missing", {}, "group_String", QString());
-    row("managedBy missing", {}, "managedBy", QString());
-    row("locked missing", {}, "isLocked", false);
-    row("locked true", m("isLocked", true), "isLocked", true);
-    row("locked as number", m("isLocked", qint64(1)), "isLocked", true);
-    row("locked as text", m("isLocked", QStringLiteral("yes")), "isLocked", false);
-    row("override duplicate form kept", m("credentialAccountOverride", QString(QStringLiteral("volume_record_duplicate_") + uuid)),
-        "credentialAccountOverride", QString(QStringLiteral("volume_record_duplicate_") + uuid));
-    row("override default form dropped", m("credentialAccountOverride", QStringLiteral("volume_record_3")),
-        "credentialAccountOverride", QVariant());
-    row("override bad uuid dropped", m("credentialAccountOverride", QStringLiteral("volume_record_duplicate_12345")),
-        "credentialAccountOverride", QVariant());
-    row("override braced uuid dropped",
-        m("credentialAccountOverride", QString(QStringLiteral("volume_record_duplicate_{") + uuid + QStringLiteral("}"))),
-        "credentialAccountOverride", QVariant());
-    row("override other prefix dropped", m("credentialAccountOverride", QString(QStringLiteral("other_") + uuid)),
-        "credentialAccountOverride", QVariant());
-    row("override not text dropped", m("credentialAccountOverride", qint64(5)), "credentialAccountOverride", QVariant());
-    row("legacy password cached", m("password_String", QStringLiteral("pw")), "_cachedPassword", QStringLiteral("pw"));
-    row("legacy password not text", m("password_String", qint64(1234)), "_cachedPassword", QVariant());
-    row("no password", {}, "_cachedPassword", QVariant());
-    row("guest state kept as number", m("no_password_guest_login", qint64(1)), "no_password_guest_login", 1);
+    row("id parsed as 64-bit", "internal_ID_Int_String", QStringLiteral("9000000000"), qint64(9000000000), "internal_ID_Int");
+    row("share missing", "other", true, QString(), "volume_String");
+    row("share wrong kind", "volume_String", qint64(3), QString());
+    for (bool isEmpty : {true, false}) {
+        QVariantMap extra = m("volume_String_isEmpty", isEmpty);
+        extra.insert(QStringLiteral("volume_String"), QStringLiteral("share"));
+        QTest::addRow("empty flag %d beside old share", isEmpty)
+            << extra << QStringLiteral("volume_String") << QVariant(isEmpty ? QString() : QStringLiteral("share"));
+    }
+    row("port as text", "port_Int", QStringLiteral("445"), QVariant());
+    row("protocol 7", "protocol_Int_String", QStringLiteral("7"), 0, "protocol");
+    row("protocol not text", "protocol_Int_String", qint64(3), 0, "protocol");
+    row("protocol garbage", "protocol_Int_String", QStringLiteral("dav"), 0, "protocol");
+    row("schedule as text", "schedule_Mount", QStringLiteral("1"), 0);
+    row("weekdays mixed kinds", "schedule_Weekdays", QVariantList{qint64(1), QStringLiteral("x")}, weekdays);
+    row("weekdays not an array", "schedule_Weekdays", qint64(1), weekdays);
+    row("weekdays empty kept", "schedule_Weekdays", QVariantList{}, QVariantList{});
+    row("post script wrong kind", "postMountScriptPath_String", true, QString());
+    row("locked as number", "isLocked", qint64(1), true);
+    row("locked as text", "isLocked", QStringLiteral("yes"), false);
+    row("override lower-case uuid kept", ov, QString(dup + uuid), QString(dup + uuid));
+    row("override default form dropped", ov, QStringLiteral("volume_record_3"), QVariant());
+    row("override bad uuid dropped", ov, QString(dup + QStringLiteral("12345")), QVariant());
+    row("override braced uuid dropped", ov, QString(dup + u'{' + uuid + u'}'), QVariant());
+    row("override other prefix dropped", ov, QString(QStringLiteral("other_") + uuid), QVariant());
+    row("legacy password cached", "password_String", QStringLiteral("pw"), QStringLiteral("pw"), "_cachedPassword");
+    row("legacy password not text", "password_String", qint64(1234), QVariant(), "_cachedPassword");
 }
 
 void TestVolumeRecord::fallbacks()
@@ -522,25 +417,9 @@ void TestVolumeRecord::fallbacks()
     archive.insert(extra);
     const auto r = VolumeRecord::decode(archive);
     QVERIFY(r);
-    const QVariant actual = ::field(*r, field);
+    const QVariant actual = fields(*r).value(field);
     QVERIFY2(actual == expected, qPrintable(actual.toString() + QStringLiteral(" != ") + expected.toString()));
     QCOMPARE(actual.isValid(), expected.isValid());
-}
-
-void TestVolumeRecord::missingDatesFallBackToNow()
-{
-    QVariantMap archive = requiredOnly();
-    archive.insert(QStringLiteral("scheduleMountTime"), QStringLiteral("2024-01-01")); // wrong kind
-    const QDateTime before = QDateTime::currentDateTimeUtc();
-    const auto r = VolumeRecord::decode(archive);
-    const QDateTime after = QDateTime::currentDateTimeUtc();
-    QVERIFY(r);
-    QVERIFY(r->schedule_MountTime >= before.addSecs(900) && r->schedule_MountTime <= after.addSecs(900));
-    QVERIFY(r->schedule_UnMountTime >= before.addSecs(1800) && r->schedule_UnMountTime <= after.addSecs(1800));
-
-    const QDateTime stored(QDate(2023, 12, 24), QTime(6, 0), QTimeZone::utc());
-    archive.insert(QStringLiteral("scheduleUnMountTime"), stored);
-    QCOMPARE(VolumeRecord::decode(archive)->schedule_UnMountTime, stored);
 }
 
 void TestVolumeRecord::duplicate()
@@ -556,28 +435,22 @@ void TestVolumeRecord::duplicate()
     const QString prefix = QStringLiteral("volume_record_duplicate_");
     QVERIFY(copy.credentialAccountOverride && copy.credentialAccountOverride->startsWith(prefix));
     const QString uuid = copy.credentialAccountOverride->mid(prefix.size());
-    QCOMPARE(uuid, uuid.toUpper());
-    QVERIFY(!QUuid::fromString(uuid).isNull());
+    QVERIFY2(uuid == uuid.toUpper() && !QUuid::fromString(uuid).isNull(), qPrintable(uuid));
     QVERIFY(*copy.credentialAccountOverride != *source.credentialAccountOverride);
     QCOMPARE(copy.credentialAccount(), *copy.credentialAccountOverride);
-    QCOMPARE(copy.nickname_String, QStringLiteral("Team share Copy"));
+    QCOMPARE(copy.displayName(), QStringLiteral("Team share Copy"));
     QCOMPARE(copy._cachedPassword, source._cachedPassword);
     QVERIFY(!copy.runtime_isMounted_Bool);
     // The copy's override is of the form the decoder keeps, so it survives a save.
     QCOMPARE(VolumeRecord::decode(copy.encode())->credentialAccountOverride, copy.credentialAccountOverride);
 
-    const QStringList copied{
-        QStringLiteral("hostname_String"), QStringLiteral("volume_String"), QStringLiteral("port_Int"),
-        QStringLiteral("no_password_guest_login"), QStringLiteral("username_String"), QStringLiteral("protocol"),
-        QStringLiteral("mount_inside_Volumes"), QStringLiteral("unique_mountpoint_fullpath_String"),
-        QStringLiteral("auto_Mount"), QStringLiteral("schedule_Mount"), QStringLiteral("schedule_MountTime"),
-        QStringLiteral("schedule_UnMountTime"), QStringLiteral("schedule_Weekdays"), QStringLiteral("macAddress_String"),
-        QStringLiteral("postMountScriptPath_String"), QStringLiteral("preUnmountScriptPath_String"),
-        QStringLiteral("group_String"), QStringLiteral("allowedSSIDs_String"),
-    };
-    for (const QString &name : copied)
-        QVERIFY2(field(copy, name) == field(source, name), qPrintable(name));
-    // A copy of an imposed record belongs to the user.
+    // Every other persisted setting is copied, except that a copy of an imposed record belongs to the user.
+    QStringList copied = persistedFields();
+    for (const char *own : {"internal_ID_Int", "credentialAccountOverride", "nickname_String", "isLocked", "managedBy"})
+        copied.removeOne(QLatin1String(own));
+    const QVariantMap from = fields(source), to = fields(copy);
+    for (const QString &name : std::as_const(copied))
+        QVERIFY2(to.value(name) == from.value(name), qPrintable(name));
     QVERIFY(!copy.isLocked);
     QCOMPARE(copy.managedBy, QString());
 
