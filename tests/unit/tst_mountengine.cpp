@@ -36,62 +36,46 @@ private Q_SLOTS:
         QTest::addColumn<QString>("share");
         QTest::addColumn<int>("code");
         QTest::addColumn<QString>("status");
-        QTest::addColumn<QString>("eventMessage");
-        QTest::addColumn<QString>("auditDetails");
-        QTest::addColumn<QString>("logLine");
         QTest::addColumn<int>("eventType");
+        QTest::addColumn<QString>("eventMessage");
+        QTest::addColumn<QString>("logLine");
+        QTest::addColumn<QString>("auditDetails"); // empty: the event message without its "TYPE: " prefix
 
+        using E = EVENT_TYPE_ENUM;
         const QString ip = QStringLiteral("127.0.0.1");
-        const QString name = QStringLiteral("fileserver.test");
-        QTest::newRow("2 share not found") << ip << "docs" << 2 << "Share not found on server"
-                                           << "SHARENAME_NOT_FOUND: Share 'docs' not found on server"
-                                           << "Share 'docs' not found on server"
-                                           << "❌ [MOUNT] Share not found (code 2)" << int(EVENT_TYPE_ENUM::SHARENAME_NOT_FOUND);
-        QTest::newRow("8 on IP literal") << ip << "docs" << 8 << "Mount failed: Error 8 for 127.0.0.1"
-                                         << "UNKNOWN_MOUNT_ERROR: NetFS error 8 on IP 127.0.0.1 (not DNS preflight)"
-                                         << "NetFS error 8 for 127.0.0.1"
-                                         << "❌ [MOUNT] NetFS error 8 on IP literal 127.0.0.1 — DNS preflight was skipped; this is a NetFS/connect failure"
-                                         << int(EVENT_TYPE_ENUM::UNKNOWN_MOUNT_ERROR);
-        QTest::newRow("8 on name") << name << "docs" << 8 << "Hostname unresolvable and not valid IP"
-                                   << "HOSTNAME_UNRESOLVABLE: NetFS error 8: hostname lookup failed for fileserver.test"
-                                   << "NetFS error 8 for fileserver.test"
-                                   << "❌ [MOUNT] NetFS name lookup failed (code 8) for hostname fileserver.test"
-                                   << int(EVENT_TYPE_ENUM::HOSTNAME_UNRESOLVABLE);
-        QTest::newRow("13 permission") << ip << "docs" << 13 << "Permission denied" << "AUTH_FAILED: Permission denied"
-                                       << "Permission denied" << "❌ [MOUNT] Permission denied (code 13)"
-                                       << int(EVENT_TYPE_ENUM::AUTH_FAILED);
-        QTest::newRow("19 with share") << ip << "docs" << 19 << "Error 19: share path not found"
-                                       << "SHARENAME_NOT_FOUND: Mount failed with error 19 (ENODEV). Path 'docs' does not exist on the server (127.0.0.1)"
-                                       << "Mount failed with error 19 (ENODEV). Path 'docs' does not exist on the server (127.0.0.1)"
-                                       << "❌ [MOUNT] No such device (code 19 / ENODEV)" << int(EVENT_TYPE_ENUM::SHARENAME_NOT_FOUND);
-        QTest::newRow("19 empty share") << ip << "" << 19 << "Error 19: share path not found"
-                                        << "SHARENAME_NOT_FOUND: Mount failed with error 19 (ENODEV) for 127.0.0.1"
-                                        << "Mount failed with error 19 (ENODEV) for 127.0.0.1"
-                                        << "❌ [MOUNT] No such device (code 19 / ENODEV)" << int(EVENT_TYPE_ENUM::SHARENAME_NOT_FOUND);
-        QTest::newRow("60 timed out") << ip << "docs" << 60 << "Connection timed out" << "CONNECTION_FAILED: Connection timed out"
-                                      << "Connection timed out" << "❌ [MOUNT] Connection timed out (code 60)"
-                                      << int(EVENT_TYPE_ENUM::CONNECTION_FAILED);
-        QTest::newRow("64 host down") << ip << "docs" << 64 << "Host is down (code 64)" << "CONNECTION_FAILED: Host is down (code 64)"
-                                      << "Host is down (code 64)" << "❌ [MOUNT] Host is down (code 64)"
-                                      << int(EVENT_TYPE_ENUM::CONNECTION_FAILED);
-        QTest::newRow("65 on address") << ip << "docs" << 65 << "Host unreachable (Error 65)"
-                                       << "CONNECTION_FAILED: Host unreachable (Error 65)" << "Host unreachable (Error 65)"
-                                       << "❌ [MOUNT] No route to host (code 65)" << int(EVENT_TYPE_ENUM::CONNECTION_FAILED);
+        const QString none;
+        QTest::newRow("2 share not found") << ip << "docs" << 2 << "Share not found on server" << int(E::SHARENAME_NOT_FOUND)
+            << "SHARENAME_NOT_FOUND: Share 'docs' not found on server" << "❌ [MOUNT] Share not found (code 2)" << none;
+        QTest::newRow("8 on IP literal") << ip << "docs" << 8 << "Mount failed: Error 8 for 127.0.0.1" << int(E::UNKNOWN_MOUNT_ERROR)
+            << "UNKNOWN_MOUNT_ERROR: NetFS error 8 on IP 127.0.0.1 (not DNS preflight)"
+            << "❌ [MOUNT] NetFS error 8 on IP literal 127.0.0.1 — DNS preflight was skipped; this is a NetFS/connect failure"
+            << "NetFS error 8 for 127.0.0.1";
+        QTest::newRow("8 on name") << "fileserver.test" << "docs" << 8 << "Hostname unresolvable and not valid IP"
+            << int(E::HOSTNAME_UNRESOLVABLE) << "HOSTNAME_UNRESOLVABLE: NetFS error 8: hostname lookup failed for fileserver.test"
+            << "❌ [MOUNT] NetFS name lookup failed (code 8) for hostname fileserver.test" << "NetFS error 8 for fileserver.test";
+        QTest::newRow("13 permission") << ip << "docs" << 13 << "Permission denied" << int(E::AUTH_FAILED)
+            << "AUTH_FAILED: Permission denied" << "❌ [MOUNT] Permission denied (code 13)" << none;
+        QTest::newRow("19 with share") << ip << "docs" << 19 << "Error 19: share path not found" << int(E::SHARENAME_NOT_FOUND)
+            << "SHARENAME_NOT_FOUND: Mount failed with error 19 (ENODEV). Path 'docs' does not exist on the server (127.0.0.1)"
+            << "❌ [MOUNT] No such device (code 19 / ENODEV)" << none;
+        QTest::newRow("19 empty share") << ip << "" << 19 << "Error 19: share path not found" << int(E::SHARENAME_NOT_FOUND)
+            << "SHARENAME_NOT_FOUND: Mount failed with error 19 (ENODEV) for 127.0.0.1"
+            << "❌ [MOUNT] No such device (code 19 / ENODEV)" << none;
+        QTest::newRow("60 timed out") << ip << "docs" << 60 << "Connection timed out" << int(E::CONNECTION_FAILED)
+            << "CONNECTION_FAILED: Connection timed out" << "❌ [MOUNT] Connection timed out (code 60)" << none;
+        QTest::newRow("64 host down") << ip << "docs" << 64 << "Host is down (code 64)" << int(E::CONNECTION_FAILED)
+            << "CONNECTION_FAILED: Host is down (code 64)" << "❌ [MOUNT] Host is down (code 64)" << none;
+        QTest::newRow("65 on address") << ip << "docs" << 65 << "Host unreachable (Error 65)" << int(E::CONNECTION_FAILED)
+            << "CONNECTION_FAILED: Host unreachable (Error 65)" << "❌ [MOUNT] No route to host (code 65)" << none;
         const QString hint = QStringLiteral("Host unreachable (Error 65). Use this Mac’s LAN IP, not localhost, for SMB.");
-        QTest::newRow("65 on localhost") << "localhost" << "docs" << 65 << hint << QString(QStringLiteral("CONNECTION_FAILED: ") + hint) << hint
-                                         << "❌ [MOUNT] No route to host (code 65)" << int(EVENT_TYPE_ENUM::CONNECTION_FAILED);
-        QTest::newRow("80 auth") << ip << "docs" << 80 << "Authentication failed" << "AUTH_FAILED: Authentication failed"
-                                 << "Authentication failed" << "❌ [MOUNT] Authentication failed (code 80)"
-                                 << int(EVENT_TYPE_ENUM::AUTH_FAILED);
-        QTest::newRow("-6600 internal auth") << ip << "docs" << -6600 << "Auth error - try again"
-                                             << "AUTH_FAILED: Auth error - try again" << "Auth error - try again"
-                                             << "❌ [MOUNT] Internal auth error (code -6600)" << int(EVENT_TYPE_ENUM::AUTH_FAILED);
-        QTest::newRow("5 other") << ip << "docs" << 5 << "Mount failed: Error 5" << "UNKNOWN_MOUNT_ERROR: Mount failed with error 5"
-                                 << "Mount failed with error 5" << "❌ [MOUNT] Error code: 5"
-                                 << int(EVENT_TYPE_ENUM::UNKNOWN_MOUNT_ERROR);
-        QTest::newRow("45 other") << ip << "docs" << 45 << "Mount failed: Error 45"
-                                  << "UNKNOWN_MOUNT_ERROR: Mount failed with error 45" << "Mount failed with error 45"
-                                  << "❌ [MOUNT] Error code: 45" << int(EVENT_TYPE_ENUM::UNKNOWN_MOUNT_ERROR);
+        QTest::newRow("65 on localhost") << "localhost" << "docs" << 65 << hint << int(E::CONNECTION_FAILED)
+            << QString(QStringLiteral("CONNECTION_FAILED: ") + hint) << "❌ [MOUNT] No route to host (code 65)" << none;
+        QTest::newRow("80 auth") << ip << "docs" << 80 << "Authentication failed" << int(E::AUTH_FAILED)
+            << "AUTH_FAILED: Authentication failed" << "❌ [MOUNT] Authentication failed (code 80)" << none;
+        QTest::newRow("-6600 internal auth") << ip << "docs" << -6600 << "Auth error - try again" << int(E::AUTH_FAILED)
+            << "AUTH_FAILED: Auth error - try again" << "❌ [MOUNT] Internal auth error (code -6600)" << none;
+        QTest::newRow("5 other") << ip << "docs" << 5 << "Mount failed: Error 5" << int(E::UNKNOWN_MOUNT_ERROR)
+            << "UNKNOWN_MOUNT_ERROR: Mount failed with error 5" << "❌ [MOUNT] Error code: 5" << none;
     }
     void responseCodeTable()
     {
@@ -99,10 +83,10 @@ private Q_SLOTS:
         QFETCH(QString, share);
         QFETCH(int, code);
         QFETCH(QString, status);
-        QFETCH(QString, eventMessage);
-        QFETCH(QString, auditDetails);
-        QFETCH(QString, logLine);
         QFETCH(int, eventType);
+        QFETCH(QString, eventMessage);
+        QFETCH(QString, logLine);
+        QFETCH(QString, auditDetails);
 
         EngineHarness h;
         h.setResolved(QStringLiteral("fileserver.test"), QStringLiteral("127.0.0.5"));
@@ -128,7 +112,7 @@ private Q_SLOTS:
         const AuditLogEntry &entry = audits.first(); // newest first
         QCOMPARE(entry.eventType, AuditEventType::mountFailure);
         QCOMPARE(entry.success, false);
-        QCOMPARE(entry.details, auditDetails);
+        QCOMPARE(entry.details, auditDetails.isEmpty() ? eventMessage.section(QStringLiteral(": "), 1) : auditDetails);
         QCOMPARE(entry.errorCode, std::optional<int>(code));
     }
 
@@ -179,19 +163,20 @@ private Q_SLOTS:
         QCOMPARE(attempt, allowUI);
         QCOMPARE(h.service.mountCalls().first().allowUI, allowUI);
         QCOMPARE(h.hasLine(QStringLiteral("🔐 [MOUNT] NetFS UI: AllowUI (wait for Connect sheet)")), allowUI);
-    }
+        // A numeric loopback host: neither resolved nor probed.
+        QCOMPARE(h.resolveCalls(), 0);
+        QCOMPARE(h.probeCalls(), 0);
+        QVERIFY(h.hasLine(QStringLiteral("⚡ [MOUNT] Skipping DNS — numeric IP literal: 127.0.0.1")));
+        QVERIFY(h.hasLine(QStringLiteral("⚡ [MOUNT] Skipping socket test for local address")));
+        QCOMPARE(r.runtime_ipAddress_String, QStringLiteral("127.0.0.1"));
 
-    void alreadyMountedSkips()
-    {
-        EngineHarness h;
-        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
-        QCOMPARE(h.mountAndWait(id), 0);
+        // Mounted: a second mount is skipped.
         h.clearConsole();
         QCOMPARE(h.mountAndWait(id), -1);
         QVERIFY(h.hasLine(QStringLiteral("⚠️ [MOUNT] Already mounted, skipping")));
         QCOMPARE(h.service.mountCalls().size(), 1);
-        QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::ALREADY_MOUNTED);
         QCOMPARE(h.events().first().eventMessage, QStringLiteral("ALREADY_MOUNTED: Sharename was already mounted"));
+        QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::ALREADY_MOUNTED);
         QVERIFY(h.record(id).runtime_isMounted_Bool);
     }
 
@@ -210,69 +195,51 @@ private Q_SLOTS:
         QVERIFY(h.hasLine(QStringLiteral("📥 [MOUNT] NetFS retry returned response code: 17")));
         QVERIFY(h.hasLine(QStringLiteral("ℹ️ [MOUNT] EEXIST (code 17) — verifying live mount")));
         QVERIFY(h.hasLine(QStringLiteral("❌ [MOUNT] EEXIST but no live mount — ghost directory may still be blocking")));
-        const VolumeRecord &r = h.record(id);
-        QCOMPARE(r.runtime_status_String, QStringLiteral("Mount blocked by stale folder — try Clean Up"));
+        QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Mount blocked by stale folder — try Clean Up"));
         QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::UNKNOWN_MOUNT_ERROR);
         QCOMPARE(h.events().first().eventMessage,
                  QStringLiteral("UNKNOWN_MOUNT_ERROR: Mount path blocked (stale folder at ") + expected + QLatin1Char(')'));
         QCOMPARE(h.audits().first().details, QStringLiteral("Stale mount point blocked connection"));
-    }
 
-    void ghostRetrySucceeds()
-    {
-        EngineHarness h;
-        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
-        h.service.script(shareUrl(QStringLiteral("127.0.0.1"), QStringLiteral("docs")), {codeResult(17), codeResult(0)});
+        // The retry that succeeds mounts the share.
+        h.service.script(url, {codeResult(17), codeResult(0)});
         QCOMPARE(h.mountAndWait(id), 0);
-        QCOMPARE(h.service.mountCalls().size(), 2);
+        QCOMPARE(h.service.mountCalls().size(), 4);
         QVERIFY(h.record(id).runtime_isMounted_Bool);
         QVERIFY(h.record(id).runtime_status_String.startsWith(QStringLiteral("Successfully mounted at ")));
     }
 
-    void code17WithLiveMount()
+    void code17OnAListedPath()
     {
         EngineHarness h;
-        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
-        const QString path = h.makeVolumeFolder(QStringLiteral("smb-share:server=127.0.0.1,share=docs"), true);
-        h.table.setVolumes({{path, QUrl(QStringLiteral("smb://127.0.0.1/docs/")), false}});
-        h.service.script(shareUrl(QStringLiteral("127.0.0.1"), QStringLiteral("docs")), {codeResult(17)});
-        QCOMPARE(h.mountAndWait(id), 17);
-        QCOMPARE(h.service.mountCalls().size(), 1); // live: no ghost retry
-        QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Already mounted at ") + path);
-        QVERIFY(h.record(id).runtime_isMounted_Bool);
+        const QString ip = QStringLiteral("127.0.0.1");
+        const qint64 smb = h.addShare(ip, QStringLiteral("docs"));
+        const qint64 dav = h.addShare(ip, QStringLiteral("dav"), MountUsingProtocol_Enum::WebDAV);
+        const QString smbPath = h.makeVolumeFolder(QStringLiteral("smb-share:server=127.0.0.1,share=docs"), true);
+        const QString davPath = h.makeVolumeFolder(QStringLiteral("dav:host=127.0.0.1,ssl=false,prefix=%2Fdav"), true);
+        h.table.setVolumes({{smbPath, QUrl(QStringLiteral("smb://127.0.0.1/docs/")), false},
+                            {davPath, QUrl(QStringLiteral("dav://127.0.0.1/dav/")), false}});
+        h.service.script(shareUrl(ip, QStringLiteral("docs")), {codeResult(17)});
+        h.service.script(shareUrl(ip, QStringLiteral("dav"), QStringLiteral("http")), {codeResult(17)});
+
+        // Live: no ghost retry, the share counts as mounted and its files are untouched.
+        QCOMPARE(h.mountAndWait(smb), 17);
+        QCOMPARE(h.service.mountCalls().size(), 1);
+        QCOMPARE(h.record(smb).runtime_status_String, QStringLiteral("Already mounted at ") + smbPath);
+        QVERIFY(h.record(smb).runtime_isMounted_Bool);
         QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::MOUNT_SUCCESS);
         QCOMPARE(h.audits().first().eventType, AuditEventType::mountSuccess);
-        QVERIFY(QFile::exists(path + QStringLiteral("/file.txt")));
-    }
+        QVERIFY(QFile::exists(smbPath + QStringLiteral("/file.txt")));
 
-    void code17ListedButShareUrlDead()
-    {
-        EngineHarness h;
-        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("dav"), MountUsingProtocol_Enum::WebDAV);
-        const QString path = h.makeVolumeFolder(QStringLiteral("dav:host=127.0.0.1,ssl=false,prefix=%2Fdav"), true);
-        h.table.setVolumes({{path, QUrl(QStringLiteral("dav://127.0.0.1/dav/")), false}});
+        // Listed, but the WebDAV server behind it is gone.
         h.setShareUrlReachable(false);
-        h.service.script(shareUrl(QStringLiteral("127.0.0.1"), QStringLiteral("dav"), QStringLiteral("http")), {codeResult(17)});
-        QCOMPARE(h.mountAndWait(id), 17);
+        QCOMPARE(h.mountAndWait(dav), 17);
         QVERIFY(h.hasLine(QStringLiteral("❌ [MOUNT] EEXIST path exists but share URL is unreachable")));
-        QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Server unreachable"));
-        QVERIFY(!h.record(id).runtime_isMounted_Bool);
+        QCOMPARE(h.record(dav).runtime_status_String, QStringLiteral("Server unreachable"));
+        QVERIFY(!h.record(dav).runtime_isMounted_Bool);
         QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::CONNECTION_FAILED);
         QVERIFY(h.events().first().eventMessage.endsWith(QStringLiteral(" — server unreachable")));
         QCOMPARE(h.audits().first().details, QStringLiteral("Stale WebDAV mount, server unreachable"));
-    }
-
-    void numericHostIsNeverResolved()
-    {
-        EngineHarness h;
-        const qint64 id = h.addShare(QStringLiteral("127.0.0.7"), QStringLiteral("docs"));
-        QCOMPARE(h.mountAndWait(id), 0);
-        QCOMPARE(h.resolveCalls(), 0);
-        QVERIFY(h.hasLine(QStringLiteral("⚡ [MOUNT] Skipping DNS — numeric IP literal: 127.0.0.7")));
-        QCOMPARE(h.record(id).runtime_ipAddress_String, QStringLiteral("127.0.0.7"));
-        // Loopback: the socket test is skipped.
-        QVERIFY(h.hasLine(QStringLiteral("⚡ [MOUNT] Skipping socket test for local address")));
-        QCOMPARE(h.probeCalls(), 0);
     }
 
     void resolutionAndProbeOutcomes_data()
@@ -284,19 +251,15 @@ private Q_SLOTS:
         QTest::addColumn<int>("eventType");      // -1: no event (the mount went on)
         QTest::addColumn<bool>("platformCalled");
 
-        QTest::newRow("empty host") << "   " << "" << -1 << "Hostname/IP is required" << int(EVENT_TYPE_ENUM::HOSTNAME_UNRESOLVABLE) << false;
+        using E = EVENT_TYPE_ENUM;
+        QTest::newRow("empty host") << "   " << "" << -1 << "Hostname/IP is required" << int(E::HOSTNAME_UNRESOLVABLE) << false;
         QTest::newRow("unresolvable") << "nas.invalid" << "" << -1 << "Hostname unresolvable and not valid IP"
-                                      << int(EVENT_TYPE_ENUM::HOSTNAME_UNRESOLVABLE) << false;
-        QTest::newRow("probe closed") << "nas.test" << "192.0.2.4" << 1 << "Failed: Socket Closed"
-                                      << int(EVENT_TYPE_ENUM::CONNECTION_FAILED) << false;
-        QTest::newRow("probe error") << "nas.test" << "192.0.2.4" << 2 << "Unable to connect to nas.test"
-                                     << int(EVENT_TYPE_ENUM::CONNECTION_FAILED) << false;
-        QTest::newRow("probe timeout") << "nas.test" << "192.0.2.4" << 3 << "Connection timeout: nas.test"
-                                       << int(EVENT_TYPE_ENUM::CONNECTION_FAILED) << false;
-        QTest::newRow("probe ready") << "nas.test" << "192.0.2.4" << 0
-                                     << "Successfully mounted at " << int(EVENT_TYPE_ENUM::MOUNT_SUCCESS) << true;
-        QTest::newRow("docker address skipped") << "nas.test" << "172.20.0.3" << -1
-                                                << "Successfully mounted at " << int(EVENT_TYPE_ENUM::MOUNT_SUCCESS) << true;
+                                      << int(E::HOSTNAME_UNRESOLVABLE) << false;
+        QTest::newRow("probe closed") << "nas.test" << "192.0.2.4" << 1 << "Failed: Socket Closed" << int(E::CONNECTION_FAILED) << false;
+        QTest::newRow("probe error") << "nas.test" << "192.0.2.4" << 2 << "Unable to connect to nas.test" << int(E::CONNECTION_FAILED) << false;
+        QTest::newRow("probe timeout") << "nas.test" << "192.0.2.4" << 3 << "Connection timeout: nas.test" << int(E::CONNECTION_FAILED) << false;
+        QTest::newRow("probe ready") << "nas.test" << "192.0.2.4" << 0 << "Successfully mounted at " << int(E::MOUNT_SUCCESS) << true;
+        QTest::newRow("docker address skipped") << "nas.test" << "172.20.0.3" << -1 << "Successfully mounted at " << int(E::MOUNT_SUCCESS) << true;
     }
     void resolutionAndProbeOutcomes()
     {
@@ -327,20 +290,17 @@ private Q_SLOTS:
     void credentials_data()
     {
         QTest::addColumn<bool>("guest");
-        QTest::addColumn<QString>("storedPassword");
-        QTest::addColumn<QString>("user");
-        QTest::addColumn<QString>("password");
-
-        QTest::newRow("guest") << true << "ignored" << "" << "";
-        QTest::newRow("user with keyring password") << false << "s3cret" << "alice" << "s3cret";
-        QTest::newRow("user without password") << false << "" << "alice" << "";
+        QTest::addColumn<QString>("storedPassword"); // in the keyring for the record; a guest sends none
+        QTest::newRow("guest") << true << "ignored";
+        QTest::newRow("user with keyring password") << false << "s3cret";
+        QTest::newRow("user without password") << false << "";
     }
     void credentials()
     {
         QFETCH(bool, guest);
         QFETCH(QString, storedPassword);
-        QFETCH(QString, user);
-        QFETCH(QString, password);
+        const QString user = guest ? QString() : QStringLiteral("alice");
+        const QString password = guest ? QString() : storedPassword;
 
         EngineHarness h;
         const qint64 id = h.addRecord([&](VolumeRecord &r) {
@@ -425,104 +385,80 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(folder).isDir() && !QFileInfo(folder).isSymLink());
     }
 
-    void staleFolderIsRemovedBeforeConnecting()
+    void stepsAroundTheMount()
     {
         EngineHarness h;
-        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
+        const QString marker = h.dir.path() + QStringLiteral("/ran");
+        const QString script = h.makeScript(QStringLiteral("post.sh"), QStringLiteral("echo hi > '%1'\nexit 3\n").arg(marker));
+        const qint64 id = h.addRecord([&](VolumeRecord &r) {
+            r.macAddress_String = QStringLiteral("AA:BB:CC:DD:EE:FF");
+            r.postMountScriptPath_String = script;
+        });
         const QString ghost = h.makeVolumeFolder(QStringLiteral("smb-share:server=127.0.0.1,share=docs"));
-        QSignalSpy changed(h.engine.get(), &MountEngine::recordChanged);
         QStringList statuses;
         connect(h.engine.get(), &MountEngine::recordChanged, this,
                 [&](qint64) { statuses.append(h.record(id).runtime_status_String); });
         QCOMPARE(h.mountAndWait(id), 0);
+        // Before connecting: the stale folder goes, and Wake-on-LAN is sent before the name is resolved.
         QVERIFY(h.hasLine(QStringLiteral("🧹 [GHOST] Removed ghost mount point: '") + ghost + QLatin1Char('\'')));
         QVERIFY(statuses.contains(QStringLiteral("Removed stale mount point before connecting")));
         QVERIFY(statuses.contains(QStringLiteral("Attempting mount...")));
-    }
-
-    void wakeOnLanBeforeResolving()
-    {
-        EngineHarness h;
-        const qint64 id = h.addRecord([](VolumeRecord &r) { r.macAddress_String = QStringLiteral("AA:BB:CC:DD:EE:FF"); });
-        QCOMPARE(h.mountAndWait(id), 0);
         QCOMPARE(h.wakeCalls(), QStringList{QStringLiteral("AA:BB:CC:DD:EE:FF")});
         const QStringList lines = h.console();
         const qsizetype wake = lines.indexOf(QStringLiteral("📡 [MOUNT] Sending Wake-on-LAN to: AA:BB:CC:DD:EE:FF"));
         const qsizetype resolve = lines.indexOf(QStringLiteral("🔍 [MOUNT] Step 1: Resolving hostname: '127.0.0.1'"));
         QVERIFY(wake >= 0 && resolve > wake);
+        // After success: the post-mount script runs; its failure is reported, the mount stays.
+        h.engine->waitForWorkers();
+        QVERIFY(QFile::exists(marker));
+        QVERIFY(h.hasLine(QStringLiteral("❌ [MOUNT] Script failed with exit code: 3")));
+        QVERIFY(h.record(id).runtime_isMounted_Bool);
     }
 
-    void timeoutCancelsThePendingMount()
+    void hangingMountTimeoutCancelRemove()
     {
         EngineHarness h;
-        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
-        QSignalSpy finished(h.engine.get(), &MountEngine::mountFinished);
+        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("slow"));
         startHanging(h, id);
+        const qint64 other = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("fast"));
+        QCOMPARE(h.mountAndWait(other), 0); // not held up by the hanging one
+        QSignalSpy finished(h.engine.get(), &MountEngine::mountFinished);
+        h.engine->mount(id); // ignored while the first is pending
         QVERIFY(h.engine->isMountInProgress(id));
         h.engine->timeoutMount(id, 60);
         QVERIFY(finished.wait(5000));
         h.settle();
+        QCOMPARE(h.service.mountCalls().size(), 2);
         QCOMPARE(finished.first().at(1).toInt(), int(MountResponseCode::Cancelled));
         QVERIFY(h.hasLine(QStringLiteral("⏰ [MOUNT] Timeout after 60 seconds")));
-        QCOMPARE(h.events().size(), 1);
-        QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::MOUNT_TIMEOUT);
+        QCOMPARE(h.eventCount(EVENT_TYPE_ENUM::MOUNT_TIMEOUT), 1);
         QCOMPARE(h.events().first().eventMessage,
                  QStringLiteral("MOUNT_TIMEOUT: Mount operation timed out after 60 seconds"));
         QVERIFY(!h.record(id).runtime_isMounted_Bool);
         QVERIFY(!h.record(id).runtime_mount_start_time.has_value());
         QVERIFY(h.record(id).runtime_status_String.contains(QStringLiteral("timeout"), Qt::CaseInsensitive));
         QVERIFY(!h.engine->isMountInProgress(id));
-        // The attempt is over: a new mount may start and completes.
-        h.service.setBlocking(QUrl(h.record(id).mountURLText()), false);
-        QCOMPARE(h.mountAndWait(id), 0);
-    }
 
-    void cancelOrRemoveWhilePending()
-    {
-        EngineHarness h;
-        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
-        QSignalSpy finished(h.engine.get(), &MountEngine::mountFinished);
+        // A new attempt may start; a cancel that is not a time-out writes no event.
+        const qsizetype events = h.events().size();
+        finished.clear();
         startHanging(h, id);
-        // A cancel that is not a time-out writes no event.
         h.engine->cancelMount(id);
         QVERIFY(finished.wait(5000));
         h.settle();
-        QVERIFY(h.events().isEmpty());
+        QCOMPARE(h.events().size(), events);
         QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Mount cancelled"));
+        h.service.setBlocking(QUrl(h.record(id).mountURLText()), false);
+        QCOMPARE(h.mountAndWait(id), 0);
+
         // A record removed meanwhile ignores its late result.
+        const qint64 gone = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("gone"));
         finished.clear();
-        startHanging(h, id);
-        QVERIFY(h.engine->removeRecord(id).removed);
+        startHanging(h, gone);
+        QVERIFY(h.engine->removeRecord(gone).removed);
         h.service.releaseBlocked();
         QVERIFY(finished.wait(5000));
-        QVERIFY(h.engine->record(id) == nullptr);
-    }
-
-    void concurrentMountsDoNotWaitForAHangingOne()
-    {
-        EngineHarness h;
-        const qint64 hanging = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("slow"));
-        startHanging(h, hanging);
-        const qint64 other = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("fast"));
-        QCOMPARE(h.mountAndWait(other), 0);
-        QVERIFY(h.engine->isMountInProgress(hanging));
-        // A second mount of the same record is ignored while the first is pending.
-        h.engine->mount(hanging);
-        h.engine->cancelMount(hanging);
-        QTRY_VERIFY(!h.engine->isMountInProgress(hanging));
-        QCOMPARE(h.service.mountCalls().size(), 2);
-    }
-
-    void postMountScriptRunsAfterSuccess()
-    {
-        EngineHarness h;
-        const QString marker = h.dir.path() + QStringLiteral("/ran");
-        const QString script = h.makeScript(QStringLiteral("post.sh"), QStringLiteral("echo hello > '%1'\nexit 3\n").arg(marker));
-        const qint64 id = h.addRecord([&](VolumeRecord &r) { r.postMountScriptPath_String = script; });
-        QCOMPARE(h.mountAndWait(id), 0);
-        h.engine->waitForWorkers();
-        QVERIFY(QFile::exists(marker));
-        QVERIFY(h.hasLine(QStringLiteral("❌ [MOUNT] Script failed with exit code: 3")));
+        QVERIFY(h.engine->record(gone) == nullptr);
     }
 
 private:
