@@ -5,30 +5,31 @@
 
 #include <QTest>
 
+namespace {
+struct Fixture
+{
+    FakeSecretStore fake;
+    CredentialStore store{&fake};
+    std::optional<QString> peek(const QString &a) const { return fake.peek(CredentialStore::kServiceName, a); }
+};
+
+std::optional<QString> some(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+} // namespace
+
 class TestCredentials : public QObject
 {
     Q_OBJECT
 
-private:
-    static QString service() { return CredentialStore::kServiceName; }
-
 private Q_SLOTS:
-    void serviceName()
-    {
-        FakeSecretStore fake;
-        CredentialStore store(&fake);
-        QCOMPARE(store.serviceName(), QStringLiteral("io.tarnwell.Tarnwell.Keychain"));
-        QCOMPARE(store.serviceName().size(), 29);
-    }
-
     void accountOfRecord_data()
     {
         QTest::addColumn<qint64>("id");
         QTest::addColumn<QString>("override"); // empty: none
         QTest::addColumn<QString>("account");
-
         QTest::newRow("record 12") << qint64(12) << QString() << "volume_record_12";
-        QTest::newRow("record 7") << qint64(7) << QString() << "volume_record_7";
         QTest::newRow("record 0") << qint64(0) << QString() << "volume_record_0";
         QTest::newRow("override wins") << qint64(12) << "volume_record_duplicate_abc" << "volume_record_duplicate_abc";
     }
@@ -37,128 +38,93 @@ private Q_SLOTS:
         QFETCH(qint64, id);
         QFETCH(QString, override);
         QFETCH(QString, account);
-
-        FakeSecretStore fake;
-        fake.save(service(), account, QStringLiteral("s3cret"));
-        CredentialStore store(&fake);
+        Fixture f;
+        f.fake.save(CredentialStore::kServiceName, account, QStringLiteral("s3cret"));
         VolumeRecord record;
         record.internal_ID_Int = id;
         if (!override.isEmpty())
             record.credentialAccountOverride = override;
 
-        // Reads from the account...
-        QCOMPARE(store.password(record), QStringLiteral("s3cret"));
-        // ...and writes back to the same one.
+        // Reads from the account and writes back to the same one.
+        QCOMPARE(f.store.password(record), QStringLiteral("s3cret"));
         CredentialStore::setPassword(record, QStringLiteral("changed"));
-        QVERIFY(store.writeBack(record));
-        QCOMPARE(fake.peek(service(), account), std::optional<QString>(QStringLiteral("changed")));
-        QCOMPARE(fake.itemCount(), 1);
+        QVERIFY(f.store.writeBack(record));
+        QCOMPARE(f.peek(account), some("changed"));
+        QCOMPARE(f.fake.itemCount(), 1);
     }
 
-    void cacheWhenNothingStored()
+    void passwordCache()
     {
-        FakeSecretStore fake;
-        CredentialStore store(&fake);
+        Fixture f;
         VolumeRecord record;
         record.internal_ID_Int = 3;
-        QVERIFY(!record._cachedPassword);
+        QVERIFY(!f.store.writeBack(record)); // nothing cached: nothing to write
+        QCOMPARE(f.fake.saveCount(), 0);
 
-        QCOMPARE(store.password(record), QString());
-        QCOMPARE(store.password(record), QString());
-        QCOMPARE(fake.loadCount(), 1);
+        // Nothing stored is cached too: one look-up only, and a later addition is not seen through the cache.
+        QCOMPARE(f.store.password(record), QString());
+        f.fake.save(CredentialStore::kServiceName, QStringLiteral("volume_record_3"), QStringLiteral("late"));
+        QCOMPARE(f.store.password(record), QString());
+        QCOMPARE(f.fake.loadCount(), 1);
         QCOMPARE(record._cachedPassword, std::optional<QString>(QString()));
 
-        // Added later by someone else: still not seen through the cache.
-        fake.save(service(), QStringLiteral("volume_record_3"), QStringLiteral("late"));
-        QCOMPARE(store.password(record), QString());
-        QCOMPARE(fake.loadCount(), 1);
-    }
-
-    void cacheAnswersWithoutStore()
-    {
-        FakeSecretStore fake;
-        CredentialStore store(&fake);
-        VolumeRecord record;
-        record._cachedPassword = QStringLiteral("typed");
-        QCOMPARE(store.password(record), QStringLiteral("typed"));
-        QCOMPARE(fake.loadCount(), 0);
+        VolumeRecord typed;
+        typed._cachedPassword = QStringLiteral("typed");
+        QCOMPARE(f.store.password(typed), QStringLiteral("typed"));
+        QCOMPARE(f.fake.loadCount(), 1);
     }
 
     void duplicateKeepsPasswordApart()
     {
-        FakeSecretStore fake;
-        CredentialStore store(&fake);
+        Fixture f;
         VolumeRecord source;
         source.internal_ID_Int = 5;
-        QVERIFY(store.save(QStringLiteral("pw-source"), source.credentialAccount()));
-        QCOMPARE(store.password(source), QStringLiteral("pw-source"));
+        QVERIFY(f.store.save(QStringLiteral("pw-source"), source.credentialAccount()));
+        QCOMPARE(f.store.password(source), QStringLiteral("pw-source"));
 
-        const VolumeRecord copyConst = source.duplicate(6);
-        VolumeRecord copy = copyConst;
+        VolumeRecord copy = source.duplicate(6);
         QVERIFY(copy.credentialAccount().startsWith(QStringLiteral("volume_record_duplicate_")));
-        QVERIFY(copy.credentialAccount() != source.credentialAccount());
-        const int loads = fake.loadCount();
-        QCOMPARE(store.password(copy), QStringLiteral("pw-source")); // starts with the source's cache
-        QCOMPARE(fake.loadCount(), loads);
+        const int loads = f.fake.loadCount();
+        QCOMPARE(f.store.password(copy), QStringLiteral("pw-source")); // starts with the source's cache
+        QCOMPARE(f.fake.loadCount(), loads);
 
         CredentialStore::setPassword(copy, QStringLiteral("pw-copy"));
-        QVERIFY(store.writeBack(copy));
-        QCOMPARE(fake.peek(service(), source.credentialAccount()), std::optional<QString>(QStringLiteral("pw-source")));
-        QCOMPARE(fake.peek(service(), copy.credentialAccount()), std::optional<QString>(QStringLiteral("pw-copy")));
+        QVERIFY(f.store.writeBack(copy));
+        QCOMPARE(f.peek(source.credentialAccount()), some("pw-source"));
+        QCOMPARE(f.peek(copy.credentialAccount()), some("pw-copy"));
     }
 
-    void saveTwiceLeavesOneItem()
+    void save()
     {
-        FakeSecretStore fake;
-        CredentialStore store(&fake);
-        QVERIFY(store.save(QStringLiteral("one"), QStringLiteral("volume_record_1")));
-        QVERIFY(store.save(QStringLiteral("two"), QStringLiteral("volume_record_1")));
-        QCOMPARE(fake.itemCount(), 1);
-        QCOMPARE(store.load(QStringLiteral("volume_record_1")), std::optional<QString>(QStringLiteral("two")));
-        QCOMPARE(fake.removeCount(), 2); // delete, then add
-    }
+        Fixture f;
+        QCOMPARE(f.store.serviceName(), QStringLiteral("io.tarnwell.Tarnwell.Keychain"));
+        const QString account = QStringLiteral("volume_record_1");
+        QVERIFY(f.store.save(QStringLiteral("one"), account));
+        QVERIFY(f.store.save(QStringLiteral("two"), account));
+        QCOMPARE(f.fake.itemCount(), 1);
+        QCOMPARE(f.store.load(account), some("two"));
+        QCOMPARE(f.fake.removeCount(), 2); // delete, then add
 
-    void unavailableStore()
-    {
-        FakeSecretStore fake;
-        fake.setAvailable(false);
-        CredentialStore store(&fake);
-        QVERIFY(!store.save(QStringLiteral("pw"), QStringLiteral("volume_record_1")));
-        QCOMPARE(store.load(QStringLiteral("volume_record_1")), std::nullopt);
-        VolumeRecord record;
-        QCOMPARE(store.password(record), QString());
-        QCOMPARE(record._cachedPassword, std::optional<QString>(QString()));
-    }
+        // Text the keyring cannot hold is refused before the stored item is touched.
+        QVERIFY(!f.store.save(QStringLiteral("ab") + QChar(0xD800), account)); // a lone surrogate
+        QCOMPARE(f.fake.saveCount(), 2);
+        QCOMPARE(f.fake.removeCount(), 2);
+        QCOMPARE(f.peek(account), some("two"));
 
-    void writeBackNeedsCache()
-    {
-        FakeSecretStore fake;
-        CredentialStore store(&fake);
-        VolumeRecord record;
-        QVERIFY(!store.writeBack(record));
-        QCOMPARE(fake.saveCount(), 0);
-    }
-
-    void invalidTextIsRefused()
-    {
-        FakeSecretStore fake;
-        fake.save(service(), QStringLiteral("volume_record_1"), QStringLiteral("old"));
-        CredentialStore store(&fake);
-        const QString loneSurrogate = QStringLiteral("ab") + QChar(0xD800);
-        QVERIFY(!store.save(loneSurrogate, QStringLiteral("volume_record_1")));
-        QCOMPARE(fake.saveCount(), 1); // only the setup's
-        QCOMPARE(fake.removeCount(), 0);
-        QCOMPARE(fake.peek(service(), QStringLiteral("volume_record_1")), std::optional<QString>(QStringLiteral("old")));
-    }
-
-    void unicodePasswordRoundTrip()
-    {
-        FakeSecretStore fake;
-        CredentialStore store(&fake, QStringLiteral("other.service"));
+        // Another service name keeps its own items.
+        CredentialStore other(&f.fake, QStringLiteral("other.service"));
         const QString pw = QStringLiteral("pä$$ wörd 🔑");
-        QVERIFY(store.save(pw, QStringLiteral("a")));
-        QCOMPARE(fake.peek(QStringLiteral("other.service"), QStringLiteral("a")), std::optional<QString>(pw));
-        QCOMPARE(fake.peek(service(), QStringLiteral("a")), std::nullopt);
+        QVERIFY(other.save(pw, account));
+        QCOMPARE(f.fake.peek(QStringLiteral("other.service"), account), std::optional<QString>(pw));
+        QCOMPARE(f.peek(account), some("two"));
+
+        // A locked or missing keyring: refusals, and the record remembers that there is nothing to use.
+        f.fake.setAvailable(false);
+        QVERIFY(!f.store.save(QStringLiteral("pw"), account));
+        QCOMPARE(f.store.load(account), std::nullopt);
+        VolumeRecord record;
+        QCOMPARE(f.store.password(record), QString());
+        QCOMPARE(record._cachedPassword, std::optional<QString>(QString()));
     }
 };
 

@@ -21,109 +21,65 @@ private Q_SLOTS:
     }
     void cleanup() { Console::setSink({}); }
 
-    void skipHost_data()
+    void skip_data()
     {
-        QTest::addColumn<QString>("host");
-        QTest::addColumn<QString>("line"); // empty: not skipped
-
-        const QString local = NetworkTester::kSkipLocalhostPrefix;
-        const QString bridge = NetworkTester::kSkipDockerBridgePrefix;
-        const QString docker = NetworkTester::kSkipDockerPrefix;
-        QTest::newRow("localhost") << "localhost" << local + QStringLiteral("localhost");
-        QTest::newRow("upper-case LOCALHOST") << "LOCALHOST" << local + QStringLiteral("LOCALHOST");
-        QTest::newRow("127.0.0.1") << "127.0.0.1" << local + QStringLiteral("127.0.0.1");
-        QTest::newRow("::1") << "::1" << local + QStringLiteral("::1");
-        QTest::newRow("other loopback is a host rule miss") << "127.0.1.1" << QString();
-        QTest::newRow("bracketed ::1 is not the literal") << "[::1]" << QString();
-        QTest::newRow("localhost with space") << " localhost" << QString();
-        QTest::newRow("bridge 172.17.0.2") << "172.17.0.2" << bridge + QStringLiteral("172.17.0.2");
-        QTest::newRow("172.16.5.5 probed") << "172.16.5.5" << QString();
-        QTest::newRow("172.20.1.1") << "172.20.1.1" << docker + QStringLiteral("172.20.1.1");
-        QTest::newRow("172.31.255.1") << "172.31.255.1" << docker + QStringLiteral("172.31.255.1");
-        QTest::newRow("172.32.0.1 probed") << "172.32.0.1" << QString();
-        QTest::newRow("two parts only") << "172.18" << docker + QStringLiteral("172.18");
-        QTest::newRow("172.17 without dot is no bridge") << "172.17" << docker + QStringLiteral("172.17");
-        QTest::newRow("second part not a number") << "172.x.0.1" << QString();
-        QTest::newRow("second part empty") << "172..0.1" << QString();
-        QTest::newRow("name starting 172") << "172-20.example" << QString();
-        QTest::newRow("plain name") << "nas.example.org" << QString();
-        QTest::newRow("empty") << "" << QString();
-    }
-    void skipHost()
-    {
-        QFETCH(QString, host);
-        QFETCH(QString, line);
-        QCOMPARE(NetworkTester::shouldSkipHost(host), !line.isEmpty());
-        QCOMPARE(m_lines, line.isEmpty() ? QStringList() : QStringList{line});
-    }
-
-    void skipAddress_data()
-    {
-        QTest::addColumn<QString>("address");
-        QTest::addColumn<QString>("line");
-
-        const QString loop = NetworkTester::kSkipLoopbackIPPrefix;
-        const QString docker = NetworkTester::kSkipDockerIPPrefix;
-        QTest::newRow("127.0.1.1") << "127.0.1.1" << loop + QStringLiteral("127.0.1.1");
-        QTest::newRow("127.0.0.1") << "127.0.0.1" << loop + QStringLiteral("127.0.0.1");
-        QTest::newRow("172.16.0.1 probed") << "172.16.0.1" << QString();
-        QTest::newRow("172.17.0.2") << "172.17.0.2" << docker + QStringLiteral("172.17.0.2");
-        QTest::newRow("172.31.0.9") << "172.31.0.9" << docker + QStringLiteral("172.31.0.9");
-        QTest::newRow("172.32.0.1 probed") << "172.32.0.1" << QString();
-        QTest::newRow("10.0.0.1") << "10.0.0.1" << QString();
-        QTest::newRow("1270.0.0.1") << "1270.0.0.1" << QString();
-        QTest::newRow("::1 is not a 127. address") << "::1" << QString();
-        QTest::newRow("unresolved 0.0.0.0") << "0.0.0.0" << QString();
-    }
-    void skipAddress()
-    {
-        QFETCH(QString, address);
-        QFETCH(QString, line);
-        QCOMPARE(NetworkTester::shouldSkipAddress(address), !line.isEmpty());
-        QCOMPARE(m_lines, line.isEmpty() ? QStringList() : QStringList{line});
-    }
-
-    void resolveLiteralIsNotLookedUp()
-    {
-        QCOMPARE(NetworkTester::resolveHostName(QStringLiteral(" [2001:db8::7] ")), QStringLiteral("2001:db8::7"));
-        QCOMPARE(m_lines, QStringList{NetworkTester::kDnsNumericLiteralPrefix + QStringLiteral("2001:db8::7")});
-        QCOMPARE(NetworkTester::resolveHostName(QString()), QStringLiteral("0.0.0.0"));
-    }
-
-    void nameResolutionFailure_data()
-    {
+        QTest::addColumn<bool>("isAddress"); // a resolved address, not a host name from the record
         QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("expected");
-
-        QTest::newRow("DNS upper") << "DNS error -65554" << true;
-        QTest::newRow("unresolvable") << "host is Unresolvable" << true;
-        QTest::newRow("not valid ip") << "That is NOT VALID IP" << true;
-        QTest::newRow("could not be resolved") << "The name could not be resolved." << true;
-        QTest::newRow("hostname could not") << "Hostname could not be found" << true;
-        QTest::newRow("nodename") << "nodename nor servname provided, or not known" << true;
-        QTest::newRow("refused") << "Connection refused" << false;
-        QTest::newRow("timed out") << "Operation timed out" << false;
-        QTest::newRow("resolved alone") << "resolved" << false;
-        QTest::newRow("empty") << "" << false;
+        QTest::addColumn<QString>("line"); // empty: not skipped
+        const auto row = [](bool isAddress, const char *text, const QString &prefix) {
+            const QString value = QString::fromUtf8(text);
+            QTest::addRow("%s '%s'", isAddress ? "address" : "host", text)
+                << isAddress << value << (prefix.isEmpty() ? QString() : prefix + value);
+        };
+        row(false, "localhost", NetworkTester::kSkipLocalhostPrefix);
+        row(false, "LOCALHOST", NetworkTester::kSkipLocalhostPrefix);
+        row(false, "::1", NetworkTester::kSkipLocalhostPrefix);
+        row(false, " localhost", {});
+        row(false, "127.0.1.1", {}); // only the loopback names, not the range
+        row(false, "[::1]", {});
+        row(false, "172.17.0.2", NetworkTester::kSkipDockerBridgePrefix);
+        row(false, "172.16.5.5", {}); // 172.17 to 172.31 only
+        row(false, "172.31.255.1", NetworkTester::kSkipDockerPrefix);
+        row(false, "172.32.0.1", {});
+        row(false, "172.17", NetworkTester::kSkipDockerPrefix);
+        row(false, "172.x.0.1", {});
+        row(false, "nas.example.org", {});
+        row(false, "", {});
+        row(true, "127.0.1.1", NetworkTester::kSkipLoopbackIPPrefix);
+        row(true, "172.16.0.1", {});
+        row(true, "172.17.0.9", NetworkTester::kSkipDockerIPPrefix);
+        row(true, "172.31.0.9", NetworkTester::kSkipDockerIPPrefix);
+        row(true, "172.32.0.9", {});
+        row(true, "1270.0.0.1", {});
+        row(true, "::1", {}); // not a 127. address
     }
-    void nameResolutionFailure()
+    void skip()
     {
+        QFETCH(bool, isAddress);
         QFETCH(QString, text);
-        QFETCH(bool, expected);
-        QCOMPARE(NetworkTester::looksLikeNameResolutionFailure(text), expected);
+        QFETCH(QString, line);
+        const bool skipped = isAddress ? NetworkTester::shouldSkipAddress(text) : NetworkTester::shouldSkipHost(text);
+        QCOMPARE(skipped, !line.isEmpty());
+        QCOMPARE(m_lines, line.isEmpty() ? QStringList() : QStringList{line});
     }
 
+    // A name-resolution failure on a numeric endpoint is told as a failed connection; any other text stays.
     void failureMessage_data()
     {
         QTest::addColumn<QString>("endpoint");
         QTest::addColumn<int>("port");
         QTest::addColumn<QString>("description");
         QTest::addColumn<QString>("message");
-
-        QTest::newRow("numeric v4 + dns") << "10.0.0.5" << 445 << "DNS resolution failed" << "Could not connect to 10.0.0.5:445";
-        QTest::newRow("numeric v6 + dns") << "fe80::2" << 548 << "unresolvable" << "Could not connect to fe80::2:548";
-        QTest::newRow("name + dns") << "nas.lan" << 445 << "DNS resolution failed" << "DNS resolution failed";
-        QTest::newRow("numeric + other") << "10.0.0.5" << 445 << "Connection reset by peer" << "Connection reset by peer";
+        const QString connect = QStringLiteral("Could not connect to 10.0.0.5:445");
+        // One row per marker, in other case than the marker's.
+        for (const char *text : {"DNS error -65554", "host is Unresolvable", "That is NOT VALID IP",
+                                 "The name could not be resolved.", "Hostname could not be found",
+                                 "nodename nor servname provided, or not known"})
+            QTest::newRow(text) << "10.0.0.5" << 445 << QString::fromUtf8(text) << connect;
+        for (const char *text : {"Connection refused", "resolved", ""})
+            QTest::newRow(text) << "10.0.0.5" << 445 << QString::fromUtf8(text) << QString::fromUtf8(text);
+        QTest::newRow("numeric v6") << "fe80::2" << 548 << "unresolvable" << "Could not connect to fe80::2:548";
+        QTest::newRow("name") << "nas.lan" << 445 << "DNS resolution failed" << "DNS resolution failed";
     }
     void failureMessage()
     {
@@ -134,8 +90,13 @@ private Q_SLOTS:
         QCOMPARE(NetworkTester::failureMessage(endpoint, port, description), message);
     }
 
-    void probeArguments()
+    void answersWithoutNetwork()
     {
+        QCOMPARE(NetworkTester::resolveHostName(QStringLiteral(" [2001:db8::7] ")), QStringLiteral("2001:db8::7"));
+        QCOMPARE(m_lines, QStringList{NetworkTester::kDnsNumericLiteralPrefix + QStringLiteral("2001:db8::7")});
+        QCOMPARE(NetworkTester::resolveHostName(QString()), QStringLiteral("0.0.0.0"));
+        m_lines.clear();
+
         // No endpoint: an error before anything else, even without preferences.
         const SelectResult empty = NetworkTester(nullptr).probe(QString(), QString(), 445);
         QCOMPARE(empty, SelectResult::error(QStringLiteral("No Hostname or IP provided")));
@@ -148,22 +109,15 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("address");
         QTest::addColumn<QByteArray>("mac"); // empty: nothing is sent
-
         const QByteArray abc = QByteArray::fromHex("AABBCCDDEEFF");
-        QTest::newRow("colons") << "AA:BB:CC:DD:EE:FF" << abc;
-        QTest::newRow("dashes lower") << "aa-bb-cc-dd-ee-ff" << abc;
         QTest::newRow("bare") << "AABBCCDDEEFF" << abc;
         QTest::newRow("mixed case and separators") << "aA-Bb:cC-dD:Ee-fF" << abc;
         QTest::newRow("odd grouping") << "A:AB:BC:CD:DE:EF:F" << abc;
-        QTest::newRow("zeros") << "00:00:00:00:00:00" << QByteArray(6, '\0');
         QTest::newRow("other bytes") << "01:23:45:67:89:ab" << QByteArray::fromHex("0123456789AB");
-        QTest::newRow("too short") << "AA:BB:CC" << QByteArray();
-        QTest::newRow("too long") << "AA:BB:CC:DD:EE:FF:00" << QByteArray();
         QTest::newRow("11 digits") << "AA:BB:CC:DD:EE:F" << QByteArray();
+        QTest::newRow("13 digits") << "AA:BB:CC:DD:EE:FF:0" << QByteArray();
         QTest::newRow("not hex") << "GG:BB:CC:DD:EE:FF" << QByteArray();
-        QTest::newRow("spaces") << "AA BB CC DD EE FF" << QByteArray();
         QTest::newRow("sign in pair") << "+A:BB:CC:DD:EE:FF" << QByteArray();
-        QTest::newRow("empty") << "" << QByteArray();
     }
     void magicPacket()
     {
@@ -171,19 +125,16 @@ private Q_SLOTS:
         QFETCH(QByteArray, mac);
         const auto packet = WakeOnLan::magicPacket(address);
         QCOMPARE(packet.has_value(), !mac.isEmpty());
-        if (!packet)
+        if (!packet) {
+            // The destination would be a loopback port; a malformed address must not even open a socket.
+            QVERIFY(!WakeOnLan(QStringLiteral("127.0.0.1"), 9).send(address));
+            QVERIFY(m_lines.isEmpty());
             return;
+        }
         QCOMPARE(packet->size(), 102);
         QCOMPARE(packet->left(6), QByteArray(6, char(0xFF)));
         for (int i = 0; i < 16; ++i)
             QCOMPARE(packet->mid(6 + 6 * i, 6), mac);
-    }
-
-    void malformedAddressSendsNothing()
-    {
-        // The destination would be a loopback port; a malformed address must not even open a socket.
-        QVERIFY(!WakeOnLan(QStringLiteral("127.0.0.1"), 9).send(QStringLiteral("AA:BB:CC")));
-        QVERIFY(m_lines.isEmpty());
     }
 };
 

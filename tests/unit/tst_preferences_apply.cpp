@@ -8,75 +8,50 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+Q_DECLARE_METATYPE(AppDelegateFields)
+
 class TestPreferencesApply : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void integers_data();
-    void integers();
-    void booleansAndNotification();
+    void apply_data()
+    {
+        using namespace Preferences::Keys;
+        QTest::addColumn<QVariantMap>("stored");
+        QTest::addColumn<AppDelegateFields>("copied");
+        // Unset values stay unset: each consumer then keeps its own default (the probe's, the log's 2000 ...).
+        QTest::newRow("nothing stored") << QVariantMap() << AppDelegateFields();
+        QTest::newRow("not an integer") << QVariantMap{{MountTimeout, QStringLiteral("60")}} << AppDelegateFields();
+        // Distinct values per field, so that a key read into the wrong field shows; out-of-range values clamped.
+        QTest::newRow("all set") << QVariantMap{{TcpConnectionTimeout, 30}, {MountTimeout, 1},
+                                                {AutoMountCheckInterval, 5000}, {MaxNumberOfLogLines, 500},
+                                                {DeleteAssociatedLogEntries, false}, {ShowConfigurationOnStart, true}}
+                                 << AppDelegateFields{5, 10, 1440, 500, false, true};
+    }
+    void apply()
+    {
+        QFETCH(QVariantMap, stored);
+        QFETCH(AppDelegateFields, copied);
+        QTemporaryDir dir;
+        Defaults defaults(dir.path() + QStringLiteral("/prefs.plist"));
+        for (auto it = stored.cbegin(); it != stored.cend(); ++it)
+            defaults.setValue(it.key(), it.value());
+        NotificationCenter center;
+        QSignalSpy posted(&center, &NotificationCenter::posted);
+        AppDelegateFields fields{12345, 12345, 12345, 12345, true, false}; // stale copies are replaced, also by "unset"
+
+        PreferencesApply::apply(defaults, fields, &center);
+        QCOMPARE(fields.tcp_connection_timeout_Int, copied.tcp_connection_timeout_Int);
+        QCOMPARE(fields.mount_timeout_Int, copied.mount_timeout_Int);
+        QCOMPARE(fields.auto_mount_check_interval_Int, copied.auto_mount_check_interval_Int);
+        QCOMPARE(fields.max_number_of_log_lines_Int, copied.max_number_of_log_lines_Int);
+        QCOMPARE(fields.delete_associated_log_entries, copied.delete_associated_log_entries);
+        QCOMPARE(fields.show_configuration_on_start, copied.show_configuration_on_start);
+        QCOMPARE(posted.size(), 1);
+        QCOMPARE(posted.first().at(0).toString(), QStringLiteral("Tarnwell_PreferencesChanged"));
+        QVERIFY(posted.first().at(1).toMap().isEmpty());
+    }
 };
-
-using Field = std::optional<int> AppDelegateFields::*;
-Q_DECLARE_METATYPE(Field)
-
-void TestPreferencesApply::integers_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<Field>("field");
-    QTest::addColumn<QVariant>("stored");
-    QTest::addColumn<std::optional<int>>("copied");
-    const auto tcp = &AppDelegateFields::tcp_connection_timeout_Int;
-    const auto mount = &AppDelegateFields::mount_timeout_Int;
-    const auto interval = &AppDelegateFields::auto_mount_check_interval_Int;
-    const auto lines = &AppDelegateFields::max_number_of_log_lines_Int;
-    QTest::newRow("tcp unset keeps the probe's own default") << Preferences::Keys::TcpConnectionTimeout << Field(tcp) << QVariant() << std::optional<int>();
-    QTest::newRow("tcp in range") << Preferences::Keys::TcpConnectionTimeout << Field(tcp) << QVariant(3) << std::optional<int>(3);
-    QTest::newRow("tcp above range") << Preferences::Keys::TcpConnectionTimeout << Field(tcp) << QVariant(30) << std::optional<int>(5);
-    QTest::newRow("mount below range") << Preferences::Keys::MountTimeout << Field(mount) << QVariant(1) << std::optional<int>(10);
-    QTest::newRow("mount not an integer") << Preferences::Keys::MountTimeout << Field(mount) << QVariant(QStringLiteral("60")) << std::optional<int>();
-    QTest::newRow("interval 10") << Preferences::Keys::AutoMountCheckInterval << Field(interval) << QVariant(10) << std::optional<int>(10);
-    QTest::newRow("interval 5000") << Preferences::Keys::AutoMountCheckInterval << Field(interval) << QVariant(5000) << std::optional<int>(1440);
-    QTest::newRow("log lines unset keeps the log's 2000") << Preferences::Keys::MaxNumberOfLogLines << Field(lines) << QVariant() << std::optional<int>();
-    QTest::newRow("log lines 500") << Preferences::Keys::MaxNumberOfLogLines << Field(lines) << QVariant(500) << std::optional<int>(500);
-}
-
-void TestPreferencesApply::integers()
-{
-    QFETCH(QString, key);
-    QFETCH(Field, field);
-    QFETCH(QVariant, stored);
-    QFETCH(std::optional<int>, copied);
-    QTemporaryDir dir;
-    Defaults defaults(dir.path() + QStringLiteral("/prefs.plist"));
-    if (stored.isValid())
-        defaults.setValue(key, stored);
-    AppDelegateFields fields;
-    fields.*field = 12345; // a stale copy is replaced, also by "unset"
-    PreferencesApply::apply(defaults, fields, nullptr);
-    QCOMPARE(fields.*field, copied);
-}
-
-void TestPreferencesApply::booleansAndNotification()
-{
-    QTemporaryDir dir;
-    Defaults defaults(dir.path() + QStringLiteral("/prefs.plist"));
-    NotificationCenter center;
-    QSignalSpy posted(&center, &NotificationCenter::posted);
-    AppDelegateFields fields;
-    PreferencesApply::apply(defaults, fields, &center);
-    QCOMPARE(fields.delete_associated_log_entries, std::nullopt);
-    QCOMPARE(posted.size(), 1);
-    QCOMPARE(posted.first().at(0).toString(), QStringLiteral("Tarnwell_PreferencesChanged"));
-    QVERIFY(posted.first().at(1).toMap().isEmpty());
-
-    defaults.setValue(Preferences::Keys::DeleteAssociatedLogEntries, false);
-    defaults.setValue(Preferences::Keys::ShowConfigurationOnStart, true);
-    PreferencesApply::apply(defaults, fields, &center);
-    QCOMPARE(fields.delete_associated_log_entries, std::optional<bool>(false));
-    QCOMPARE(fields.show_configuration_on_start, std::optional<bool>(true));
-    QCOMPARE(posted.size(), 2);
-}
 
 QTEST_GUILESS_MAIN(TestPreferencesApply)
 #include "tst_preferences_apply.moc"
