@@ -1,8 +1,8 @@
 // Cost of one event-log insertion on a full log: insert, trim, and persist the whole list to the real
 // preferences file (atomic rewrite). Prints figures; asserts nothing.
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
-#include "app/Preferences.h"
+#include "base/Defaults.h"
+#include "base/NotificationCenter.h"
+#include "base/Preferences.h"
 #include "logging/LogEventManager.h"
 
 #include <QCoreApplication>

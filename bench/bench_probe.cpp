@@ -1,6 +1,6 @@
 // Median latency of one reachability probe on loopback: to a port nothing listens on (answered by a
 // refusal) and to a listening port. Prints figures; asserts nothing.
-#include "app/Console.h"
+#include "base/Console.h"
 #include "core/NetworkTester.h"
 
 #include <QElapsedTimer>

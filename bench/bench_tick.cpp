@@ -8,7 +8,7 @@
 //         mounted again (target: <= interval + 1 s).
 #include "support/EngineHarness.h"
 
-#include "app/Preferences.h"
+#include "base/Preferences.h"
 #include "platform/SystemClock.h"
 #include "platform/fake/FakeClock.h"
 

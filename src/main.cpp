@@ -1,7 +1,7 @@
 // tarnwell: the engine with its control interface; the tray application when a user interface is built and
 // a display exists, the headless daemon otherwise (or with --headless).
-#include "app/Console.h"
-#include "app/lifecycle/AppDelegate.h"
+#include "base/Console.h"
+#include "app/AppDelegate.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -5,7 +5,7 @@
 #include "PasswordReader.h"
 #include "ShareArguments.h"
 
-#include "app/lifecycle/ControlNames.h"
+#include "control/ControlNames.h"
 
 #include <QDBusServiceWatcher>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 #include "ControlClient.h"
 
-#include "app/lifecycle/ControlNames.h"
+#include "control/ControlNames.h"
 
 #include <QDBusError>
 

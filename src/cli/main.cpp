@@ -1,4 +1,5 @@
 // tarnwellctl: the command-line client of the running Tarnwell engine (session bus).
+#include "Command.h"
 #include "CommandLine.h"
 #include "Commands.h"
 
@@ -15,6 +16,18 @@ int main(int argc, char *argv[])
 
     QStringList arguments = QCoreApplication::arguments();
     arguments.removeFirst();
+
+    // Commands written as classes with their own parser; the rest still go through the command table.
+    if (!arguments.isEmpty()) {
+        for (const auto &command : allCommands()) {
+            if (command->name() == arguments.first()) {
+                const int status = command->run(arguments);
+                std::fflush(stdout);
+                std::fflush(stderr);
+                std::_Exit(status);
+            }
+        }
+    }
 
     QString error;
     const auto parsed = CommandLine::parse(arguments, &error);

@@ -1,9 +1,10 @@
 #include "AutoMountScheduler.h"
 
-#include "app/Console.h"
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
-#include "app/Preferences.h"
+#include "base/Console.h"
+#include "base/Defaults.h"
+#include "base/NotificationCenter.h"
+#include "base/Preferences.h"
+#include "core/RecordEvent.h"
 #include "core/FuseBridgeWatchdog.h"
 #include "core/MountEngine.h"
 #include "core/MountPointFinder.h"
@@ -307,7 +308,7 @@ void AutoMountScheduler::onServerCheck(qint64 id, const QString &path, bool reac
         r.runtime_status_String = kServerUnreachableStatus;
     });
     if (const VolumeRecord *updated = m_deps.engine->record(id)) {
-        m_deps.eventLog->addEvent(LogEvent(updated, EVENT_TYPE_ENUM::CONNECTION_FAILED,
+        m_deps.eventLog->addEvent(recordEvent(updated, EVENT_TYPE_ENUM::CONNECTION_FAILED,
                                            LogEvent::message(EVENT_TYPE_ENUM::CONNECTION_FAILED,
                                                              kServerGoneEventText + path)));
     }
@@ -420,7 +421,7 @@ void AutoMountScheduler::onVolumeUnmounted(const QString &path)
     });
     startStatusClear(id);
     if (const VolumeRecord *updated = m_deps.engine->record(id)) {
-        m_deps.eventLog->addEvent(LogEvent(updated, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS,
+        m_deps.eventLog->addEvent(recordEvent(updated, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS,
                                            LogEvent::message(EVENT_TYPE_ENUM::UNMOUNT_SUCCESS,
                                                              kEjectedExternallyMessage)));
     }

@@ -1,6 +1,6 @@
 #include "FuseBridgeWatchdog.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 #include "logging/LogEvent.h"
 #include "logging/LogEventManager.h"
 
@@ -217,7 +217,7 @@ void FuseBridgeWatchdog::reportLoss(State state)
     Console::line(kLostLine.arg(m_options.volumesFolder, describe(state)));
     if (m_eventLog) {
         const QString text = kLostEventText.arg(m_options.volumesFolder, describe(state));
-        m_eventLog->addEvent(LogEvent(nullptr, EVENT_TYPE_ENUM::CONNECTION_FAILED,
+        m_eventLog->addEvent(LogEvent::general(EVENT_TYPE_ENUM::CONNECTION_FAILED,
                                       LogEvent::message(EVENT_TYPE_ENUM::CONNECTION_FAILED, text)));
     }
     Q_EMIT bridgeLost(state);
@@ -252,7 +252,7 @@ void FuseBridgeWatchdog::onCheckDone(const CheckResult &result)
             Console::line(kRestartedLine.arg(m_options.volumesFolder).arg(result.pid));
             if (m_eventLog) {
                 const QString text = kRestartedEventText.arg(m_options.volumesFolder);
-                m_eventLog->addEvent(LogEvent(nullptr, EVENT_TYPE_ENUM::CONNECTION_SUCCESS,
+                m_eventLog->addEvent(LogEvent::general(EVENT_TYPE_ENUM::CONNECTION_SUCCESS,
                                               LogEvent::message(EVENT_TYPE_ENUM::CONNECTION_SUCCESS, text)));
             }
             Q_EMIT bridgeRestarted(result.pid);
@@ -262,7 +262,7 @@ void FuseBridgeWatchdog::onCheckDone(const CheckResult &result)
             Console::line(kRestartFailedLine.arg(result.failure));
             if (m_eventLog) {
                 const QString text = kRestartFailedEventText.arg(result.failure);
-                m_eventLog->addEvent(LogEvent(nullptr, EVENT_TYPE_ENUM::CONNECTION_FAILED,
+                m_eventLog->addEvent(LogEvent::general(EVENT_TYPE_ENUM::CONNECTION_FAILED,
                                               LogEvent::message(EVENT_TYPE_ENUM::CONNECTION_FAILED, text)));
             }
         }

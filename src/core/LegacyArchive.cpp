@@ -1,7 +1,7 @@
 #include "LegacyArchive.h"
 
-#include "app/Console.h"
-#include "app/PropertyList.h"
+#include "base/Console.h"
+#include "base/PropertyList.h"
 
 #include <QFile>
 #include <QHash>

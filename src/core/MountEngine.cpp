@@ -1,9 +1,10 @@
 #include "MountEngine.h"
 
-#include "app/Console.h"
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
-#include "app/Preferences.h"
+#include "base/Console.h"
+#include "base/Defaults.h"
+#include "base/NotificationCenter.h"
+#include "base/Preferences.h"
+#include "core/RecordEvent.h"
 #include "core/CredentialStore.h"
 #include "core/MountPipeline.h"
 #include "core/MountPointFinder.h"
@@ -133,7 +134,7 @@ void MountEngine::postRecordChanged()
 
 void MountEngine::addEvent(const VolumeRecord &record, EVENT_TYPE_ENUM type, const QString &text)
 {
-    m_deps.eventLog->addEvent(LogEvent(&record, type, LogEvent::message(type, text)), 0);
+    m_deps.eventLog->addEvent(recordEvent(&record, type, LogEvent::message(type, text)), 0);
 }
 
 void MountEngine::audit(AuditEventType type, const VolumeRecord &record, const QString &details, bool success,

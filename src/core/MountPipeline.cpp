@@ -1,6 +1,6 @@
 #include "MountPipeline.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 #include "core/CredentialStore.h"
 #include "core/MountPointFinder.h"
 #include "core/NetworkTester.h"

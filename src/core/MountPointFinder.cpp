@@ -1,6 +1,6 @@
 #include "MountPointFinder.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 #include "logging/AuditEventType.h"
 #include "logging/LogEvent.h"
 #include "platform/FileSystem.h"

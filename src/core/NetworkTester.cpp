@@ -2,9 +2,9 @@
 
 #include "core/VolumeRecord.h"
 
-#include "app/Console.h"
-#include "app/Defaults.h"
-#include "app/Preferences.h"
+#include "base/Console.h"
+#include "base/Defaults.h"
+#include "base/Preferences.h"
 
 #include <QStringList>
 

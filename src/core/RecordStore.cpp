@@ -1,10 +1,10 @@
 #include "RecordStore.h"
 
-#include "app/Console.h"
-#include "app/Defaults.h"
+#include "base/Console.h"
+#include "base/Defaults.h"
 #include "LegacyArchive.h"
-#include "app/NotificationCenter.h"
-#include "app/Preferences.h"
+#include "base/NotificationCenter.h"
+#include "base/Preferences.h"
 
 const QString RecordStore::kDecodeFailedLine = QStringLiteral("⚠️ [Persistence] Failed to decode archived data: ");
 const QString RecordStore::kEncodeFailedLine = QStringLiteral("⚠️ [Persistence] Failed to encode archived data: ");

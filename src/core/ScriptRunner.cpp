@@ -1,6 +1,6 @@
 #include "ScriptRunner.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 
 #include <QFileInfo>
 #include <QProcess>

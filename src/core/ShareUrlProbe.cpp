@@ -1,6 +1,6 @@
 #include "ShareUrlProbe.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 #include "core/VolumeRecord.h"
 
 #include <QAbstractSocket>

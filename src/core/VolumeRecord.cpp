@@ -1,7 +1,7 @@
 #include "VolumeRecord.h"
 
-#include "app/NotificationCenter.h"
-#include "app/PropertyList.h"
+#include "base/NotificationCenter.h"
+#include "base/PropertyList.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>

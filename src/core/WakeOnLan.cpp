@@ -1,6 +1,6 @@
 #include "core/WakeOnLan.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

@@ -1,6 +1,6 @@
 #include "AuditLogFile.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 
 #include <QDir>
 #include <QFile>

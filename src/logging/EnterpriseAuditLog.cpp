@@ -1,7 +1,7 @@
 #include "EnterpriseAuditLog.h"
 
-#include "app/Console.h"
-#include "app/Paths.h"
+#include "base/Console.h"
+#include "base/Paths.h"
 #include "logging/AuditLogFile.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "LogEvent.h"
 
-#include "app/PropertyList.h"
+#include "base/PropertyList.h"
 
 #include <array>
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "core/VolumeRecord.h"
-
 #include <QDateTime>
 #include <QString>
 #include <QVariantMap>
@@ -60,26 +58,20 @@ public:
 
     LogEvent() = default;
 
-    // Copies id, host, share name, computed mount point and status from the record (0 and empty strings
-    // when record is null); eventDate = now. The message is stored as given: callers that follow the
-    // "<raw value>: <text>" convention build it with message().
-    // Defined inline so that the logging library reads the record's public fields without linking the core.
-    LogEvent(const VolumeRecord *record, EVENT_TYPE_ENUM type, const QString &message)
-        : LogEvent(record ? record->internal_ID_Int : 0,
-                   record ? record->hostname_String : QString(),
-                   record ? record->volume_String : QString(),
-                   record ? record->runtime_computed_mountpoint_String : QString(),
-                   record ? record->runtime_status_String : QString(), type, message)
-    {
-    }
-
-    // The same with explicit values (for callers holding only a record's id and texts).
+    // eventDate = now. The message is stored as given: callers that follow the "<raw value>: <text>"
+    // convention build it with message(). An event about a share is made from its record by
+    // core/RecordEvent.h, which copies these values from it.
     LogEvent(qint64 recordId, const QString &hostname, const QString &sharename, const QString &mountpoint,
              const QString &statusText, EVENT_TYPE_ENUM type, const QString &message);
 
     // The event-message convention: the kind's raw value, ": " and the text
     // (message(UNMOUNT_SUCCESS, "Volume was already ejected") == "UMMOUNT_SUCCESS: Volume was already ejected").
     static QString message(EVENT_TYPE_ENUM type, const QString &text);
+    // An event about no share in particular (the FUSE bridge, start-up): id 0, empty share fields.
+    static LogEvent general(EVENT_TYPE_ENUM type, const QString &message)
+    {
+        return LogEvent(0, QString(), QString(), QString(), QString(), type, message);
+    }
 
     // Dictionary with the archive keys; the id is a decimal string, the date a date value.
     QVariantMap encode() const;

@@ -1,9 +1,9 @@
 #include "LogEventManager.h"
 
-#include "app/Console.h"
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
-#include "app/Preferences.h"
+#include "base/Console.h"
+#include "base/Defaults.h"
+#include "base/NotificationCenter.h"
+#include "base/Preferences.h"
 
 namespace {
 const QString kNotAnArrayLine =

@@ -4,7 +4,7 @@
 #include "support/linux/LinuxEngineHarness.h"
 #include "support/linux/TestStack.h"
 
-#include "app/Preferences.h"
+#include "base/Preferences.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -1,7 +1,7 @@
 // The credential store on the real Secret Service (gnome-keyring of the test stack): save/load/replace,
 // an item of another tool, calls from worker threads, and the time bound when no service answers
 // (checked in a child process whose session bus is a socket that never speaks).
-#include "app/Console.h"
+#include "base/Console.h"
 #include "core/CredentialStore.h"
 #include "core/VolumeRecord.h"
 #include "platform/linux/LibsecretStore.h"

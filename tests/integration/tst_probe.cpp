@@ -1,8 +1,8 @@
 // The reachability probe and Wake-on-LAN against real loopback sockets: an open port, a closed port, a
 // port whose accept queue is full (SYNs are dropped: a server that never answers), and a UDP receiver.
-#include "app/Console.h"
-#include "app/Defaults.h"
-#include "app/Preferences.h"
+#include "base/Console.h"
+#include "base/Defaults.h"
+#include "base/Preferences.h"
 #include "core/NetworkTester.h"
 #include "core/WakeOnLan.h"
 

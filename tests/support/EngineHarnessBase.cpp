@@ -1,6 +1,6 @@
 #include "EngineHarnessBase.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 
 #include <QCoreApplication>
 #include <QMutexLocker>

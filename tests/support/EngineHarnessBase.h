@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
+#include "base/Defaults.h"
+#include "base/NotificationCenter.h"
 #include "core/AutoMountScheduler.h"
 #include "core/CredentialStore.h"
 #include "core/MountEngine.h"

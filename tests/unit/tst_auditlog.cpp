@@ -1,5 +1,5 @@
 // EnterpriseAuditLog: event kinds, memory and file caps, loading, exports, the serial writer, corrupt files.
-#include "app/Console.h"
+#include "base/Console.h"
 #include "logging/AuditLogFile.h"
 #include "logging/EnterpriseAuditLog.h"
 

@@ -2,8 +2,8 @@
 // fire when the test moves time) and a fake Wi-Fi network.
 #include "support/EngineHarness.h"
 
-#include "app/PreferencesApply.h"
-#include "app/Preferences.h"
+#include "base/PreferencesApply.h"
+#include "base/Preferences.h"
 #include "core/AutoMountScheduler.h"
 #include "platform/fake/FakeClock.h"
 #include "platform/fake/FakeSleepMonitor.h"

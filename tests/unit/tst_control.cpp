@@ -2,12 +2,12 @@
 // notice, and ControlService driving the real engine over the in-process fakes (EngineHarness).
 #include "support/EngineHarness.h"
 
-#include "app/lifecycle/ControlNames.h"
-#include "app/lifecycle/ControlService.h"
-#include "app/lifecycle/Migrations.h"
-#include "app/lifecycle/RecordJson.h"
-#include "app/lifecycle/ShareResolver.h"
-#include "app/lifecycle/UrlCommand.h"
+#include "control/ControlNames.h"
+#include "control/ControlService.h"
+#include "base/Migrations.h"
+#include "control/RecordJson.h"
+#include "control/ShareResolver.h"
+#include "control/UrlCommand.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

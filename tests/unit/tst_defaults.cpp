@@ -1,6 +1,6 @@
-#include "app/Console.h"
-#include "app/Defaults.h"
-#include "app/PropertyList.h"
+#include "base/Console.h"
+#include "base/Defaults.h"
+#include "base/PropertyList.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 // The GVfs FUSE-bridge watchdog: reading the kernel's mount table, and detection and restart against a
 // fake mount table file and a fake bridge program (no FUSE mount is touched).
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
+#include "base/Defaults.h"
+#include "base/NotificationCenter.h"
 #include "core/FuseBridgeWatchdog.h"
 #include "logging/LogEventManager.h"
 

@@ -1,5 +1,5 @@
-#include "app/Console.h"
-#include "app/PropertyList.h"
+#include "base/Console.h"
+#include "base/PropertyList.h"
 #include "core/LegacyArchive.h"
 
 #include <QFile>

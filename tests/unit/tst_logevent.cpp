@@ -1,5 +1,5 @@
 // LogEvent: raw values of the event kinds, the record snapshot, and the stored form.
-#include "core/VolumeRecord.h"
+#include "core/RecordEvent.h"
 #include "logging/LogEvent.h"
 
 #include <QTest>
@@ -43,7 +43,7 @@ void TestLogEvent::rawValues()
     QCOMPARE(eventTypeRawValue(type), raw);
 
     // The message convention "<raw value>: <text>", and the kind through the stored form.
-    const QVariantMap archive = LogEvent(nullptr, type, LogEvent::message(type, QString())).encode();
+    const QVariantMap archive = LogEvent::general(type, LogEvent::message(type, QString())).encode();
     QCOMPARE(archive.value(LogEvent::kKeyEventType).toString(), raw);
     const auto decoded = LogEvent::decode(archive);
     QVERIFY(decoded);
@@ -61,7 +61,7 @@ void TestLogEvent::snapshotOfRecord()
     record.runtime_status_String = QStringLiteral("Mounted");
 
     const QDateTime before = QDateTime::currentDateTime();
-    const LogEvent event(&record, EVENT_TYPE_ENUM::MOUNT_SUCCESS, QStringLiteral("MOUNT_SUCCESS: ok"));
+    const LogEvent event = recordEvent(&record, EVENT_TYPE_ENUM::MOUNT_SUCCESS, QStringLiteral("MOUNT_SUCCESS: ok"));
     const QDateTime after = QDateTime::currentDateTime();
 
     // Later edits of the record must not reach the entry.
@@ -77,7 +77,7 @@ void TestLogEvent::snapshotOfRecord()
     QVERIFY(event.eventDate >= before && event.eventDate <= after);
 
     // Without a record: id 0, stored as "0", and still a full round trip.
-    const LogEvent bare(nullptr, EVENT_TYPE_ENUM::STARTUP, QStringLiteral("STARTUP: Tarnwell started"));
+    const LogEvent bare = recordEvent(nullptr, EVENT_TYPE_ENUM::STARTUP, QStringLiteral("STARTUP: Tarnwell started"));
     QVERIFY(bare.hostname_String.isEmpty() && bare.statusText.isEmpty());
     QCOMPARE(bare.encode().value(LogEvent::kKeyRecordId), QVariant(QStringLiteral("0")));
     QCOMPARE(LogEvent::decode(bare.encode()), std::optional<LogEvent>(bare));

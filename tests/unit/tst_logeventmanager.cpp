@@ -1,8 +1,8 @@
 // LogEventManager: insertion, trimming in both modes, persistence, corrupt stores, clear-all.
-#include "app/Console.h"
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
-#include "app/Preferences.h"
+#include "base/Console.h"
+#include "base/Defaults.h"
+#include "base/NotificationCenter.h"
+#include "base/Preferences.h"
 #include "logging/LogEventManager.h"
 
 #include <QSignalSpy>

@@ -1,7 +1,7 @@
 // Mount-point discovery by scoring, the live-mount and ghost tests, and mount-table matching.
 #include "core/MountPointFinder.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 #include "platform/FileSystem.h"
 #include "platform/fake/FakeMountService.h"
 #include "platform/fake/FakeMountTable.h"

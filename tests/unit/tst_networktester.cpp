@@ -1,6 +1,6 @@
 // Probe rules that need no network: skip tables, literal hosts, resolution-failure wording, failure
 // messages, the magic packet, and the probe's argument checks.
-#include "app/Console.h"
+#include "base/Console.h"
 #include "core/NetworkTester.h"
 #include "core/WakeOnLan.h"
 

@@ -1,8 +1,8 @@
 // The preferences page's apply step: the delegate's copies and the change notification.
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
-#include "app/Preferences.h"
-#include "app/PreferencesApply.h"
+#include "base/Defaults.h"
+#include "base/NotificationCenter.h"
+#include "base/Preferences.h"
+#include "base/PreferencesApply.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>

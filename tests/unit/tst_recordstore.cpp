@@ -1,7 +1,7 @@
-#include "app/Console.h"
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
-#include "app/PropertyList.h"
+#include "base/Console.h"
+#include "base/Defaults.h"
+#include "base/NotificationCenter.h"
+#include "base/PropertyList.h"
 #include "core/RecordStore.h"
 
 #include <QFile>

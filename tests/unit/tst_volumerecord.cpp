@@ -1,5 +1,5 @@
-#include "app/NotificationCenter.h"
-#include "app/PropertyList.h"
+#include "base/NotificationCenter.h"
+#include "base/PropertyList.h"
 #include "core/VolumeRecord.h"
 
 #include <QSignalSpy>

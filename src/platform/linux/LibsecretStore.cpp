@@ -1,6 +1,6 @@
 #include "platform/linux/LibsecretStore.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 
 #include <libsecret/secret.h>
 

@@ -1,4 +1,4 @@
-#include "PlatformPorts.h"
+#include "LinuxPlatform.h"
 
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
@@ -16,18 +16,9 @@
 
 #include <QDBusConnection>
 
-PlatformPorts::PlatformPorts() = default;
-PlatformPorts::~PlatformPorts()
-{
-    // The service may hold a pointer to the table: it goes first, whatever the declaration order says.
-    mountService.reset();
-}
-PlatformPorts::PlatformPorts(PlatformPorts &&) noexcept = default;
-PlatformPorts &PlatformPorts::operator=(PlatformPorts &&) noexcept = default;
+namespace LinuxPlatform {
 
-namespace PlatformFactory {
-
-PlatformPorts createLinux()
+PlatformPorts createPorts()
 {
     PlatformPorts ports;
     ports.clock = std::make_unique<SystemClock>();
@@ -41,4 +32,4 @@ PlatformPorts createLinux()
     return ports;
 }
 
-} // namespace PlatformFactory
+} // namespace LinuxPlatform

@@ -1,11 +1,11 @@
 #include "EngineHost.h"
 
-#include "Migrations.h"
+#include "base/Migrations.h"
 
-#include "app/Console.h"
-#include "app/Defaults.h"
-#include "app/NotificationCenter.h"
-#include "app/Preferences.h"
+#include "base/Console.h"
+#include "base/Defaults.h"
+#include "base/NotificationCenter.h"
+#include "base/Preferences.h"
 #include "core/AutoMountScheduler.h"
 #include "core/CredentialStore.h"
 #include "core/FuseBridgeWatchdog.h"

@@ -1,7 +1,7 @@
 #include "Migrations.h"
 
-#include "app/Defaults.h"
-#include "app/Preferences.h"
+#include "base/Defaults.h"
+#include "base/Preferences.h"
 
 namespace Migrations {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PlatformPorts.h"
+#include "platform/PlatformPorts.h"
 
 #include <QObject>
 #include <QString>

@@ -1,13 +1,13 @@
 #include "AppDelegate.h"
 
-#include "ControlNames.h"
-#include "ControlService.h"
-#include "EngineHost.h"
-#include "PlatformPorts.h"
+#include "control/ControlNames.h"
+#include "control/ControlService.h"
+#include "engine/EngineHost.h"
+#include "platform/linux/LinuxPlatform.h"
 #include "UnixSignalWatcher.h"
 
-#include "app/Console.h"
-#include "app/NotificationCenter.h"
+#include "base/Console.h"
+#include "base/NotificationCenter.h"
 #include "core/AutoMountScheduler.h"
 
 #include <QCoreApplication>
@@ -77,7 +77,7 @@ AppDelegate::LaunchResult AppDelegate::launch()
     else if (bus.interface()->isServiceRegistered(ControlNames::kServiceName).value())
         return forwardToRunningInstance();
 
-    m_host = std::make_unique<EngineHost>(PlatformFactory::createLinux());
+    m_host = std::make_unique<EngineHost>(LinuxPlatform::createPorts());
     m_control = std::make_unique<ControlService>(m_host->engine(), m_host->eventLog(), m_host->auditLog());
     AutoMountScheduler *scheduler = &m_host->scheduler();
     m_control->setPauseHooks({[scheduler] { return scheduler->isAutoMountPaused(); },

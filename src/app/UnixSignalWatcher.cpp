@@ -1,6 +1,6 @@
 #include "UnixSignalWatcher.h"
 
-#include "app/Console.h"
+#include "base/Console.h"
 
 #include <QSocketNotifier>
 

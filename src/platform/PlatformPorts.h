@@ -10,8 +10,9 @@ class SecretStore;
 class SleepMonitor;
 class WifiNetwork;
 
-// The operating-system services the engine is built on, one implementation each, chosen once by
-// PlatformFactory and owned here for the life of the application. Members are destroyed in reverse order:
+// The operating-system services the engine is built on, one implementation each, chosen once by a
+// factory (platform/linux/LinuxPlatform.h for the executables, platform/fake/FakePlatform.h for tests and
+// benches) and owned here for the life of the application. Members are destroyed in reverse order:
 // the mount service (which may refer to the mount table) goes before the table.
 // Thread: created and destroyed on the main thread.
 struct PlatformPorts
@@ -29,12 +30,3 @@ struct PlatformPorts
     std::unique_ptr<WifiNetwork> wifi;
     std::unique_ptr<SleepMonitor> sleepMonitor;
 };
-
-// The one place that picks implementations of the ports.
-namespace PlatformFactory {
-
-// GVfs mount service and mount table, the local file system over the GVfs FUSE root, the Secret Service,
-// NetworkManager and logind on the system bus, the system clock.
-PlatformPorts createLinux();
-
-} // namespace PlatformFactory

@@ -1,0 +1,89 @@
+#include "Command.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+
+bool looksLikePassword(QStringView option)
+{
+    return option == u"password" || option == u"pass" || option == u"passwd";
+}
+
+} // namespace
+
+bool Command::parse(QCommandLineParser &parser, const QStringList &arguments, int *status) const
+{
+    for (const QString &argument : arguments.mid(1)) {
+        if (argument == QLatin1String("--"))
+            break;
+        if (!argument.startsWith(QLatin1String("--")))
+            continue;
+        const QStringView option = QStringView(argument).mid(2).split(u'=').first();
+        if (looksLikePassword(option)) {
+            Cli::err(QStringLiteral("Passwords are never taken from the command line: type it at the prompt, "
+                                    "or pipe it in with --password-stdin"));
+            *status = kExitUsage;
+            return false;
+        }
+    }
+    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Displays help for this command."));
+    parser.addOption(help);
+    if (!parser.parse(arguments)) {
+        Cli::err(parser.errorText());
+        *status = kExitUsage;
+        return false;
+    }
+    if (parser.isSet(help)) {
+        QString text = parser.helpText();
+        // The parser names the program after argv[0]; show the command as it is typed.
+        text.replace(QStringLiteral("Usage: ") + arguments.first(),
+                     QStringLiteral("Usage: tarnwellctl ") + arguments.first());
+        Cli::out(text);
+        *status = kExitOk;
+        return false;
+    }
+    return true;
+}
+
+std::vector<std::unique_ptr<Command>> allCommands()
+{
+    std::vector<std::unique_ptr<Command>> commands;
+    // One line per command class, in the order of the global help.
+    return commands;
+}
+
+namespace Cli {
+
+void out(const QString &text)
+{
+    const QByteArray utf8 = text.toUtf8();
+    std::fwrite(utf8.constData(), 1, size_t(utf8.size()), stdout);
+    std::fflush(stdout);
+}
+
+void err(const QString &text)
+{
+    const QByteArray utf8 = (QStringLiteral("tarnwellctl: ") + text + QLatin1Char('\n')).toUtf8();
+    std::fwrite(utf8.constData(), 1, size_t(utf8.size()), stderr);
+    std::fflush(stderr);
+}
+
+QString printable(const QString &text, bool multiline)
+{
+    QString result;
+    result.reserve(text.size());
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        const bool keep = multiline && (u == u'\n' || u == u'\t');
+        if (!keep && (u < 0x20 || u == 0x7f || (u >= 0x80 && u < 0xa0)))
+            result += QStringLiteral("\\x%1").arg(int(u), 2, 16, QLatin1Char('0'));
+        else
+            result += c;
+    }
+    return result;
+}
+
+} // namespace Cli

@@ -1,0 +1,18 @@
+#include "PlatformPorts.h"
+
+#include "platform/Clock.h"
+#include "platform/FileSystem.h"
+#include "platform/MountService.h"
+#include "platform/MountTable.h"
+#include "platform/SecretStore.h"
+#include "platform/SleepMonitor.h"
+#include "platform/WifiNetwork.h"
+
+PlatformPorts::PlatformPorts() = default;
+PlatformPorts::~PlatformPorts()
+{
+    // The service may hold a pointer to the table: it goes first, whatever the declaration order says.
+    mountService.reset();
+}
+PlatformPorts::PlatformPorts(PlatformPorts &&) noexcept = default;
+PlatformPorts &PlatformPorts::operator=(PlatformPorts &&) noexcept = default;
