@@ -1,9 +1,11 @@
 #include "PlatformPorts.h"
 
 #include "platform/Clock.h"
+#include "platform/DesktopNotifier.h"
 #include "platform/FileSystem.h"
 #include "platform/MountService.h"
 #include "platform/MountTable.h"
+#include "platform/ProcessLauncher.h"
 #include "platform/SecretStore.h"
 #include "platform/SleepMonitor.h"
 #include "platform/WifiNetwork.h"

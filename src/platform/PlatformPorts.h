@@ -3,9 +3,11 @@
 #include <memory>
 
 class Clock;
+class DesktopNotifier;
 class FileSystem;
 class MountService;
 class MountTable;
+class ProcessLauncher;
 class SecretStore;
 class SleepMonitor;
 class WifiNetwork;
@@ -29,4 +31,6 @@ struct PlatformPorts
     std::unique_ptr<SecretStore> secretStore;
     std::unique_ptr<WifiNetwork> wifi;
     std::unique_ptr<SleepMonitor> sleepMonitor;
+    std::unique_ptr<ProcessLauncher> processLauncher;
+    std::unique_ptr<DesktopNotifier> notifier;
 };

@@ -8,11 +8,13 @@
 #include "platform/SleepMonitor.h"
 #include "platform/SystemClock.h"
 #include "platform/WifiNetwork.h"
+#include "platform/linux/FreedesktopNotifier.h"
 #include "platform/linux/GvfsMountService.h"
 #include "platform/linux/GvfsMountTable.h"
 #include "platform/linux/LibsecretStore.h"
 #include "platform/linux/LogindSleepMonitor.h"
 #include "platform/linux/NetworkManagerWifi.h"
+#include "platform/linux/QProcessLauncher.h"
 
 #include <QDBusConnection>
 
@@ -29,6 +31,8 @@ PlatformPorts createPorts()
     ports.secretStore = std::make_unique<LibsecretStore>();
     ports.wifi = std::make_unique<NetworkManagerWifi>(QDBusConnection::systemBus());
     ports.sleepMonitor = std::make_unique<LogindSleepMonitor>(QDBusConnection::systemBus());
+    ports.processLauncher = std::make_unique<QProcessLauncher>();
+    ports.notifier = std::make_unique<FreedesktopNotifier>();
     return ports;
 }
 
