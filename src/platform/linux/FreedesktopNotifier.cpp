@@ -1,6 +1,7 @@
 #include "FreedesktopNotifier.h"
 
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QStringList>
 #include <QVariantMap>
 
