@@ -120,7 +120,7 @@ python3 -c 'import json,sys; r=json.loads(sys.argv[1]); assert [x["id"] for x in
 step "the served interface is the checked-in description"
 timeout 20 gdbus introspect --session --xml --dest io.tarnwell.Tarnwell --object-path /io/tarnwell/Tarnwell >"$work/served.xml" \
   || fail "introspection failed"
-python3 - "$work/served.xml" "$TW_SOURCE_DIR/src/app/lifecycle/io.tarnwell.Tarnwell.Control1.xml" <<'PY' || fail "interface drift"
+python3 - "$work/served.xml" "$TW_SOURCE_DIR/src/control/io.tarnwell.Tarnwell.Control1.xml" <<'PY' || fail "interface drift"
 import sys, xml.etree.ElementTree as ET
 def members(path):
     iface = next(i for i in ET.parse(path).getroot().iter("interface") if i.get("name") == "io.tarnwell.Tarnwell.Control1")
