@@ -4,7 +4,6 @@
 #include "logging/EnterpriseAuditLog.h"
 
 #include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -20,8 +19,7 @@ namespace {
 // The file as another program would read it: plain JSON, no help from the code under test.
 QJsonArray readFileArray(const QString &path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).array() : QJsonArray();
+    return QJsonDocument::fromJson(readFile(path)).array();
 }
 
 QString detailsAt(const QJsonArray &array, qsizetype i)
@@ -195,9 +193,7 @@ void TestAuditLog::corruptFileIsKeptAside()
         return QDir(folder()).entryList({QStringLiteral("audit_log.json.corrupt-*")}, QDir::Files);
     };
     QCOMPARE(asideFiles().size(), 1);
-    QFile kept(folder() + u'/' + asideFiles().first());
-    QVERIFY(kept.open(QIODevice::ReadOnly));
-    QCOMPARE(kept.readAll(), content);
+    QCOMPARE(readFile(folder() + u'/' + asideFiles().first()), content);
     QCOMPARE(console.startingWith(QStringLiteral("⚠️ [AUDIT] Unreadable audit log kept as ")).size(), 1);
 
     // Once replaced, the file is valid again and nothing more is set aside.

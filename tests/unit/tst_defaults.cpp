@@ -85,7 +85,7 @@ void TestDefaults::kindsSurviveRestart_data()
     const QVariantMap dict{{QStringLiteral("inner"), QVariantMap{{QStringLiteral("list"), QVariantList{QByteArray("d"), false}}}},
                            {QStringLiteral("n"), qint64(-1)}};
 
-    row("int stored as integer", int(42), "integer", qint64(42));
+    row("any integral type stored as integer", quint16(42), "integer", qint64(42));
     row("negative 64-bit integer", -(qint64(1) << 40), "integer");
     row("string", QStringLiteral("Grüße 🎉 <&> \"q\""), "string");
     row("empty string", QString(), "string");
