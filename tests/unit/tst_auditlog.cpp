@@ -1,14 +1,12 @@
 // EnterpriseAuditLog: event kinds, memory and file caps, loading, exports, the serial writer, corrupt files.
-#include "base/Console.h"
+#include "UnitTestHelpers.h"
 #include "logging/AuditLogFile.h"
 #include "logging/EnterpriseAuditLog.h"
 
 #include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QMutex>
 #include <QRegularExpression>
 #include <QSet>
 #include <QSignalSpy>
@@ -18,31 +16,10 @@
 
 namespace {
 
-// Lines come from the caller's thread and from the log's writer, hence the lock.
-struct ConsoleCapture
-{
-    ConsoleCapture()
-    {
-        Console::setSink([this](const QString &text) {
-            QMutexLocker lock(&mutex);
-            lines.append(text);
-        });
-    }
-    ~ConsoleCapture() { Console::setSink({}); }
-    QStringList matching(const QString &prefix)
-    {
-        QMutexLocker lock(&mutex);
-        return prefix.isEmpty() ? lines : lines.filter(QRegularExpression(u'^' + QRegularExpression::escape(prefix)));
-    }
-    QMutex mutex;
-    QStringList lines;
-};
-
 // The file as another program would read it: plain JSON, no help from the code under test.
 QJsonArray readFileArray(const QString &path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).array() : QJsonArray();
+    return QJsonDocument::fromJson(readFile(path)).array();
 }
 
 QString detailsAt(const QJsonArray &array, qsizetype i)
@@ -74,12 +51,10 @@ class TestAuditLog : public QObject
 private Q_SLOTS:
     void init() { QVERIFY(m_dir.emplace().isValid()); }
 
-    void eventTypes_data();
     void eventTypes();
 
     void logFillsEntryAndPrints();
-    void memoryCapButFileKeepsAll();
-    void largeFileLoadsNewestAndIsTrimmedOnWrite();
+    void capsInMemoryAndOnDisk();
     void corruptFileIsKeptAside_data();
     void corruptFileIsKeptAside();
     void concurrentLoggingLosesNothing();
@@ -92,58 +67,24 @@ private Q_SLOTS:
 private:
     QString folder() const { return m_dir->filePath(QStringLiteral("Tarnwell")); }
     QString path() const { return folder() + QStringLiteral("/audit_log.json"); }
-    void writeFile(const QByteArray &bytes)
-    {
-        QDir().mkpath(folder());
-        QFile file(path());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(bytes), bytes.size());
-    }
     std::optional<QTemporaryDir> m_dir;
 };
 
-void TestAuditLog::eventTypes_data()
-{
-    QTest::addColumn<int>("index");
-    QTest::addColumn<QString>("raw");
-    QTest::addColumn<QString>("display");
-    QTest::addColumn<QString>("symbol");
-
-    const char *rows[][3] = {
-        {"APP_LAUNCH", "Application Launched", "app.badge"},
-        {"APP_QUIT", "Application Quit", "app.badge"},
-        {"MOUNT_ATTEMPT", "Mount Attempted", "arrow.up.circle"},
-        {"MOUNT_SUCCESS", "Mount Successful", "arrow.up.circle"},
-        {"MOUNT_FAILURE", "Mount Failed", "exclamationmark.triangle"},
-        {"UNMOUNT_ATTEMPT", "Unmount Attempted", "arrow.down.circle"},
-        {"UNMOUNT_SUCCESS", "Unmount Successful", "arrow.down.circle"},
-        {"UNMOUNT_FAILURE", "Unmount Failed", "exclamationmark.triangle"},
-        {"CONFIG_IMPORT", "Configuration Imported", "doc.badge.gearshape"},
-        {"CONFIG_EXPORT", "Configuration Exported", "doc.badge.gearshape"},
-        {"SHARE_ADDED", "Share Added", "plus.circle"},
-        {"SHARE_REMOVED", "Share Removed", "minus.circle"},
-        {"SHARE_MODIFIED", "Share Modified", "pencil.circle"},
-        {"MDM_CONFIG_APPLIED", "MDM Configuration Applied", "building.2"},
-        {"RULE_TRIGGERED", "Rule Triggered", "bolt.circle"},
-        {"AUTH_FAILURE", "Authentication Failed", "lock.slash"},
-        {"NETWORK_CHANGE", "Network Changed", "wifi"},
-    };
-    QCOMPARE(AuditEventTypes::allCases().size(), qsizetype(std::size(rows)));
-    for (int i = 0; i < int(std::size(rows)); ++i)
-        QTest::newRow(rows[i][0]) << i << QString::fromLatin1(rows[i][0]) << QString::fromLatin1(rows[i][1])
-                                  << QString::fromLatin1(rows[i][2]);
-}
-
 void TestAuditLog::eventTypes()
 {
-    QFETCH(int, index);
-    QFETCH(QString, raw);
-    const AuditEventType type = AuditEventTypes::allCases().at(index);
-    QCOMPARE(AuditEventTypes::rawValue(type), raw);
-    QTEST(AuditEventTypes::displayName(type), "display");
-    QTEST(AuditEventTypes::symbolName(type), "symbol");
-    QCOMPARE(AuditEventTypes::fromRawValue(raw), std::optional<AuditEventType>(type));
-    QVERIFY(!AuditEventTypes::fromRawValue(raw.toLower()));
+    // Raw values are persisted and exported, in this order; anything else is a decoding error.
+    const QStringList raws = QStringLiteral(
+        "APP_LAUNCH APP_QUIT MOUNT_ATTEMPT MOUNT_SUCCESS MOUNT_FAILURE UNMOUNT_ATTEMPT UNMOUNT_SUCCESS "
+        "UNMOUNT_FAILURE CONFIG_IMPORT CONFIG_EXPORT SHARE_ADDED SHARE_REMOVED SHARE_MODIFIED MDM_CONFIG_APPLIED "
+        "RULE_TRIGGERED AUTH_FAILURE NETWORK_CHANGE").split(u' ');
+    QCOMPARE(AuditEventTypes::allCases().size(), raws.size());
+    for (qsizetype i = 0; i < raws.size(); ++i) {
+        const AuditEventType type = AuditEventTypes::allCases().at(i);
+        QCOMPARE(int(type), int(i));
+        QCOMPARE(AuditEventTypes::rawValue(type), raws.at(i));
+        QCOMPARE(AuditEventTypes::fromRawValue(raws.at(i)), std::optional<AuditEventType>(type));
+        QVERIFY(!AuditEventTypes::fromRawValue(raws.at(i).toLower()));
+    }
 }
 
 void TestAuditLog::logFillsEntryAndPrints()
@@ -151,14 +92,14 @@ void TestAuditLog::logFillsEntryAndPrints()
     ConsoleCapture console;
     EnterpriseAuditLog log(path());
     // No file yet: silent, empty, and the folder is created up front.
-    QVERIFY(console.matching({}).isEmpty());
+    QVERIFY(console.lines.isEmpty());
     QVERIFY(QFileInfo(folder()).isDir());
 
     QSignalSpy changed(&log, &EnterpriseAuditLog::entriesChanged);
     log.log(AuditEventType::mountAttempt, QStringLiteral("media"), QStringLiteral("nas.local"),
             QStringLiteral("User initiated mount"), false, 13);
     // The console line is immediate; the in-memory insertion waits for the event loop.
-    QCOMPARE(console.matching(QStringLiteral("📋 [AUDIT] ")),
+    QCOMPARE(console.startingWith(QStringLiteral("📋 [AUDIT] ")),
              QStringList{QStringLiteral("📋 [AUDIT] MOUNT_ATTEMPT: User initiated mount")});
     QVERIFY(log.entries().isEmpty());
     QTRY_COMPARE(log.entries().size(), 1);
@@ -192,39 +133,27 @@ void TestAuditLog::logFillsEntryAndPrints()
     QVERIFY2(std::is_sorted(keys.cbegin(), keys.cend()), qPrintable(keys.join(u' ')));
 }
 
-void TestAuditLog::memoryCapButFileKeepsAll()
-{
-    EnterpriseAuditLog log(path());
-    for (int n = 1; n <= 501; ++n)
-        log.log(AuditEventType::shareModified, std::nullopt, std::nullopt, QString::number(n), true);
-    QTRY_COMPARE(log.entries().value(0).details, QStringLiteral("501"));
-    QCOMPARE(log.entries().size(), EnterpriseAuditLog::kMaxMemoryEntries);
-    QCOMPARE(log.entries().last().details, QStringLiteral("2"));
-
-    log.waitForPendingWrites();
-    const QJsonArray file = readFileArray(path());
-    QCOMPARE(file.size(), 501);
-    QCOMPARE(detailsAt(file, 0), QStringLiteral("501"));
-    QCOMPARE(detailsAt(file, 500), QStringLiteral("1"));
-}
-
-void TestAuditLog::largeFileLoadsNewestAndIsTrimmedOnWrite()
+void TestAuditLog::capsInMemoryAndOnDisk()
 {
     const QDateTime newest = QDateTime::currentDateTimeUtc().addDays(-1);
     QJsonArray array;
     for (int n = 0; n < 12000; ++n)
         array.append(handEntry(QString::number(n), newest.addSecs(-n)));
-    writeFile(QJsonDocument(array).toJson());
+    QVERIFY(writeFile(path(), QJsonDocument(array).toJson()));
 
     ConsoleCapture console;
     EnterpriseAuditLog log(path());
     QCOMPARE(log.entries().size(), 500);
     QCOMPARE(log.entries().first().details, QStringLiteral("0"));
     QCOMPARE(log.entries().last().details, QStringLiteral("499"));
-    QCOMPARE(console.matching({}), QStringList{QStringLiteral("📋 [AUDIT] Loaded 500 audit log entries")});
+    QCOMPARE(console.lines, QStringList{QStringLiteral("📋 [AUDIT] Loaded 500 audit log entries")});
     QCOMPARE(readFileArray(path()).size(), 12000); // loading leaves the file alone
 
+    // A new entry pushes the oldest out of memory; the file keeps up to 10,000.
     log.log(AuditEventType::appLaunch, std::nullopt, std::nullopt, QStringLiteral("Tarnwell launched"), true);
+    QTRY_COMPARE(log.entries().first().details, QStringLiteral("Tarnwell launched"));
+    QCOMPARE(log.entries().size(), 500);
+    QCOMPARE(log.entries().last().details, QStringLiteral("498"));
     log.waitForPendingWrites();
     const QJsonArray file = readFileArray(path());
     QCOMPARE(file.size(), 10000);
@@ -248,12 +177,12 @@ void TestAuditLog::corruptFileIsKeptAside_data()
 void TestAuditLog::corruptFileIsKeptAside()
 {
     QFETCH(QByteArray, content);
-    writeFile(content);
+    QVERIFY(writeFile(path(), content));
 
     ConsoleCapture console;
     EnterpriseAuditLog log(path());
     QVERIFY(log.entries().isEmpty());
-    QCOMPARE(console.matching(QStringLiteral("❌ [AUDIT] Failed to load audit log: ")).size(), 1);
+    QCOMPARE(console.startingWith(QStringLiteral("❌ [AUDIT] Failed to load audit log: ")).size(), 1);
 
     log.log(AuditEventType::appLaunch, std::nullopt, std::nullopt, QStringLiteral("Tarnwell launched"), true);
     log.waitForPendingWrites();
@@ -264,10 +193,8 @@ void TestAuditLog::corruptFileIsKeptAside()
         return QDir(folder()).entryList({QStringLiteral("audit_log.json.corrupt-*")}, QDir::Files);
     };
     QCOMPARE(asideFiles().size(), 1);
-    QFile kept(folder() + u'/' + asideFiles().first());
-    QVERIFY(kept.open(QIODevice::ReadOnly));
-    QCOMPARE(kept.readAll(), content);
-    QCOMPARE(console.matching(QStringLiteral("⚠️ [AUDIT] Unreadable audit log kept as ")).size(), 1);
+    QCOMPARE(readFile(folder() + u'/' + asideFiles().first()), content);
+    QCOMPARE(console.startingWith(QStringLiteral("⚠️ [AUDIT] Unreadable audit log kept as ")).size(), 1);
 
     // Once replaced, the file is valid again and nothing more is set aside.
     log.log(AuditEventType::appQuit, std::nullopt, std::nullopt, QStringLiteral("Tarnwell quit"), true);
@@ -364,7 +291,7 @@ void TestAuditLog::entryFormats()
         QVERIFY2(!AuditLogEntry::fromJson(broken), qPrintable(key)); // each required key is required
     }
 
-    writeFile(AuditLogFile::encode({entry}));
+    QVERIFY(writeFile(path(), AuditLogFile::encode({entry})));
     EnterpriseAuditLog log(path());
     QCOMPARE(log.exportCSV(std::nullopt, std::nullopt),
              QStringLiteral("Timestamp,Event Type,Share Name,Hostname,Username,Machine,Success,Error Code,Details\n"
@@ -394,10 +321,10 @@ void TestAuditLog::dateFilter()
     QFETCH(QString, expected);
 
     const QDateTime mid = QDateTime(QDate(2024, 6, 1), QTime(10, 0, 0), Qt::UTC);
-    writeFile(QJsonDocument(QJsonArray{handEntry(QStringLiteral("new"), mid.addSecs(3600)),
-                                       handEntry(QStringLiteral("mid"), mid),
-                                       handEntry(QStringLiteral("old"), mid.addSecs(-3600))})
-                  .toJson());
+    QVERIFY(writeFile(path(), QJsonDocument(QJsonArray{handEntry(QStringLiteral("new"), mid.addSecs(3600)),
+                                                       handEntry(QStringLiteral("mid"), mid),
+                                                       handEntry(QStringLiteral("old"), mid.addSecs(-3600))})
+                                  .toJson()));
 
     EnterpriseAuditLog log(path());
     const auto bound = [&](int offset) {

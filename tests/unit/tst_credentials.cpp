@@ -30,7 +30,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("override"); // empty: none
         QTest::addColumn<QString>("account");
         QTest::newRow("record 12") << qint64(12) << QString() << "volume_record_12";
-        QTest::newRow("record 0") << qint64(0) << QString() << "volume_record_0";
         QTest::newRow("override wins") << qint64(12) << "volume_record_duplicate_abc" << "volume_record_duplicate_abc";
     }
     void accountOfRecord()

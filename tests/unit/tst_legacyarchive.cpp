@@ -1,114 +1,14 @@
-#include "base/Console.h"
-#include "base/PropertyList.h"
+#include "UnitTestHelpers.h"
 #include "core/LegacyArchive.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimeZone>
-
-#include <functional>
 
 namespace {
 
 // Spelled out rather than taken from the header: it is the text users see.
 const QString kMigrateLine = QStringLiteral("[MIGRATE] Original share archive could not be decoded");
-constexpr double kReferenceDate = 978307200.0; // 2001-01-01T00:00:00Z in Unix seconds
-
-QVariant uid(quint64 v)
-{
-    return QVariant::fromValue(PlistUid{v});
-}
-
-// Lays out an object graph the way the platform's keyed archiver does: "$objects" starts with "$null", every
-// object is referenced by UID, equal strings and classes are stored once, each class is a dictionary with
-// "$classname" and "$classes", and the archive's single top object is "root".
-class ArchiveBuilder
-{
-public:
-    QVariantList objects{QStringLiteral("$null")};
-    QVariantMap top;
-
-    QVariant string(const QString &s)
-    {
-        if (const auto it = m_strings.constFind(s); it != m_strings.cend())
-            return uid(*it);
-        const quint64 u = append(s);
-        m_strings.insert(s, u);
-        return uid(u);
-    }
-    QVariant number(const QVariant &n) { return uid(append(n)); }
-    QVariant null() const { return uid(0); }
-
-    QVariant classRef(const QString &name)
-    {
-        if (const auto it = m_classes.constFind(name); it != m_classes.cend())
-            return uid(*it);
-        const QVariantList classes{name, QStringLiteral("NSObject")};
-        const quint64 u = append(QVariantMap{{QStringLiteral("$classname"), name}, {QStringLiteral("$classes"), classes}});
-        m_classes.insert(name, u);
-        return uid(u);
-    }
-
-    QVariant date(const QDateTime &when)
-    {
-        const quint64 u = reserve();
-        const double t = double(when.toMSecsSinceEpoch()) / 1000.0 - kReferenceDate;
-        objects[qsizetype(u)] = QVariantMap{{QStringLiteral("NS.time"), t}, {QStringLiteral("$class"), classRef(QStringLiteral("NSDate"))}};
-        return uid(u);
-    }
-
-    QVariant array(const QVariantList &refs, const QString &className = QStringLiteral("NSArray"))
-    {
-        const quint64 u = reserve();
-        objects[qsizetype(u)] = QVariantMap{{QStringLiteral("NS.objects"), refs}, {QStringLiteral("$class"), classRef(className)}};
-        return uid(u);
-    }
-
-    // The record's own dictionary is reserved first, its values are appended after it.
-    QVariant object(const QString &className, const std::function<QVariantMap(ArchiveBuilder &)> &values)
-    {
-        const quint64 u = reserve();
-        QVariantMap dict = values(*this);
-        dict.insert(QStringLiteral("$class"), classRef(className));
-        objects[qsizetype(u)] = dict;
-        return uid(u);
-    }
-
-    quint64 reserve() { return append(QVariant(QVariantMap{})); }
-
-    // Fills the root array reserved before its elements, as the archiver lays it out.
-    QByteArray finishList(quint64 rootUid, const QVariantList &elements, const QString &className = QStringLiteral("NSArray"),
-                          PropertyList::Format format = PropertyList::Format::Binary)
-    {
-        objects[qsizetype(rootUid)] =
-            QVariantMap{{QStringLiteral("NS.objects"), elements}, {QStringLiteral("$class"), classRef(className)}};
-        return finish(uid(rootUid), format);
-    }
-
-    QByteArray finish(const QVariant &root, PropertyList::Format format = PropertyList::Format::Binary)
-    {
-        if (top.isEmpty())
-            top.insert(QStringLiteral("root"), root);
-        const QVariantMap archive{
-            {QStringLiteral("$archiver"), QStringLiteral("NSKeyedArchiver")},
-            {QStringLiteral("$version"), qint64(100000)},
-            {QStringLiteral("$top"), top},
-            {QStringLiteral("$objects"), objects},
-        };
-        return PropertyList::serialize(archive, format);
-    }
-
-private:
-    quint64 append(const QVariant &v)
-    {
-        objects.append(v);
-        return quint64(objects.size() - 1);
-    }
-    QHash<QString, quint64> m_strings;
-    QHash<QString, quint64> m_classes;
-};
-
 const QDateTime kMountTime(QDate(2023, 5, 8), QTime(7, 30, 0), QTimeZone::utc());
 const QString kOverride = QStringLiteral("volume_record_duplicate_6B1D1A6E-9C2F-4E4B-8F1E-0D5C7A3B2E11");
 
@@ -117,29 +17,29 @@ const QString kOverride = QStringLiteral("volume_record_duplicate_6B1D1A6E-9C2F-
 QVariantMap recordValues(ArchiveBuilder &b, qint64 id, const QString &host, bool withPort)
 {
     QVariantMap v{
-        {QStringLiteral("internal_ID_Int_String"), b.string(QString::number(id))},
-        {QStringLiteral("hostname_String"), b.string(host)},
-        {QStringLiteral("volume_String"), b.string(QStringLiteral("share"))},
+        {QStringLiteral("internal_ID_Int_String"), b.add(QString::number(id))},
+        {QStringLiteral("hostname_String"), b.add(host)},
+        {QStringLiteral("volume_String"), b.add(QStringLiteral("share"))},
         {QStringLiteral("volume_String_isEmpty"), !withPort}, // the first record has an empty share name
-        {QStringLiteral("port_Int"), withPort ? b.number(qint64(1445)) : b.null()},
+        {QStringLiteral("port_Int"), withPort ? b.add(qint64(1445)) : b.null()},
         {QStringLiteral("nickname_String"), b.object(QStringLiteral("NSMutableString"), [&host](ArchiveBuilder &) {
              return QVariantMap{{QStringLiteral("NS.string"), QString(host + QStringLiteral(" share"))}};
          })},
-        {QStringLiteral("no_password_guest_login"), b.number(qint64(0))},
-        {QStringLiteral("username_String"), b.string(QStringLiteral("alice"))},
-        {QStringLiteral("protocol_Int_String"), b.string(QStringLiteral("1"))},
-        {QStringLiteral("mount_inside_Volumes"), b.number(qint64(1))},
-        {QStringLiteral("unique_mountpoint_fullpath_String"), b.string(QString())},
+        {QStringLiteral("no_password_guest_login"), b.add(qint64(0))},
+        {QStringLiteral("username_String"), b.add(QStringLiteral("alice"))},
+        {QStringLiteral("protocol_Int_String"), b.add(QStringLiteral("1"))},
+        {QStringLiteral("mount_inside_Volumes"), b.add(qint64(1))},
+        {QStringLiteral("unique_mountpoint_fullpath_String"), b.add(QString())},
         {QStringLiteral("auto_Mount"), qint64(1)}, // an integer encoded inline
-        {QStringLiteral("schedule_Mount"), b.number(qint64(1))},
+        {QStringLiteral("schedule_Mount"), b.add(qint64(1))},
         {QStringLiteral("scheduleMountTime"), b.date(kMountTime)},
-        {QStringLiteral("schedule_Weekdays"), b.array({b.number(qint64(1)), b.number(qint64(7))})},
-        {QStringLiteral("group_String"), b.string(QStringLiteral("Office"))},
+        {QStringLiteral("schedule_Weekdays"), b.array({b.add(qint64(1)), b.add(qint64(7))})},
+        {QStringLiteral("group_String"), b.add(QStringLiteral("Office"))},
         {QStringLiteral("isLocked"), true},
-        {QStringLiteral("password_String"), b.string(QStringLiteral("old-pass"))},
+        {QStringLiteral("password_String"), b.add(QStringLiteral("old-pass"))},
     };
     if (withPort)
-        v.insert(QStringLiteral("credentialAccountOverride"), b.string(kOverride));
+        v.insert(QStringLiteral("credentialAccountOverride"), b.add(kOverride));
     return v;
 }
 
@@ -149,15 +49,9 @@ QByteArray validArchive(const QString &className, PropertyList::Format format)
     const quint64 rootUid = b.reserve();
     const QVariant first = b.object(className, [](ArchiveBuilder &bb) { return recordValues(bb, 3, QStringLiteral("nas-a"), false); });
     const QVariant second = b.object(className, [](ArchiveBuilder &bb) { return recordValues(bb, 9, QStringLiteral("fe80::1"), true); });
-    return b.finishList(rootUid, {first, second}, QStringLiteral("NSMutableArray"), format);
+    b.fill(rootUid, QStringLiteral("NSMutableArray"), {{QStringLiteral("NS.objects"), QVariantList{first, second}}});
+    return b.finish(uid(rootUid), format);
 }
-
-struct ConsoleCapture
-{
-    QStringList lines;
-    ConsoleCapture() { Console::setSink([this](const QString &l) { lines.append(l); }); }
-    ~ConsoleCapture() { Console::setSink({}); }
-};
 
 } // namespace
 
@@ -221,6 +115,7 @@ void TestLegacyArchive::decodesEveryRecordClassName()
 void TestLegacyArchive::brokenArchiveImportsNothing_data()
 {
     QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("why"); // part of the reason, so each row proves its own branch
     const QString record = QStringLiteral("Tarnwell.VolumeRecord");
     // A list of one record whose values `spoil` damages; it also gets the UID of the list itself.
     auto oneRecord = [&record](const std::function<void(ArchiveBuilder &, QVariantMap &, quint64)> &spoil) {
@@ -231,7 +126,8 @@ void TestLegacyArchive::brokenArchiveImportsNothing_data()
             spoil(bb, v, rootUid);
             return v;
         });
-        return b.finishList(rootUid, {element});
+        b.fill(rootUid, QStringLiteral("NSArray"), {{QStringLiteral("NS.objects"), QVariantList{element}}});
+        return b.finish(uid(rootUid));
     };
     auto setValue = [&oneRecord](const char *key, const std::function<QVariant(ArchiveBuilder &)> &value) {
         return oneRecord([&](ArchiveBuilder &bb, QVariantMap &v, quint64) { v.insert(QLatin1String(key), value(bb)); });
@@ -242,58 +138,69 @@ void TestLegacyArchive::brokenArchiveImportsNothing_data()
         const QVariant element = b.object(QStringLiteral("Other.Thing"), [](ArchiveBuilder &bb) {
             return recordValues(bb, 1, QStringLiteral("h"), true);
         });
-        QTest::newRow("unknown class") << b.finish(b.array({element}));
+        QTest::newRow("unknown class") << b.finish(b.array({element})) << "unknown class Other.Thing";
     }
     QTest::newRow("unknown value class") << setValue("group_String", [](ArchiveBuilder &bb) {
         return bb.object(QStringLiteral("NSURL"),
                          [](ArchiveBuilder &) { return QVariantMap{{QStringLiteral("NS.relative"), QStringLiteral("x")}}; });
-    });
-    QTest::newRow("uid out of range") << setValue("hostname_String", [](ArchiveBuilder &) { return uid(100000); });
-    QTest::newRow("required key is nil") << setValue("hostname_String", [](ArchiveBuilder &bb) { return bb.null(); });
+    }) << "unknown class NSURL";
+    QTest::newRow("uid out of range") << setValue("hostname_String", [](ArchiveBuilder &) { return uid(100000); })
+                                      << "reference 100000 is out of range";
+    QTest::newRow("container inline") << setValue("schedule_Weekdays", [](ArchiveBuilder &) { return QVariantList{1}; })
+                                      << "inline";
+    QTest::newRow("required key is nil") << setValue("hostname_String", [](ArchiveBuilder &bb) { return bb.null(); })
+                                         << "element 0 lacks hostname_String";
     QTest::newRow("date without time") << setValue("scheduleMountTime", [](ArchiveBuilder &bb) {
         return bb.object(QStringLiteral("NSDate"), [](ArchiveBuilder &) { return QVariantMap{}; });
-    });
+    }) << "holds no time";
     QTest::newRow("class reference out of range") << setValue("group_String", [](ArchiveBuilder &bb) {
         bb.objects.append(QVariantMap{{QStringLiteral("NS.string"), QStringLiteral("x")}, {QStringLiteral("$class"), uid(5000)}});
         return uid(quint64(bb.objects.size() - 1));
-    });
+    }) << "class reference 5000 is out of range";
     QTest::newRow("nested too deep") << setValue("schedule_Weekdays", [](ArchiveBuilder &bb) {
-        QVariant inner = bb.array({bb.number(qint64(1))});
+        QVariant inner = bb.array({bb.add(qint64(1))});
         for (int i = 0; i < 200; ++i)
             inner = bb.array({inner});
         return inner;
-    });
+    }) << "nested too deeply";
     QTest::newRow("record refers to its list") << oneRecord([](ArchiveBuilder &, QVariantMap &v, quint64 rootUid) {
         v.insert(QStringLiteral("group_String"), uid(rootUid));
-    });
+    }) << "refers to itself";
     {
         ArchiveBuilder b;
         QTest::newRow("root is a record") << b.finish(b.object(record, [](ArchiveBuilder &bb) {
             return recordValues(bb, 1, QStringLiteral("h"), true);
-        }));
+        })) << "root object is not an array";
     }
     {
         ArchiveBuilder b;
-        QTest::newRow("element is nil") << b.finish(b.array({b.null()}));
+        QTest::newRow("element is nil") << b.finish(b.array({b.null()})) << "nil element";
+    }
+    {
+        ArchiveBuilder b;
+        QTest::newRow("element not a record") << b.finish(b.array({b.add(QStringLiteral("x"))}))
+                                              << "element 0 is not a share record";
     }
     {
         ArchiveBuilder b;
         b.top.insert(QStringLiteral("root"), qint64(1)); // not a UID
         b.top.insert(QStringLiteral("other"), uid(0));
-        QTest::newRow("root not a reference") << b.finish(QVariant());
+        QTest::newRow("root not a reference") << b.finish(QVariant()) << "without a root object";
     }
-    QTest::newRow("not an archive") << PropertyList::serialize(QVariantMap{{QStringLiteral("a"), qint64(1)}}, PropertyList::Format::Binary);
-    QTest::newRow("not a property list") << QByteArray("bplist00\x01\x02garbage");
+    QTest::newRow("not an archive") << PropertyList::serialize(QVariantMap{{QStringLiteral("a"), qint64(1)}}, PropertyList::Format::Binary)
+                                    << "not a keyed archive";
+    QTest::newRow("not a property list") << QByteArray("bplist00\x01\x02garbage") << "not a property list";
 }
 
 void TestLegacyArchive::brokenArchiveImportsNothing()
 {
     QFETCH(QByteArray, bytes);
+    QFETCH(QString, why);
     ConsoleCapture console;
     QString error;
     const auto records = LegacyArchive::decodeVolumeRecords(bytes, &error);
     QVERIFY(!records);
-    QVERIFY(!error.isEmpty());
+    QVERIFY2(error.contains(why), qPrintable(error));
     QCOMPARE(console.lines, QStringList{kMigrateLine});
 }
 
@@ -301,7 +208,7 @@ void TestLegacyArchive::sharedReferencesResolveOnce()
 {
     // Each level holds two references to the level below: 2^24 paths, but only 25 distinct objects.
     ArchiveBuilder b;
-    QVariant level = b.number(qint64(2));
+    QVariant level = b.add(qint64(2));
     for (int i = 0; i < 24; ++i)
         level = b.array({level, level});
     QString error;
@@ -317,11 +224,10 @@ void TestLegacyArchive::importFromPreferencesFile()
     // A preferences file with the share list under its key (left out when invalid) beside another setting.
     auto writePlist = [&dir](const QString &name, const QVariant &archive) {
         const QString path = dir.filePath(name);
-        QFile f(path);
         QVariantMap content{{QStringLiteral("mount_timeout_Int"), qint64(30)}};
         if (archive.isValid())
             content.insert(LegacyArchive::kPreferencesKey, archive);
-        if (!f.open(QIODevice::WriteOnly) || f.write(PropertyList::serialize(content, PropertyList::Format::Binary)) <= 0)
+        if (!writeFile(path, PropertyList::serialize(content, PropertyList::Format::Binary)))
             qFatal("cannot write the test file");
         return path;
     };

@@ -1,5 +1,5 @@
 // LogEventManager: insertion, trimming in both modes, persistence, corrupt stores, clear-all.
-#include "base/Console.h"
+#include "UnitTestHelpers.h"
 #include "base/Defaults.h"
 #include "base/NotificationCenter.h"
 #include "base/Preferences.h"
@@ -45,7 +45,6 @@ class TestLogEventManager : public QObject
 
 private Q_SLOTS:
     void init();
-    void cleanup();
 
     void insertsNewestFirstAndPersists();
     void trimAtLimit_data();
@@ -68,8 +67,6 @@ private:
         QSignalSpy posted{&center, &NotificationCenter::posted};
     };
     std::unique_ptr<Fixture> m_f;
-    Defaults *m_defaults = nullptr;
-    NotificationCenter *m_center = nullptr;
 
     int refreshCount() const
     {
@@ -81,7 +78,7 @@ private:
     // What a fresh start would read from the file.
     QString storedMessages() const
     {
-        Defaults fresh(m_defaults->filePath());
+        Defaults fresh(m_f->defaults.filePath());
         return messages(LogEventManager(fresh, nullptr).events());
     }
 };
@@ -90,21 +87,14 @@ void TestLogEventManager::init()
 {
     m_f = std::make_unique<Fixture>();
     QVERIFY(m_f->dir.isValid());
-    m_defaults = &m_f->defaults;
-    m_center = &m_f->center;
-}
-
-void TestLogEventManager::cleanup()
-{
-    m_f.reset();
 }
 
 void TestLogEventManager::insertsNewestFirstAndPersists()
 {
-    LogEventManager manager(*m_defaults, m_center);
+    LogEventManager manager(m_f->defaults, &m_f->center);
     // Nothing stored: an empty log that neither writes nor notifies.
     QVERIFY(manager.events().isEmpty());
-    QVERIFY(!m_defaults->contains(Preferences::Keys::LogEventArray));
+    QVERIFY(!m_f->defaults.contains(Preferences::Keys::LogEventArray));
     QCOMPARE(refreshCount(), 0);
 
     QSignalSpy changed(&manager, &LogEventManager::changed);
@@ -117,12 +107,12 @@ void TestLogEventManager::insertsNewestFirstAndPersists()
     QCOMPARE(storedMessages(), QStringLiteral("2,1,3"));
 
     // The stored form is a native array of dictionaries, with the event kind by raw value.
-    const auto stored = m_defaults->array(Preferences::Keys::LogEventArray);
+    const auto stored = m_f->defaults.array(Preferences::Keys::LogEventArray);
     QVERIFY(stored && stored->size() == 3);
     QCOMPARE(stored->at(0).toMap().value(LogEvent::kKeyEventType).toString(), QStringLiteral("MANUAL_MOUNT"));
 
     // Dates survive the file with the precision the views show.
-    Defaults fresh(m_defaults->filePath());
+    Defaults fresh(m_f->defaults.filePath());
     QCOMPARE(LogEventManager(fresh, nullptr).events().at(0).timestampText(), manager.events().at(0).timestampText());
 }
 
@@ -145,16 +135,16 @@ void TestLogEventManager::trimAtLimit()
     QFETCH(int, expectedLimit);
 
     if (storedLimit.isValid())
-        m_defaults->setValue(Preferences::Keys::MaxNumberOfLogLines, storedLimit);
+        m_f->defaults.setValue(Preferences::Keys::MaxNumberOfLogLines, storedLimit);
 
     // A full log as a previous run left it: message "k" is the k-th insertion, newest first.
     QList<LogEvent> full;
     const QDateTime base = QDateTime::currentDateTime().addDays(-1);
     for (int k = expectedLimit; k >= 1; --k)
         full.append(makeEvent(k, base.addSecs(k)));
-    seed(*m_defaults, full);
+    seed(m_f->defaults, full);
 
-    LogEventManager manager(*m_defaults, m_center);
+    LogEventManager manager(m_f->defaults, &m_f->center);
     manager.setMaxNumberOfLogLines(override);
     QCOMPARE(manager.maxNumberOfLogLines(), expectedLimit);
     QCOMPARE(manager.events().size(), expectedLimit);
@@ -168,11 +158,11 @@ void TestLogEventManager::trimAtLimit()
 
 void TestLogEventManager::loweringLimitTrimsOnNextInsertion()
 {
-    LogEventManager manager(*m_defaults, m_center);
+    LogEventManager manager(m_f->defaults, &m_f->center);
     for (int k = 1; k <= 6; ++k)
         manager.addEvent(makeEvent(k));
 
-    m_defaults->setValue(Preferences::Keys::MaxNumberOfLogLines, qint64(3));
+    m_f->defaults.setValue(Preferences::Keys::MaxNumberOfLogLines, qint64(3));
     QCOMPARE(manager.events().size(), 6); // nothing happens until the next insertion
     QCOMPARE(storedMessages(), QStringLiteral("6,5,4,3,2,1"));
 
@@ -203,10 +193,10 @@ void TestLogEventManager::trimChoosesVictim()
     QList<LogEvent> stored;
     for (int i = 0; i < 3; ++i)
         stored.append(makeEvent(i + 1, now.addSecs(-60 * ageMinutes.at(i))));
-    seed(*m_defaults, stored);
-    m_defaults->setValue(Preferences::Keys::MaxNumberOfLogLines, qint64(3));
+    seed(m_f->defaults, stored);
+    m_f->defaults.setValue(Preferences::Keys::MaxNumberOfLogLines, qint64(3));
 
-    LogEventManager manager(*m_defaults, m_center);
+    LogEventManager manager(m_f->defaults, &m_f->center);
     manager.setSorted(sorted);
     manager.addEvent(makeEvent(4, sorted && ageMinutes.first() < 0 ? now.addSecs(3600) : now));
     QTEST(messages(manager.events()), "expected");
@@ -241,13 +231,11 @@ void TestLogEventManager::corruptStore_data()
 void TestLogEventManager::corruptStore()
 {
     QFETCH(QVariant, stored);
-    m_defaults->setValue(Preferences::Keys::LogEventArray, stored);
+    m_f->defaults.setValue(Preferences::Keys::LogEventArray, stored);
 
-    QStringList lines;
-    Console::setSink([&lines](const QString &text) { lines.append(text); });
-    LogEventManager manager(*m_defaults, m_center);
-    Console::setSink({});
-    QTEST(lines, "lines");
+    ConsoleCapture console;
+    LogEventManager manager(m_f->defaults, &m_f->center);
+    QTEST(console.lines, "lines");
 
     // The next write stores only what could be read.
     manager.addEvent(makeEvent(5));
@@ -264,7 +252,7 @@ void TestLogEventManager::removeAndClear_data()
 void TestLogEventManager::removeAndClear()
 {
     QFETCH(bool, answer);
-    LogEventManager manager(*m_defaults, m_center);
+    LogEventManager manager(m_f->defaults, &m_f->center);
     for (const auto &[n, record] : {std::pair{1, 7}, {2, 8}, {3, 7}})
         manager.addEvent(makeEvent(n, QDateTime::currentDateTime(), record));
     int posts = refreshCount();
@@ -283,7 +271,7 @@ void TestLogEventManager::removeAndClear()
     QCOMPARE(storedMessages(), messages(manager.events()));
     QCOMPARE(refreshCount(), posts + (answer ? 1 : 0));
     // Cleared: an empty list is stored, not a missing key.
-    const auto stored = m_defaults->array(Preferences::Keys::LogEventArray);
+    const auto stored = m_f->defaults.array(Preferences::Keys::LogEventArray);
     QVERIFY(stored && stored->isEmpty() == answer);
 }
 

@@ -1,0 +1,110 @@
+#pragma once
+// Small helpers shared by the unit tests of the persistence and logging layers.
+
+#include "base/Console.h"
+#include "base/PropertyList.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMutex>
+#include <QDateTime>
+#include <QStringList>
+
+#include <functional>
+
+// Collects console lines while alive. Lines may come from worker threads (the audit log's writer).
+struct ConsoleCapture
+{
+    ConsoleCapture()
+    {
+        Console::setSink([this](const QString &text) {
+            QMutexLocker lock(&mutex);
+            lines.append(text);
+        });
+    }
+    ~ConsoleCapture() { Console::setSink({}); }
+    QStringList startingWith(const QString &prefix)
+    {
+        QMutexLocker lock(&mutex);
+        QStringList out;
+        for (const QString &l : std::as_const(lines))
+            if (l.startsWith(prefix))
+                out.append(l);
+        return out;
+    }
+    QMutex mutex;
+    QStringList lines;
+};
+
+inline QByteArray readFile(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// Creates the folder as needed; false when the bytes could not all be written.
+inline bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+}
+
+inline constexpr double kReferenceDate = 978307200.0; // 2001-01-01T00:00:00Z in Unix seconds
+
+inline QVariant uid(quint64 v)
+{
+    return QVariant::fromValue(PlistUid{v});
+}
+
+// Lays out an object graph as the platform's keyed archiver does: "$objects" starts with "$null", every
+// object is referenced by UID, each class is a dictionary with "$classname" and "$classes", and the
+// archive's single top object is "root". A container's slot comes before those of its members, as there.
+class ArchiveBuilder
+{
+public:
+    QVariantList objects{QStringLiteral("$null")};
+    QVariantMap top;
+
+    static QVariant null() { return uid(0); }
+    QVariant add(const QVariant &v) // strings, numbers and other primitives
+    {
+        objects.append(v);
+        return uid(quint64(objects.size() - 1));
+    }
+    quint64 reserve() { return add(QVariantMap()).value<PlistUid>().value; }
+    void fill(quint64 slot, const QString &className, QVariantMap values)
+    {
+        const QVariantList chain{className, QStringLiteral("NSObject")};
+        values.insert(QStringLiteral("$class"),
+                      add(QVariantMap{{QStringLiteral("$classname"), className}, {QStringLiteral("$classes"), chain}}));
+        objects[qsizetype(slot)] = values;
+    }
+    // An instance of the class with the keyed values `values` adds (after the instance's own slot).
+    QVariant object(const QString &className, const std::function<QVariantMap(ArchiveBuilder &)> &values)
+    {
+        const quint64 slot = reserve();
+        fill(slot, className, values(*this));
+        return uid(slot);
+    }
+    QVariant array(const QVariantList &refs, const QString &className = QStringLiteral("NSArray"))
+    {
+        return object(className, [&refs](ArchiveBuilder &) { return QVariantMap{{QStringLiteral("NS.objects"), refs}}; });
+    }
+    QVariant date(const QDateTime &when)
+    {
+        const double t = double(when.toMSecsSinceEpoch()) / 1000.0 - kReferenceDate;
+        return object(QStringLiteral("NSDate"), [t](ArchiveBuilder &) { return QVariantMap{{QStringLiteral("NS.time"), t}}; });
+    }
+    QByteArray finish(const QVariant &root, PropertyList::Format format = PropertyList::Format::Binary)
+    {
+        if (top.isEmpty())
+            top.insert(QStringLiteral("root"), root);
+        return PropertyList::serialize(QVariantMap{{QStringLiteral("$archiver"), QStringLiteral("NSKeyedArchiver")},
+                                                   {QStringLiteral("$version"), qint64(100000)},
+                                                   {QStringLiteral("$top"), top},
+                                                   {QStringLiteral("$objects"), objects}},
+                                       format);
+    }
+};
