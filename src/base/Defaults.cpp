@@ -89,13 +89,26 @@ void Defaults::loadLocked()
     const std::optional<QVariant> root = PropertyList::parse(bytes);
     if (root && root->metaType().id() == QMetaType::QVariantMap) {
         m_values = root->toMap();
+        m_readOnly = false;
         return;
     }
     // Keep the damaged file for inspection instead of overwriting it with the next write.
-    const QString aside = m_filePath + QStringLiteral(".corrupt-")
-                          + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMddTHHmmss"));
-    QFile::rename(m_filePath, aside);
-    Console::line(QStringLiteral("⚠️ [Persistence] Preferences file is not a valid property list; moved aside to ") + aside);
+    const QString stem = m_filePath + QStringLiteral(".corrupt-")
+                         + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMddTHHmmss"));
+    // rename() never replaces: a second damaged file in the same second gets a numbered name.
+    QString aside = stem;
+    for (int n = 2; QFileInfo::exists(aside) && n < 1000; ++n)
+        aside = stem + QLatin1Char('-') + QString::number(n);
+    if (QFile::rename(m_filePath, aside)) {
+        Console::line(QStringLiteral("⚠️ [Persistence] Preferences file is not a valid property list; moved aside to ")
+                      + aside);
+        return;
+    }
+    // Could not keep it aside: refuse to write over it, so the damaged file is never silently replaced.
+    m_readOnly = true;
+    Console::line(QStringLiteral("❌ [Persistence] Preferences file is not a valid property list and could not be "
+                                 "moved aside; changes will not be saved until it is removed: ")
+                  + m_filePath);
 }
 
 bool Defaults::contains(const QString &key) const
@@ -214,6 +227,11 @@ void Defaults::writerLoop()
 
 bool Defaults::writeSnapshot(const QVariantMap &values) const
 {
+    if (m_readOnly) {
+        Console::line(QStringLiteral("❌ [Persistence] Preferences not saved: the damaged file ") + m_filePath
+                      + QStringLiteral(" is still in place"));
+        return false;
+    }
     const QByteArray bytes = PropertyList::serialize(QVariant(values));
     if (bytes.isEmpty()) {
         Console::line(QStringLiteral("⚠️ [Persistence] Preferences hold a value with no property-list form; not written"));

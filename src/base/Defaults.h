@@ -7,6 +7,7 @@
 #include <QVariant>
 #include <QWaitCondition>
 
+#include <atomic>
 #include <optional>
 #include <thread>
 
@@ -72,5 +73,7 @@ private:
     quint64 m_generation = 0; // bumped by every change
     quint64 m_written = 0;    // the generation the last finished write carried
     bool m_stopping = false;
+    // Set when a damaged file could not be moved aside: writing would destroy it.
+    std::atomic<bool> m_readOnly = false;
     std::thread m_writer;
 };

@@ -1,5 +1,9 @@
 #include "RecordStore.h"
 
+#include <QSet>
+
+#include <limits>
+
 #include "base/Console.h"
 #include "base/Defaults.h"
 #include "LegacyArchive.h"
@@ -121,10 +125,21 @@ qint64 RecordStore::nextId() const
 {
     if (m_records.isEmpty())
         return 1;
-    qint64 maxId = m_records.first().internal_ID_Int;
+    qint64 maxId = 0;
     for (const VolumeRecord &r : m_records)
         maxId = std::max(maxId, r.internal_ID_Int);
-    return maxId + 1;
+    // IDs start at 1: 0 stands for "no share" in event-log entries, so a store holding only damaged
+    // negative IDs must not hand it out. At the very top of the range the next ID would overflow; take the
+    // smallest free positive one instead.
+    if (maxId < std::numeric_limits<qint64>::max())
+        return maxId + 1;
+    QSet<qint64> used;
+    for (const VolumeRecord &r : m_records)
+        used.insert(r.internal_ID_Int);
+    qint64 id = 1;
+    while (used.contains(id))
+        ++id;
+    return id;
 }
 
 void RecordStore::add(const VolumeRecord &record)

@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <limits>
+
 namespace {
 
 const QString kKey = QStringLiteral("Tarnwell_VolumeRecordArray");
@@ -106,7 +108,8 @@ void TestRecordStore::nextId_data()
     QTest::newRow("max not last") << QList<qint64>{5, 12, 3} << qint64(13);
     QTest::newRow("gaps are not reused") << QList<qint64>{1, 9} << qint64(10);
     QTest::newRow("zero id") << QList<qint64>{0} << qint64(1);
-    QTest::newRow("negative only") << QList<qint64>{-4, -9} << qint64(-3);
+    QTest::newRow("negative only") << QList<qint64>{-4, -9} << qint64(1);
+    QTest::newRow("top of the range") << QList<qint64>{1, std::numeric_limits<qint64>::max()} << qint64(2);
 }
 
 void TestRecordStore::nextId()
