@@ -20,10 +20,12 @@ class FuseBridgeWatchdog;
 class LogEventManager;
 class MountEngine;
 class MountTable;
+class NetworkProbe;
 class NotificationCenter;
 class SleepMonitor;
 class VolumeRecord;
 class WifiNetwork;
+struct WorkerPools;
 
 // What the scheduler is built from. Everything is owned by the caller and outlives the scheduler; only
 // `center`, `auditLog`, `wifi`, `sleepMonitor` and `fuseWatchdog` may be null (no notifications, no audit
@@ -40,8 +42,12 @@ struct AutoMountSchedulerDependencies
     SleepMonitor *sleepMonitor = nullptr;
     FuseBridgeWatchdog *fuseWatchdog = nullptr;
     Clock *clock = nullptr;
+    // The probes pool of the engine root's WorkerPools (the scheduler waits for its tasks when destroyed).
+    WorkerPools *pools = nullptr;
+    // The TCP liveness probe of mounted servers goes through this port (1-second time-out).
+    NetworkProbe *network = nullptr;
     // Whether the server of a mounted SMB/AFP/NFS share still answers (a TCP connection to its port).
-    // BLOCKING: called on the scheduler's workers. Empty: a real TCP probe with a 1-second time-out.
+    // BLOCKING: called on the scheduler's workers. Empty: the probe through `network`.
     std::function<bool(const VolumeRecord &record)> serverReachable;
 };
 
@@ -188,5 +194,5 @@ private:
     QSet<qint64> m_serverChecks;      // liveness probes in flight
     QSet<qint64> m_serverLost;        // reported once per outage
     QList<QMetaObject::Connection> m_connections;
-    QThreadPool m_pool;
+    QThreadPool &m_pool;
 };

@@ -2,8 +2,10 @@
 
 #include "platform/Clock.h"
 #include "platform/FileSystem.h"
+#include "platform/FuseBridge.h"
 #include "platform/MountService.h"
 #include "platform/MountTable.h"
+#include "platform/NetworkProbe.h"
 #include "platform/SecretStore.h"
 #include "platform/SleepMonitor.h"
 #include "platform/WifiNetwork.h"

@@ -4,8 +4,10 @@
 
 class Clock;
 class FileSystem;
+class FuseBridge;
 class MountService;
 class MountTable;
+class NetworkProbe;
 class SecretStore;
 class SleepMonitor;
 class WifiNetwork;
@@ -29,4 +31,7 @@ struct PlatformPorts
     std::unique_ptr<SecretStore> secretStore;
     std::unique_ptr<WifiNetwork> wifi;
     std::unique_ptr<SleepMonitor> sleepMonitor;
+    std::unique_ptr<NetworkProbe> networkProbe;
+    // Shared: a check of a hung FUSE folder runs on a thread that may outlive everything else.
+    std::shared_ptr<FuseBridge> fuseBridge;
 };

@@ -2,6 +2,8 @@
 // probe outcomes, credentials, custom folders and the time-out.
 #include "support/EngineHarness.h"
 
+#include "core/WakeOnLan.h"
+
 #include "core/MountPipeline.h"
 #include "platform/MountResponseCode.h"
 
@@ -89,7 +91,7 @@ private Q_SLOTS:
         QFETCH(QString, auditDetails);
 
         EngineHarness h;
-        h.setResolved(QStringLiteral("fileserver.test"), QStringLiteral("127.0.0.5"));
+        h.network.setResolved(QStringLiteral("fileserver.test"), QStringLiteral("127.0.0.5"));
         const qint64 id = h.addShare(host, share);
         h.service.script(QUrl(h.record(id).mountURLText()), {codeResult(code)});
 
@@ -127,8 +129,8 @@ private Q_SLOTS:
         QFETCH(bool, allowUI);
         EngineHarness h;
         const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("Public"));
-        QSignalSpy started(h.engine.get(), &MountEngine::mountStarted);
-        QSignalSpy finished(h.engine.get(), &MountEngine::mountFinished);
+        QSignalSpy started(h.engine, &MountEngine::mountStarted);
+        QSignalSpy finished(h.engine, &MountEngine::mountFinished);
         h.engine->mount(id, allowUI);
         // At once: the countdown's first text and the start time, before the worker reports back.
         QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Connecting... 0s"));
@@ -164,8 +166,8 @@ private Q_SLOTS:
         QCOMPARE(h.service.mountCalls().first().allowUI, allowUI);
         QCOMPARE(h.hasLine(QStringLiteral("🔐 [MOUNT] NetFS UI: AllowUI (wait for Connect sheet)")), allowUI);
         // A numeric loopback host: neither resolved nor probed.
-        QCOMPARE(h.resolveCalls(), 0);
-        QCOMPARE(h.probeCalls(), 0);
+        QCOMPARE(h.network.resolveCalls(), 0);
+        QCOMPARE(h.network.probeCalls(), 0);
         QVERIFY(h.hasLine(QStringLiteral("⚡ [MOUNT] Skipping DNS — numeric IP literal: 127.0.0.1")));
         QVERIFY(h.hasLine(QStringLiteral("⚡ [MOUNT] Skipping socket test for local address")));
         QCOMPARE(r.runtime_ipAddress_String, QStringLiteral("127.0.0.1"));
@@ -232,7 +234,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(smbPath + QStringLiteral("/file.txt")));
 
         // Listed, but the WebDAV server behind it is gone.
-        h.setShareUrlReachable(false);
+        h.network.setServersAnswer(false);
         QCOMPARE(h.mountAndWait(dav), 17);
         QVERIFY(h.hasLine(QStringLiteral("❌ [MOUNT] EEXIST path exists but share URL is unreachable")));
         QCOMPARE(h.record(dav).runtime_status_String, QStringLiteral("Server unreachable"));
@@ -272,15 +274,15 @@ private Q_SLOTS:
 
         EngineHarness h;
         if (!resolvesTo.isEmpty())
-            h.setResolved(host, resolvesTo);
+            h.network.setResolved(host, resolvesTo);
         const SelectResult results[] = {SelectResult::ready(), SelectResult::closed(),
                                         SelectResult::error(QStringLiteral("Connection refused")), SelectResult::timeout()};
         if (probe >= 0)
-            h.setProbeResult(results[probe]);
+            h.network.setProbeResult(results[probe]);
         const qint64 id = h.addShare(host, QStringLiteral("docs"));
         h.mountAndWait(id);
         QVERIFY2(h.record(id).runtime_status_String.startsWith(status), qPrintable(h.record(id).runtime_status_String));
-        QCOMPARE(h.probeCalls(), probe >= 0 ? 1 : 0);
+        QCOMPARE(h.network.probeCalls(), probe >= 0 ? 1 : 0);
         QCOMPARE(!h.service.mountCalls().isEmpty(), platformCalled);
         QCOMPARE(int(h.events().first().event_type_Enum), eventType);
         if (!platformCalled)
@@ -396,14 +398,14 @@ private Q_SLOTS:
         });
         const QString ghost = h.makeVolumeFolder(QStringLiteral("smb-share:server=127.0.0.1,share=docs"));
         QStringList statuses;
-        connect(h.engine.get(), &MountEngine::recordChanged, this,
+        connect(h.engine, &MountEngine::recordChanged, this,
                 [&](qint64) { statuses.append(h.record(id).runtime_status_String); });
         QCOMPARE(h.mountAndWait(id), 0);
         // Before connecting: the stale folder goes, and Wake-on-LAN is sent before the name is resolved.
         QVERIFY(h.hasLine(QStringLiteral("🧹 [GHOST] Removed ghost mount point: '") + ghost + QLatin1Char('\'')));
         QVERIFY(statuses.contains(QStringLiteral("Removed stale mount point before connecting")));
         QVERIFY(statuses.contains(QStringLiteral("Attempting mount...")));
-        QCOMPARE(h.wakeCalls(), QStringList{QStringLiteral("AA:BB:CC:DD:EE:FF")});
+        QCOMPARE(h.network.wakePackets(), QList<QByteArray>{*WakeOnLan::magicPacket(QStringLiteral("AA:BB:CC:DD:EE:FF"))});
         const QStringList lines = h.console();
         const qsizetype wake = lines.indexOf(QStringLiteral("📡 [MOUNT] Sending Wake-on-LAN to: AA:BB:CC:DD:EE:FF"));
         const qsizetype resolve = lines.indexOf(QStringLiteral("🔍 [MOUNT] Step 1: Resolving hostname: '127.0.0.1'"));
@@ -422,7 +424,7 @@ private Q_SLOTS:
         startHanging(h, id);
         const qint64 other = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("fast"));
         QCOMPARE(h.mountAndWait(other), 0); // not held up by the hanging one
-        QSignalSpy finished(h.engine.get(), &MountEngine::mountFinished);
+        QSignalSpy finished(h.engine, &MountEngine::mountFinished);
         h.engine->mount(id); // ignored while the first is pending
         QVERIFY(h.engine->isMountInProgress(id));
         h.engine->timeoutMount(id, 60);

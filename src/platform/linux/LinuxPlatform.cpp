@@ -8,9 +8,11 @@
 #include "platform/SleepMonitor.h"
 #include "platform/SystemClock.h"
 #include "platform/WifiNetwork.h"
+#include "platform/linux/GvfsFuseBridge.h"
 #include "platform/linux/GvfsMountService.h"
 #include "platform/linux/GvfsMountTable.h"
 #include "platform/linux/LibsecretStore.h"
+#include "platform/linux/LinuxNetworkProbe.h"
 #include "platform/linux/LogindSleepMonitor.h"
 #include "platform/linux/NetworkManagerWifi.h"
 
@@ -29,6 +31,10 @@ PlatformPorts createPorts()
     ports.secretStore = std::make_unique<LibsecretStore>();
     ports.wifi = std::make_unique<NetworkManagerWifi>(QDBusConnection::systemBus());
     ports.sleepMonitor = std::make_unique<LogindSleepMonitor>(QDBusConnection::systemBus());
+    ports.networkProbe = std::make_unique<LinuxNetworkProbe>();
+    GvfsFuseBridge::Options bridge;
+    bridge.volumesFolder = ports.fileSystem->volumesFolder();
+    ports.fuseBridge = std::make_shared<GvfsFuseBridge>(bridge);
     return ports;
 }
 
