@@ -75,8 +75,9 @@ struct AutoMountSchedulerDependencies
 // The unmount observer matches a volume to the mounted record with that mount point; unmounts caused by an
 // eject of the engine (or by its sync's force-eject of a stale WebDAV mount) are left to report themselves.
 //
-// Threads: a QObject of the main thread; every public function is called there. Nothing here blocks the
-// main thread: probes run on the scheduler's pool or the engine's, results come back queued.
+// Threads: a QObject of the main thread; every public function is called there (checked by
+// TW_ASSERT_MAIN_THREAD in debug builds). Nothing here blocks the main thread: probes run on the probes
+// pool of the engine root's WorkerPools or the engine's pools, results come back queued.
 // Timers come from the injected Clock, so tests drive the countdown and the status clearing by hand.
 class AutoMountScheduler : public QObject
 {

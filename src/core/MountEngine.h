@@ -56,11 +56,12 @@ struct MountEngineDependencies
 // runs the mount pipeline, eject, eject-all, Clean Up, verification, the OS mount-table sync and the share
 // URL probe.
 //
-// Threads: the engine is a QObject of the main thread and every public function is called there. The
+// Threads: the engine is a QObject of the main thread and every public function is called there (checked
+// by TW_ASSERT_MAIN_THREAD in debug builds). The
 // records, their status texts and runtime fields, the event log and the notifications are touched only on
 // the main thread. Anything that may block (name resolution, TCP probe, secret store, the platform mount
 // and unmount, listings of the volumes folder, which is a FUSE mount, HTTP probes, scripts) runs on the
-// engine's own thread pools: a mount worker receives a COPY of the record and reports every status change
+// worker pools the engine root hands it (WorkerPools): a mount worker receives a COPY of the record and reports every status change
 // and its result back with queued invocations, applied to the live record by internal_ID_Int (a record
 // removed meanwhile is ignored). Mounts use a dedicated pool of 16 threads so a hanging mount never starves
 // the others; ejects, clean-ups and probes use a second pool.

@@ -17,7 +17,8 @@ class NotificationCenter;
 // "Tarnwell_LogEventArray" in the preferences domain (natively, as an array of dictionaries) after every
 // change.
 //
-// Thread: main thread only (views observe the list). Workers hand events over with a queued invocation.
+// Thread: main thread only (views observe the list; checked by TW_ASSERT_MAIN_THREAD in debug builds).
+// Workers hand events over with a queued invocation.
 // Ownership: holds references to the Defaults and the NotificationCenter, which must outlive it.
 //
 // Loading never fails: a stored value that is not an array is ignored (empty log, one console line); an

@@ -7,6 +7,7 @@
 #include "core/AutoMountScheduler.h"
 
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 
@@ -86,20 +87,28 @@ private Q_SLOTS:
     {
         QFETCH(QVariant, stored);
         QFETCH(int, seconds);
-        Fixture f;
+        QTemporaryDir dir;
+        Defaults defaults(dir.path() + QStringLiteral("/prefs.plist"));
         if (stored.isValid())
-            f.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, stored);
+            defaults.setValue(Preferences::Keys::AutoMountCheckInterval, stored);
+        QCOMPARE(Preferences::autoMountCheckIntervalSeconds(defaults), seconds);
+    }
+
+    void timerUsesTheInterval()
+    {
+        Fixture f;
+        f.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, 5000);
         f.clearConsole();
         f.scheduler->restartTimer();
-        QCOMPARE(f.scheduler->intervalSeconds(), seconds);
-        QVERIFY(f.hasLine(AutoMountScheduler::kIntervalLine + QString::number(seconds)));
-        // The timer really uses it: no tick a millisecond early, one tick on time, one per interval after.
+        QCOMPARE(f.scheduler->intervalSeconds(), 1440);
+        QVERIFY(f.hasLine(AutoMountScheduler::kIntervalLine + QStringLiteral("1440")));
+        // No tick a millisecond early, one tick on time, one per interval after.
         const int before = f.scheduler->tickCount();
-        f.clock.advance(std::chrono::seconds(seconds) - 1ms);
+        f.clock.advance(1440s - 1ms);
         QCOMPARE(f.scheduler->tickCount(), before);
         f.clock.advance(1ms);
         QCOMPARE(f.scheduler->tickCount(), before + 1);
-        f.clock.advance(std::chrono::seconds(seconds) * 2);
+        f.clock.advance(2880s);
         QCOMPARE(f.scheduler->tickCount(), before + 3);
     }
 

@@ -2,6 +2,8 @@
 // probe outcomes, credentials, custom folders and the time-out.
 #include "support/EngineHarness.h"
 
+#include "base/Console.h"
+#include "base/ThreadCheck.h"
 #include "core/WakeOnLan.h"
 
 #include "core/MountPipeline.h"
@@ -11,6 +13,8 @@
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <thread>
 
 namespace {
 MountResult codeResult(int code)
@@ -90,32 +94,25 @@ private Q_SLOTS:
         QFETCH(QString, logLine);
         QFETCH(QString, auditDetails);
 
-        EngineHarness h;
-        h.network.setResolved(QStringLiteral("fileserver.test"), QStringLiteral("127.0.0.5"));
-        const qint64 id = h.addShare(host, share);
-        h.service.script(QUrl(h.record(id).mountURLText()), {codeResult(code)});
-
-        QCOMPARE(h.mountAndWait(id), code);
-        const VolumeRecord &r = h.record(id);
-        QCOMPARE(r.runtime_status_String, status);
-        QVERIFY(!r.runtime_isMounted_Bool);
-        QVERIFY(!r.runtime_mount_start_time.has_value());
-        QVERIFY2(h.hasLine(logLine), qPrintable(h.console().join(QLatin1Char('\n'))));
-        QVERIFY(h.hasLine(QStringLiteral("🎯 [MOUNT] Handling response code: ") + QString::number(code)));
-        QCOMPARE(h.service.mountCalls().size(), 1);
-
-        QCOMPARE(h.events().size(), 1);
-        QCOMPARE(int(h.events().first().event_type_Enum), eventType);
-        QCOMPARE(h.events().first().eventMessage, eventMessage);
-        QCOMPARE(h.events().first().statusText, status);
-
-        const QList<AuditLogEntry> audits = h.audits();
-        QVERIFY(!audits.isEmpty());
-        const AuditLogEntry &entry = audits.first(); // newest first
-        QCOMPARE(entry.eventType, AuditEventType::mountFailure);
-        QCOMPARE(entry.success, false);
-        QCOMPARE(entry.details, auditDetails.isEmpty() ? eventMessage.section(QStringLiteral(": "), 1) : auditDetails);
-        QCOMPARE(entry.errorCode, std::optional<int>(code));
+        // The table as a function; applying an outcome to the record, the log and the audit is the engine's
+        // part, seen in the scenarios below.
+        VolumeRecord record;
+        record.hostname_String = host;
+        record.volume_String = share;
+        MountOutcome outcome;
+        QStringList lines;
+        Console::setSink([&lines](const QString &line) { lines.append(line); });
+        MountPipeline::applyFailureCode(record, code, outcome);
+        Console::setSink({});
+        QCOMPARE(outcome.status, status);
+        QVERIFY(outcome.eventType);
+        QCOMPARE(int(*outcome.eventType), eventType);
+        QCOMPARE(LogEvent::message(*outcome.eventType, outcome.eventText), eventMessage);
+        QVERIFY2(lines.contains(logLine), qPrintable(lines.join(QLatin1Char('\n'))));
+        QCOMPARE(outcome.auditType, std::optional<AuditEventType>(AuditEventType::mountFailure));
+        QVERIFY(!outcome.auditSuccess);
+        QCOMPARE(outcome.auditDetails, auditDetails.isEmpty() ? outcome.eventText : auditDetails);
+        QCOMPARE(outcome.auditErrorCode, std::optional<int>(code));
     }
 
     void success_data()
@@ -128,13 +125,15 @@ private Q_SLOTS:
     {
         QFETCH(bool, allowUI);
         EngineHarness h;
+        const QDateTime when(QDate(2031, 3, 4), QTime(5, 6, 7));
+        h.clock.setNow(when); // every date of the engine comes from the ports' clock
         const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("Public"));
         QSignalSpy started(h.engine, &MountEngine::mountStarted);
         QSignalSpy finished(h.engine, &MountEngine::mountFinished);
         h.engine->mount(id, allowUI);
         // At once: the countdown's first text and the start time, before the worker reports back.
         QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Connecting... 0s"));
-        QVERIFY(h.record(id).runtime_mount_start_time.has_value());
+        QCOMPARE(h.record(id).runtime_mount_start_time, std::optional<QDateTime>(when));
         QVERIFY(h.engine->isMountInProgress(id));
         QCOMPARE(started.size(), 1);
         QVERIFY(finished.wait(5000));
@@ -157,7 +156,9 @@ private Q_SLOTS:
         QVERIFY(h.hasLine(QStringLiteral("Mounting URL: smb://127.0.0.1/Public")));
         QVERIFY(h.notifications.contains(QStringLiteral("Tarnwell_VolumeRecordChanged")));
         QVERIFY(h.notifications.contains(QStringLiteral("RefreshVolumeUI")));
+        QCOMPARE(h.events().first().eventDate, when);
         QCOMPARE(h.audits().first().eventType, AuditEventType::mountSuccess);
+        QCOMPARE(h.audits().first().timestamp, when.toUTC());
         // Only a user's mount writes a MOUNT_ATTEMPT, and only it lets the platform show its UI.
         bool attempt = false;
         for (const AuditLogEntry &e : h.audits())
@@ -201,7 +202,11 @@ private Q_SLOTS:
         QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::UNKNOWN_MOUNT_ERROR);
         QCOMPARE(h.events().first().eventMessage,
                  QStringLiteral("UNKNOWN_MOUNT_ERROR: Mount path blocked (stale folder at ") + expected + QLatin1Char(')'));
+        QCOMPARE(h.events().first().statusText, h.record(id).runtime_status_String);
         QCOMPARE(h.audits().first().details, QStringLiteral("Stale mount point blocked connection"));
+        QCOMPARE(h.audits().first().errorCode, std::optional<int>(17));
+        QVERIFY(h.hasLine(QStringLiteral("🎯 [MOUNT] Handling response code: 17")));
+        QVERIFY(!h.record(id).runtime_mount_start_time.has_value());
 
         // The retry that succeeds mounts the share.
         h.service.script(url, {codeResult(17), codeResult(0)});
@@ -470,6 +475,14 @@ private:
         h.service.setBlocking(QUrl(h.record(id).mountURLText()));
         h.engine->mount(id);
         QVERIFY(h.service.waitForBlocked(1, 5000));
+    }
+
+    void mainThreadCheck()
+    {
+        bool onWorker = true;
+        std::thread([&onWorker] { onWorker = ThreadCheck::isMainThread(); }).join();
+        QVERIFY(!onWorker);
+        QVERIFY(ThreadCheck::isMainThread());
     }
 };
 
