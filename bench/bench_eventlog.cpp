@@ -44,8 +44,8 @@ int main(int argc, char **argv)
 
     std::vector<double> samples;
     for (int i = 0; i < kSamples; ++i) {
-        LogEvent event(nullptr, EVENT_TYPE_ENUM::MANUAL_MOUNT,
-                       LogEvent::message(EVENT_TYPE_ENUM::MANUAL_MOUNT, QStringLiteral("bench %1").arg(i)));
+        const LogEvent event = LogEvent::general(
+            EVENT_TYPE_ENUM::MANUAL_MOUNT, LogEvent::message(EVENT_TYPE_ENUM::MANUAL_MOUNT, QStringLiteral("bench %1").arg(i)));
         QElapsedTimer timer;
         timer.start();
         manager.addEvent(event);

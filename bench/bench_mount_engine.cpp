@@ -6,6 +6,7 @@
 //   tests/stack/with-stack.sh STACK build/bench/bench_mount_engine [rounds]
 #include "BareGioMount.h"
 #include "platform/MountResponseCode.h"
+#include "platform/MountService.h"
 #include "support/linux/LinuxEngineHarness.h"
 
 #include <QCoreApplication>
@@ -50,8 +51,8 @@ int main(int argc, char **argv)
     // The engine's lines would dominate the timing on a terminal; they are kept for a failure report.
     LinuxEngineHarness harness(LinuxEngineHarness::ConsoleMode::Capture);
     MountEngine &engine = *harness.engine;
-    GvfsMountTable &table = harness.table;
-    GvfsMountService &service = harness.service;
+    MountTable &table = harness.table;
+    MountService &service = *harness.host->ports().mountService;
     const qint64 id = harness.addShare(host, share, MountUsingProtocol_Enum::SMB, true, port);
     const VolumeRecord &record = harness.record(id);
 

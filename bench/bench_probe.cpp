@@ -2,6 +2,7 @@
 // refusal) and to a listening port. Prints figures; asserts nothing.
 #include "base/Console.h"
 #include "core/NetworkTester.h"
+#include "platform/linux/LinuxNetworkProbe.h"
 
 #include <QElapsedTimer>
 
@@ -31,7 +32,8 @@ int boundSocket(quint16 &port)
 
 void measure(const char *what, quint16 port, int rounds, int drainFd)
 {
-    NetworkTester tester(5);
+    LinuxNetworkProbe network;
+    NetworkTester tester(5, network);
     std::vector<double> ms;
     int unexpected = 0;
     for (int i = 0; i < rounds; ++i) {

@@ -10,7 +10,6 @@
 
 #include "base/Preferences.h"
 #include "platform/SystemClock.h"
-#include "platform/fake/FakeClock.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -25,22 +24,28 @@ namespace {
 
 // The engine over the in-process fakes (console lines dropped: they would dominate the figures) with a
 // scheduler whose server check always answers.
+EngineHost::Options benchOptions()
+{
+    EngineHost::Options options = EngineHarness::defaultOptions();
+    options.serverReachable = [](const VolumeRecord &) { return true; };
+    return options;
+}
+
 struct Bench : EngineHarness
 {
-    explicit Bench(Clock &clock)
-        : EngineHarness(ConsoleMode::Discard)
+    explicit Bench(bool systemClock)
+        : EngineHarness(ConsoleMode::Discard, benchOptions(), [systemClock](PlatformPorts &ports) {
+            if (systemClock)
+                ports.clock = std::make_unique<SystemClock>();
+        })
     {
-        AutoMountSchedulerDependencies deps;
-        deps.clock = &clock;
-        deps.serverReachable = [](const VolumeRecord &) { return true; };
-        makeScheduler(deps);
     }
 };
 
 void benchTick()
 {
-    FakeClock clock(QDateTime(QDate(2024, 1, 1), QTime(12, 0)));
-    Bench b(clock);
+    Bench b(false);
+    b.clock.setNow(QDateTime(QDate(2024, 1, 1), QTime(12, 0)));
     QList<VolumeRecord> records;
     QList<MountedVolume> volumes;
     for (int i = 0; i < 1000; ++i) {
@@ -68,7 +73,7 @@ void benchTick()
 
     QList<double> ms;
     for (int run = 0; run < 61; ++run) {
-        QSignalSpy done(b.scheduler.get(), &AutoMountScheduler::tickFinished);
+        QSignalSpy done(b.scheduler, &AutoMountScheduler::tickFinished);
         QElapsedTimer t;
         t.start();
         b.scheduler->checkSchedule();
@@ -101,8 +106,7 @@ void benchTick()
 
 void benchRemount()
 {
-    SystemClock clock;
-    Bench b(clock);
+    Bench b(true);
     b.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, 10);
     VolumeRecord r;
     r.hostname_String = QStringLiteral("127.0.0.1");

@@ -1,11 +1,13 @@
 #include "AutoMountScheduler.h"
 
 #include "base/Console.h"
+#include "base/ThreadCheck.h"
 #include "base/Defaults.h"
 #include "base/NotificationCenter.h"
 #include "base/Preferences.h"
 #include "core/RecordEvent.h"
 #include "core/FuseBridgeWatchdog.h"
+#include "core/WorkerPools.h"
 #include "core/MountEngine.h"
 #include "core/MountPointFinder.h"
 #include "core/NetworkTester.h"
@@ -14,6 +16,7 @@
 #include "logging/LogEvent.h"
 #include "logging/LogEventManager.h"
 #include "platform/Clock.h"
+#include "platform/NetworkProbe.h"
 #include "platform/MountTable.h"
 #include "platform/SleepMonitor.h"
 #include "platform/WifiNetwork.h"
@@ -27,11 +30,11 @@ namespace {
 // The liveness probe of a mounted share's server: short, because it only asks "is anybody there".
 constexpr int kServerProbeSeconds = 1;
 
-bool defaultServerReachable(const VolumeRecord &record)
+bool serverAnswers(NetworkProbe &network, const VolumeRecord &record)
 {
     const int port = record.port_Int && *record.port_Int > 0 ? int(*record.port_Int)
                                                                : MountProtocol::defaultPort(record.mounting_using_protocol_Enum);
-    return NetworkTester(kServerProbeSeconds).probe(record.hostname_String, QString(), port).isReady();
+    return NetworkTester(kServerProbeSeconds, network).probe(record.hostname_String, QString(), port).isReady();
 }
 
 bool isBlank(const QString &text)
@@ -44,12 +47,15 @@ bool isBlank(const QString &text)
 AutoMountScheduler::AutoMountScheduler(const AutoMountSchedulerDependencies &dependencies, QObject *parent)
     : QObject(parent)
     , m_deps(dependencies)
+    , m_pool(dependencies.pools->probes)
 {
-    Q_ASSERT(m_deps.engine && m_deps.defaults && m_deps.eventLog && m_deps.mountTable && m_deps.clock);
-    if (!m_deps.serverReachable)
-        m_deps.serverReachable = defaultServerReachable;
-    // Probes are bounded by their own time-outs; a few threads keep one slow server from delaying others.
-    m_pool.setMaxThreadCount(4);
+    Q_ASSERT(m_deps.engine && m_deps.defaults && m_deps.eventLog && m_deps.mountTable && m_deps.clock && m_deps.pools);
+    Q_ASSERT(m_deps.serverReachable || m_deps.network);
+    TW_ASSERT_MAIN_THREAD();
+    if (!m_deps.serverReachable) {
+        NetworkProbe *network = m_deps.network;
+        m_deps.serverReachable = [network](const VolumeRecord &record) { return serverAnswers(*network, record); };
+    }
     m_timer = m_deps.clock->createTimer();
     connect(m_timer.get(), &ClockTimer::timeout, this, &AutoMountScheduler::checkSchedule);
 
@@ -68,6 +74,7 @@ AutoMountScheduler::~AutoMountScheduler()
 
 void AutoMountScheduler::start()
 {
+    TW_ASSERT_MAIN_THREAD();
     if (m_started)
         return;
     m_started = true;
@@ -89,6 +96,7 @@ void AutoMountScheduler::start()
 
 void AutoMountScheduler::stop()
 {
+    TW_ASSERT_MAIN_THREAD();
     for (const QMetaObject::Connection &c : std::as_const(m_connections))
         disconnect(c);
     m_connections.clear();
@@ -101,6 +109,7 @@ void AutoMountScheduler::stop()
 
 void AutoMountScheduler::restartTimer()
 {
+    TW_ASSERT_MAIN_THREAD();
     m_intervalSeconds = Preferences::autoMountCheckIntervalSeconds(*m_deps.defaults);
     m_timer->stop();
     m_timer->start(std::chrono::seconds(m_intervalSeconds), false);
@@ -128,6 +137,7 @@ void AutoMountScheduler::postRefresh()
 
 void AutoMountScheduler::checkSchedule()
 {
+    TW_ASSERT_MAIN_THREAD();
     ++m_tickCount;
     const QDateTime now = m_deps.clock->now();
     // One tick at a time: a sync still probing WebDAV servers holds the next tick back, unless it is stuck.
@@ -336,6 +346,7 @@ void AutoMountScheduler::onMountStarted(qint64 id)
 
 void AutoMountScheduler::updateMountCountdownFor(qint64 id)
 {
+    TW_ASSERT_MAIN_THREAD();
     const auto it = m_countdowns.find(id);
     if (it == m_countdowns.end())
         return;
@@ -432,6 +443,7 @@ void AutoMountScheduler::onVolumeUnmounted(const QString &path)
 
 bool AutoMountScheduler::pauseAutoMount()
 {
+    TW_ASSERT_MAIN_THREAD();
     if (m_isAutoMountPaused)
         return false;
     const auto &records = m_deps.engine->store().records();
@@ -445,6 +457,7 @@ bool AutoMountScheduler::pauseAutoMount()
 
 bool AutoMountScheduler::resumeAutoMount()
 {
+    TW_ASSERT_MAIN_THREAD();
     if (!m_isAutoMountPaused)
         return false;
     setPaused(false);

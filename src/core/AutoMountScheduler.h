@@ -20,10 +20,12 @@ class FuseBridgeWatchdog;
 class LogEventManager;
 class MountEngine;
 class MountTable;
+class NetworkProbe;
 class NotificationCenter;
 class SleepMonitor;
 class VolumeRecord;
 class WifiNetwork;
+struct WorkerPools;
 
 // What the scheduler is built from. Everything is owned by the caller and outlives the scheduler; only
 // `center`, `auditLog`, `wifi`, `sleepMonitor` and `fuseWatchdog` may be null (no notifications, no audit
@@ -40,8 +42,12 @@ struct AutoMountSchedulerDependencies
     SleepMonitor *sleepMonitor = nullptr;
     FuseBridgeWatchdog *fuseWatchdog = nullptr;
     Clock *clock = nullptr;
+    // The probes pool of the engine root's WorkerPools (the scheduler waits for its tasks when destroyed).
+    WorkerPools *pools = nullptr;
+    // The TCP liveness probe of mounted servers goes through this port (1-second time-out).
+    NetworkProbe *network = nullptr;
     // Whether the server of a mounted SMB/AFP/NFS share still answers (a TCP connection to its port).
-    // BLOCKING: called on the scheduler's workers. Empty: a real TCP probe with a 1-second time-out.
+    // BLOCKING: called on the scheduler's workers. Empty: the probe through `network`.
     std::function<bool(const VolumeRecord &record)> serverReachable;
 };
 
@@ -69,8 +75,9 @@ struct AutoMountSchedulerDependencies
 // The unmount observer matches a volume to the mounted record with that mount point; unmounts caused by an
 // eject of the engine (or by its sync's force-eject of a stale WebDAV mount) are left to report themselves.
 //
-// Threads: a QObject of the main thread; every public function is called there. Nothing here blocks the
-// main thread: probes run on the scheduler's pool or the engine's, results come back queued.
+// Threads: a QObject of the main thread; every public function is called there (checked by
+// TW_ASSERT_MAIN_THREAD in debug builds). Nothing here blocks the main thread: probes run on the probes
+// pool of the engine root's WorkerPools or the engine's pools, results come back queued.
 // Timers come from the injected Clock, so tests drive the countdown and the status clearing by hand.
 class AutoMountScheduler : public QObject
 {
@@ -188,5 +195,5 @@ private:
     QSet<qint64> m_serverChecks;      // liveness probes in flight
     QSet<qint64> m_serverLost;        // reported once per outage
     QList<QMetaObject::Connection> m_connections;
-    QThreadPool m_pool;
+    QThreadPool &m_pool;
 };

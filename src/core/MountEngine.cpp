@@ -1,6 +1,7 @@
 #include "MountEngine.h"
 
 #include "base/Console.h"
+#include "base/ThreadCheck.h"
 #include "base/Defaults.h"
 #include "base/NotificationCenter.h"
 #include "base/Preferences.h"
@@ -11,9 +12,10 @@
 #include "core/NetworkTester.h"
 #include "core/ScriptRunner.h"
 #include "core/ShareUrlProbe.h"
-#include "core/WakeOnLan.h"
+#include "core/WorkerPools.h"
 #include "logging/EnterpriseAuditLog.h"
 #include "logging/LogEventManager.h"
+#include "platform/Clock.h"
 #include "platform/FileSystem.h"
 #include "platform/MountResponseCode.h"
 #include "platform/MountService.h"
@@ -51,7 +53,6 @@ const QString kScriptTagMount = QStringLiteral("MOUNT");
 const QString kScriptTagEject = QStringLiteral("EJECT");
 
 constexpr double kSyncProbeSeconds = 2.0;
-constexpr int kIoPoolThreads = 4;
 
 // Copies the runtime fields (never persisted) of `from` into `to`.
 void copyRuntime(const VolumeRecord &from, VolumeRecord &to)
@@ -80,27 +81,17 @@ QString lastComponent(const QString &path)
 MountEngine::MountEngine(const MountEngineDependencies &dependencies, QObject *parent)
     : QObject(parent)
     , m_deps(dependencies)
+    , m_mountPool(dependencies.pools->mount)
+    , m_ioPool(dependencies.pools->io)
     , m_store(*dependencies.defaults, dependencies.center)
     , m_finder(std::make_unique<MountPointFinder>(*dependencies.fileSystem, *dependencies.mountTable,
                                                   *dependencies.mountService))
 {
-    Q_ASSERT(m_deps.defaults && m_deps.eventLog && m_deps.mountService && m_deps.mountTable && m_deps.fileSystem);
-    MountNetworkOps &net = m_deps.network;
-    if (!net.resolveHostName)
-        net.resolveHostName = [](const QString &host) { return NetworkTester::resolveHostName(host); };
-    if (!net.probe) {
-        const Defaults *defaults = m_deps.defaults;
-        net.probe = [defaults](const QString &host, const QString &address, int port) {
-            return NetworkTester(defaults).probe(host, address, port);
-        };
-    }
-    if (!net.wakeOnLan)
-        net.wakeOnLan = [](const QString &mac) { WakeOnLan().send(mac); };
-    if (!net.probeShareUrl)
-        net.probeShareUrl = [](const VolumeRecord &record, double timeout) { return ShareUrlProbe::probe(record, timeout); };
-
-    m_mountPool.setMaxThreadCount(kMountPoolThreads);
-    m_ioPool.setMaxThreadCount(kIoPoolThreads);
+    Q_ASSERT(m_deps.defaults && m_deps.eventLog && m_deps.mountService && m_deps.mountTable && m_deps.fileSystem
+             && m_deps.network && m_deps.pools);
+    TW_ASSERT_MAIN_THREAD();
+    if (const Clock *clock = m_deps.clock)
+        m_finder->setClock([clock] { return clock->now(); });
     m_store.load();
 }
 
@@ -114,6 +105,7 @@ MountEngine::~MountEngine()
 
 void MountEngine::waitForWorkers()
 {
+    TW_ASSERT_MAIN_THREAD();
     m_mountPool.waitForDone();
     m_ioPool.waitForDone();
 }
@@ -146,6 +138,7 @@ void MountEngine::audit(AuditEventType type, const VolumeRecord &record, const Q
 
 bool MountEngine::updateRuntime(qint64 id, const std::function<void(VolumeRecord &)> &change)
 {
+    TW_ASSERT_MAIN_THREAD();
     VolumeRecord *record = m_store.find(id);
     if (!record)
         return false;
@@ -157,6 +150,7 @@ bool MountEngine::updateRuntime(qint64 id, const std::function<void(VolumeRecord
 
 bool MountEngine::setStatus(qint64 id, const QString &status)
 {
+    TW_ASSERT_MAIN_THREAD();
     return updateRuntime(id, [&status](VolumeRecord &r) { r.runtime_status_String = status; });
 }
 
@@ -232,16 +226,18 @@ MountEngine::RemoveResult MountEngine::removeRecord(qint64 id)
 
 bool MountEngine::isMountInProgress(qint64 id) const
 {
+    TW_ASSERT_MAIN_THREAD();
     return m_pendingMounts.contains(id);
 }
 
 void MountEngine::mount(qint64 id, bool allowUI)
 {
+    TW_ASSERT_MAIN_THREAD();
     VolumeRecord *live = m_store.find(id);
     if (!live || m_pendingMounts.contains(id))
         return;
 
-    live->runtime_mount_start_time = QDateTime::currentDateTime();
+    live->runtime_mount_start_time = m_deps.clock ? m_deps.clock->now() : QDateTime::currentDateTime();
     live->runtime_status_String = kStatusConnecting;
     live->runtime_requestID_Int32 = ++m_nextRequestId;
     if (allowUI)
@@ -254,7 +250,7 @@ void MountEngine::mount(qint64 id, bool allowUI)
     refreshUI();
     Q_EMIT mountStarted(id);
 
-    MountPipeline::Context context{m_finder.get(), m_deps.mountService, m_deps.credentials, m_deps.network};
+    MountPipeline::Context context{m_finder.get(), m_deps.mountService, m_deps.credentials, m_deps.network, m_deps.defaults};
     const qint32 requestId = copy.runtime_requestID_Int32;
     // The destructor waits for the pool, so `this` outlives every worker.
     m_mountPool.start([this, context, copy, allowUI, cancellation, id, requestId] {
@@ -337,6 +333,7 @@ void MountEngine::applyOutcome(qint64 id, const MountOutcome &outcome)
 
 void MountEngine::cancelMount(qint64 id)
 {
+    TW_ASSERT_MAIN_THREAD();
     auto it = m_pendingMounts.find(id);
     if (it != m_pendingMounts.end())
         it->cancellation->cancel();
@@ -344,6 +341,7 @@ void MountEngine::cancelMount(qint64 id)
 
 void MountEngine::timeoutMount(qint64 id, int seconds)
 {
+    TW_ASSERT_MAIN_THREAD();
     auto it = m_pendingMounts.find(id);
     if (it == m_pendingMounts.end() || it->timedOutAfterSeconds)
         return;
@@ -363,6 +361,7 @@ void MountEngine::timeoutMount(qint64 id, int seconds)
 
 void MountEngine::eject(qint64 id, bool partOfEjectAll, bool userInitiated)
 {
+    TW_ASSERT_MAIN_THREAD();
     const VolumeRecord *live = m_store.find(id);
     if (!live || m_pendingEjects.contains(id))
         return;
@@ -407,6 +406,7 @@ void MountEngine::applyEjectOutcome(qint64 id, const EjectOutcome &outcome)
 
 void MountEngine::ejectAll()
 {
+    TW_ASSERT_MAIN_THREAD();
     if (m_ejectAllRunning)
         return;
     QList<qint64> ids;
@@ -429,6 +429,7 @@ void MountEngine::ejectAll()
 
 void MountEngine::cleanUp(qint64 id)
 {
+    TW_ASSERT_MAIN_THREAD();
     const VolumeRecord *live = m_store.find(id);
     if (!live || m_pendingCleanUps.contains(id))
         return;
@@ -475,6 +476,7 @@ void MountEngine::cleanUp(qint64 id)
 
 bool MountEngine::verify(qint64 id)
 {
+    TW_ASSERT_MAIN_THREAD();
     VolumeRecord *record = m_store.find(id);
     if (!record)
         return false;
@@ -500,6 +502,7 @@ bool MountEngine::verify(qint64 id)
 
 void MountEngine::syncWithMountTable()
 {
+    TW_ASSERT_MAIN_THREAD();
     if (m_syncRunning)
         return;
     m_syncRunning = true;
@@ -549,10 +552,10 @@ void MountEngine::syncWithMountTable()
     }
     m_syncProbesRemaining = int(toProbe.size());
     MountPointFinder *finder = m_finder.get();
-    const auto probeShareUrl = m_deps.network.probeShareUrl;
+    NetworkProbe *network = m_deps.network;
     for (const auto &[copy, path] : std::as_const(toProbe)) {
-        m_ioPool.start([this, finder, probeShareUrl, copy, path] {
-            const bool reachable = probeShareUrl(copy, kSyncProbeSeconds);
+        m_ioPool.start([this, finder, network, copy, path] {
+            const bool reachable = ShareUrlProbe::probe(*network, copy, kSyncProbeSeconds);
             bool ejected = false;
             if (!reachable) {
                 Console::line(kSyncStaleLine.arg(copy.volume_String, path));
@@ -594,6 +597,7 @@ void MountEngine::finishSyncProbe()
 
 void MountEngine::probeShareUrl(qint64 id, double timeoutSeconds, std::function<void(bool reachable)> done)
 {
+    TW_ASSERT_MAIN_THREAD();
     const VolumeRecord *live = m_store.find(id);
     if (!live) {
         QMetaObject::invokeMethod(this, [done] { done(false); }, Qt::QueuedConnection);
@@ -604,9 +608,9 @@ void MountEngine::probeShareUrl(qint64 id, double timeoutSeconds, std::function<
         return;
     }
     const VolumeRecord copy = *live;
-    const auto probe = m_deps.network.probeShareUrl;
-    m_ioPool.start([this, probe, copy, timeoutSeconds, done] {
-        const bool reachable = probe(copy, timeoutSeconds);
+    NetworkProbe *network = m_deps.network;
+    m_ioPool.start([this, network, copy, timeoutSeconds, done] {
+        const bool reachable = ShareUrlProbe::probe(*network, copy, timeoutSeconds);
         QMetaObject::invokeMethod(this, [done, reachable] { done(reachable); }, Qt::QueuedConnection);
     });
 }

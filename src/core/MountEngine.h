@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 
+class Clock;
 class CredentialStore;
 class Defaults;
 class EnterpriseAuditLog;
@@ -25,20 +26,10 @@ class MountPointFinder;
 struct EjectOutcome;
 class MountService;
 class MountTable;
+class NetworkProbe;
+struct WorkerPools;
 class NotificationCenter;
 struct MountOutcome;
-
-// The blocking network operations of a mount, replaceable as a whole or one by one (unit tests never
-// resolve names, probe the network or send a Wake-on-LAN datagram). An empty function takes the real
-// implementation: NetworkTester (resolve, probe with the "tcp_connection_timeout_Int" time-out), WakeOnLan
-// (broadcast, port 9) and ShareUrlProbe. All are called on workers, never on the main thread.
-struct MountNetworkOps
-{
-    std::function<QString(const QString &host)> resolveHostName;                              // "0.0.0.0" on failure
-    std::function<SelectResult(const QString &host, const QString &address, int port)> probe; // TCP probe
-    std::function<void(const QString &hardwareAddress)> wakeOnLan;
-    std::function<bool(const VolumeRecord &record, double timeoutSeconds)> probeShareUrl; // reachable?
-};
 
 // What the engine is built from. Everything is owned by the caller and must outlive the engine; only
 // `center`, `auditLog` and `credentials` may be null (then nothing is posted, audited, resp. every password
@@ -53,18 +44,24 @@ struct MountEngineDependencies
     MountTable *mountTable = nullptr;
     FileSystem *fileSystem = nullptr;
     CredentialStore *credentials = nullptr;
-    MountNetworkOps network;
+    // Resolution, TCP probe, Wake-on-LAN and the share URL probe; called on workers only.
+    NetworkProbe *network = nullptr;
+    // The mount and I/O pools (owned by the engine root; the engine waits for its tasks when destroyed).
+    WorkerPools *pools = nullptr;
+    // Dates mount start times and the discovery's "recently created" test (null: the system time).
+    Clock *clock = nullptr;
 };
 
 // The mount engine (the product's `TarnwellService`): owns the share records with their runtime state and
 // runs the mount pipeline, eject, eject-all, Clean Up, verification, the OS mount-table sync and the share
 // URL probe.
 //
-// Threads: the engine is a QObject of the main thread and every public function is called there. The
+// Threads: the engine is a QObject of the main thread and every public function is called there (checked
+// by TW_ASSERT_MAIN_THREAD in debug builds). The
 // records, their status texts and runtime fields, the event log and the notifications are touched only on
 // the main thread. Anything that may block (name resolution, TCP probe, secret store, the platform mount
 // and unmount, listings of the volumes folder, which is a FUSE mount, HTTP probes, scripts) runs on the
-// engine's own thread pools: a mount worker receives a COPY of the record and reports every status change
+// worker pools the engine root hands it (WorkerPools): a mount worker receives a COPY of the record and reports every status change
 // and its result back with queued invocations, applied to the live record by internal_ID_Int (a record
 // removed meanwhile is ignored). Mounts use a dedicated pool of 16 threads so a hanging mount never starves
 // the others; ejects, clean-ups and probes use a second pool.
@@ -88,7 +85,6 @@ public:
     static inline const QString kCannotDeleteTitle = QStringLiteral("Cannot Delete");
     static inline const QString kCannotDeleteText = QStringLiteral("This share is managed by %1 and cannot be deleted.");
 
-    static constexpr int kMountPoolThreads = 16;
 
     // Loads the records from the preferences (RecordStore::load). The first-launch examples are left to
     // start-up (store().firstLaunchIfNeeded()).
@@ -202,6 +198,8 @@ private:
     void postRecordChanged();
 
     MountEngineDependencies m_deps;
+    QThreadPool &m_mountPool;
+    QThreadPool &m_ioPool;
     RecordStore m_store;
     std::unique_ptr<MountPointFinder> m_finder;
     QHash<qint64, PendingMount> m_pendingMounts;
@@ -212,6 +210,4 @@ private:
     bool m_syncRunning = false;
     int m_syncProbesRemaining = 0;
     qint32 m_nextRequestId = 0;
-    QThreadPool m_mountPool;
-    QThreadPool m_ioPool;
 };

@@ -4,6 +4,8 @@
 #include "core/CredentialStore.h"
 #include "core/MountPointFinder.h"
 #include "core/NetworkTester.h"
+#include "core/ShareUrlProbe.h"
+#include "core/WakeOnLan.h"
 #include "platform/MountResponseCode.h"
 #include "platform/MountService.h"
 
@@ -198,7 +200,7 @@ MountOutcome MountPipeline::run()
 
     if (!m_record.macAddress_String.isEmpty()) {
         Console::line(kWakePrefix + m_record.macAddress_String);
-        m_ctx.network.wakeOnLan(m_record.macAddress_String);
+        WakeOnLan::send(*m_ctx.network, m_record.macAddress_String);
     }
 
     // Step 1: resolve.
@@ -220,7 +222,7 @@ MountOutcome MountPipeline::run()
         Console::line(kLocalhostPrefix + address);
         report(kLocalhostStatus + address, address);
     } else {
-        address = m_ctx.network.resolveHostName(host);
+        address = NetworkTester::resolveHostName(*m_ctx.network, host);
         if (address.isEmpty() || address == QLatin1String("0.0.0.0")) {
             Console::line(kResolveFailedLine);
             outcome.status = kUnresolvableStatus;
@@ -246,7 +248,7 @@ MountOutcome MountPipeline::run()
         const int port = int(m_record.port_Int.value_or(MountProtocol::defaultPort(m_record.mounting_using_protocol_Enum)));
         Console::line(kTestingPrefix + host + QLatin1Char(':') + QString::number(port));
         report(kTestingStatus + host);
-        const SelectResult result = m_ctx.network.probe(host, address, port);
+        const SelectResult result = NetworkTester(m_ctx.defaults, *m_ctx.network).probe(host, address, port);
         if (result.isReady()) {
             Console::line(kConnectionOkLine);
             report(kConnectionOkStatus, std::nullopt, true);
@@ -372,7 +374,7 @@ MountOutcome MountPipeline::run()
             outcome.auditErrorCode = code;
             return outcome;
         }
-        if (!m_ctx.network.probeShareUrl(m_record, kShareProbeSeconds)) {
+        if (!ShareUrlProbe::probe(*m_ctx.network, m_record, kShareProbeSeconds)) {
             Console::line(kUnreachableLine);
             const bool webdav = MountProtocol::isWebDAV(m_record.mounting_using_protocol_Enum);
             outcome.status = kServerUnreachableStatus;

@@ -14,6 +14,8 @@
 #include <optional>
 
 class CredentialStore;
+class Defaults;
+class NetworkProbe;
 class MountCancellation;
 class MountPointFinder;
 class MountService;
@@ -68,7 +70,8 @@ public:
         MountPointFinder *finder = nullptr;
         MountService *service = nullptr;
         CredentialStore *credentials = nullptr;
-        MountNetworkOps network; // complete (no empty function)
+        NetworkProbe *network = nullptr;
+        const Defaults *defaults = nullptr; // the probe's time-out preference
     };
 
     MountPipeline(Context context, VolumeRecord record, bool allowUI, std::shared_ptr<MountCancellation> cancellation,

@@ -68,29 +68,6 @@ QString stripBrackets(QString host)
     return host;
 }
 
-// Fields of a GVfs mount-spec name ("smb-share:server=h,share=s"); empty for other names.
-QHash<QString, QString> gvfsFields(const QString &name)
-{
-    QHash<QString, QString> fields;
-    const qsizetype colon = name.indexOf(QLatin1Char(':'));
-    if (colon <= 0 || name.indexOf(QLatin1Char('='), colon) < 0)
-        return fields;
-    const QStringList items = name.mid(colon + 1).split(QLatin1Char(','));
-    for (const QString &item : items) {
-        const qsizetype eq = item.indexOf(QLatin1Char('='));
-        if (eq <= 0)
-            return {};
-        fields.insert(item.left(eq), QUrl::fromPercentEncoding(item.mid(eq + 1).toUtf8()));
-    }
-    return fields;
-}
-
-QString escapeSpecValue(const QString &value)
-{
-    // GVfs escapes every reserved character of a mount-spec value except these.
-    return QString::fromLatin1(QUrl::toPercentEncoding(value, "$&'()*+"));
-}
-
 QString cleaned(const QString &path)
 {
     return path.isEmpty() ? path : QDir::cleanPath(path);
@@ -152,55 +129,6 @@ bool MountPointFinder::isInsideVolumesFolder(const QString &path) const
     return p == folder || p.startsWith(folder + QLatin1Char('/'));
 }
 
-QString MountPointFinder::gvfsFolderName(const QUrl &url)
-{
-    const QString scheme = url.scheme().toLower();
-    const QString host = url.host();
-    const QString path = trimmedOf(url.path(), QLatin1Char('/'));
-    QStringList items; // sorted by key, as GVfs keeps them
-    auto add = [&items](const QString &key, const QString &value) {
-        items.append(key + QLatin1Char('=') + escapeSpecValue(value));
-    };
-    QString type;
-    QString prefix;
-    if (scheme == QLatin1String("smb") || scheme == QLatin1String("cifs")) {
-        // GVfs keeps the share lower-cased in the mount spec.
-        const QString share = path.section(QLatin1Char('/'), 0, 0).toLower();
-        type = share.isEmpty() ? QStringLiteral("smb-server") : QStringLiteral("smb-share");
-        if (url.port() > 0)
-            add(QStringLiteral("port"), QString::number(url.port()));
-        add(QStringLiteral("server"), host);
-        if (!share.isEmpty())
-            add(QStringLiteral("share"), share);
-    } else if (scheme == QLatin1String("http") || scheme == QLatin1String("https") || scheme == QLatin1String("dav")
-               || scheme == QLatin1String("davs")) {
-        type = QStringLiteral("dav");
-        const bool ssl = scheme == QLatin1String("https") || scheme == QLatin1String("davs");
-        add(QStringLiteral("host"), host);
-        if (url.port() > 0)
-            add(QStringLiteral("port"), QString::number(url.port()));
-        add(QStringLiteral("ssl"), ssl ? QStringLiteral("true") : QStringLiteral("false"));
-        if (!path.isEmpty())
-            prefix = QLatin1Char('/') + path;
-    } else if (scheme == QLatin1String("afp")) {
-        type = QStringLiteral("afp-volume");
-        add(QStringLiteral("host"), host);
-        if (url.port() > 0)
-            add(QStringLiteral("port"), QString::number(url.port()));
-        add(QStringLiteral("volume"), path.section(QLatin1Char('/'), 0, 0));
-    } else {
-        type = scheme;
-        add(QStringLiteral("host"), host);
-        if (url.port() > 0)
-            add(QStringLiteral("port"), QString::number(url.port()));
-        if (!path.isEmpty())
-            prefix = QLatin1Char('/') + path;
-    }
-    if (!prefix.isEmpty())
-        items.append(QStringLiteral("prefix=") + escapeSpecValue(prefix));
-    return type + QLatin1Char(':') + items.join(QLatin1Char(','));
-}
-
 QString MountPointFinder::expectedMountPath(const VolumeRecord &record) const
 {
     if (!record.mount_inside_Volumes)
@@ -208,27 +136,21 @@ QString MountPointFinder::expectedMountPath(const VolumeRecord &record) const
     const QString text = record.mountURLText();
     if (text.isEmpty())
         return volumesFolder() + QLatin1Char('/');
-    return volumesFolder() + QLatin1Char('/') + gvfsFolderName(QUrl(text));
+    return volumesFolder() + QLatin1Char('/') + m_service.volumeFolderName(QUrl(text));
 }
 
-int MountPointFinder::nameScore(const QString &entryName, const QString &share, const QString &host, bool log)
+int MountPointFinder::nameScore(const QString &entryName, const QString &share, const QString &host, bool log) const
 {
     const QString e = entryName.toLower();
     const QString s = trimmedOf(share, QLatin1Char('/')).toLower();
     const QString h = host.trimmed().toLower();
-    const QHash<QString, QString> fields = gvfsFields(e);
-    // For a GVfs name the "exact" tests look at the share and host it names.
-    QString eShare = e;
-    QString eHost = e;
-    if (!fields.isEmpty()) {
-        eShare = fields.contains(QStringLiteral("share")) ? fields.value(QStringLiteral("share"))
-                                                          : trimmedOf(fields.value(QStringLiteral("prefix")), QLatin1Char('/'));
-        eHost = fields.contains(QStringLiteral("server")) ? fields.value(QStringLiteral("server"))
-                                                          : fields.value(QStringLiteral("host"));
-    }
+    // For a name after the mount (GVfs mount spec) the "exact" tests look at the share and host it names.
+    const std::optional<VolumeFolderName> named = m_service.parseVolumeFolderName(e);
+    const QString eShare = named ? named->share : e;
+    const QString eHost = named ? named->host : e;
 
     int score = 0;
-    if (!s.isEmpty() && (e == s || (!fields.isEmpty() && eShare == s))) {
+    if (!s.isEmpty() && (e == s || (named && eShare == s))) {
         score += 100;
         if (log)
             Console::line(kExactShareLine);
@@ -237,7 +159,7 @@ int MountPointFinder::nameScore(const QString &entryName, const QString &share, 
         if (log)
             Console::line(kPartialShareLine);
     }
-    if (e == h || (!h.isEmpty() && !fields.isEmpty() && eHost == stripBrackets(h))) {
+    if (e == h || (!h.isEmpty() && named && eHost == stripBrackets(h))) {
         score += 80;
         if (log)
             Console::line(kExactHostLine);

@@ -86,13 +86,11 @@ public:
     bool isSpecificPath(const QString &path) const;
 
     // Where the share is expected to appear: the custom folder when mount_inside_Volumes is off, else the
-    // volumes folder + the folder name GVfs gives the share's URL.
+    // volumes folder + the folder name the mount service gives the share's URL.
     QString expectedMountPath(const VolumeRecord &record) const;
-    // GVfs's folder name for a share URL (smb-share:..., dav:..., afp-volume:..., nfs:...).
-    static QString gvfsFolderName(const QUrl &url);
 
     // Score of one entry name (creation bonus excluded); prints the per-rule lines when `log`.
-    static int nameScore(const QString &entryName, const QString &share, const QString &host, bool log = false);
+    int nameScore(const QString &entryName, const QString &share, const QString &host, bool log = false) const;
     // Candidates among `entries` (names in listing order), sorted best first (stable). Reads creation dates.
     QList<Candidate> scoreCandidates(const VolumeRecord &record, const QStringList &entries) const;
     // The discovery: prints its lines, returns the chosen path, or nullopt. Blocking.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/SelectResult.h"
+#include "platform/NetworkProbe.h"
 
 #include <QString>
 
@@ -8,25 +9,25 @@
 
 class Defaults;
 
-// The reachability probe: one TCP connection attempt to a share's server, bounded by two time-outs, plus
-// the rules that skip the probe for local and container addresses and host-name resolution.
+// The reachability probe: one TCP connection attempt to a share's server through the NetworkProbe port,
+// with the primary time-out read from the preferences, plus the rules that skip the probe for local and
+// container addresses, the IP-literal shortcut of host-name resolution and the wording of failures.
 //
 // Threads: probe() and resolveHostName() BLOCK the calling thread (up to the primary time-out, resp. the
-// system resolver's own limits). Call them from a mount worker, never from the main thread. The connection
-// attempt and the backup time-out run on threads of their own; the static helpers are pure or only print
-// console lines and may be called from anywhere.
+// system resolver's own limits). Call them from a mount worker, never from the main thread. The static
+// helpers are pure or only print console lines and may be called from anywhere.
 //
 // One instance per probe (cheap); it keeps no state between probes.
 class NetworkTester
 {
 public:
     // Console lines (part of the behaviour).
-    static inline const QString kSetupLine = QStringLiteral("🔧 [SOCKET] Connection setup...");
-    static inline const QString kPreparingLine = QStringLiteral("🔄 [SOCKET] Connection preparing...");
-    static inline const QString kPrimaryTimeoutLine = QStringLiteral("⏰ [SOCKET] Primary timeout - cancelling connection");
-    static inline const QString kBackupTimeoutLine = QStringLiteral("⏰ [SOCKET] Backup timeout triggered - forcing completion");
-    static inline const QString kFailedPrefix = QStringLiteral("❌ [SOCKET] Failed: ");
-    static inline const QString kWaitingPrefix = QStringLiteral("⚠️ [SOCKET] Connection waiting (unreachable): ");
+    static inline const QString &kSetupLine = NetworkProbe::kSetupLine;
+    static inline const QString &kPreparingLine = NetworkProbe::kPreparingLine;
+    static inline const QString &kPrimaryTimeoutLine = NetworkProbe::kPrimaryTimeoutLine;
+    static inline const QString &kBackupTimeoutLine = NetworkProbe::kBackupTimeoutLine;
+    static inline const QString &kFailedPrefix = NetworkProbe::kFailedPrefix;
+    static inline const QString &kWaitingPrefix = NetworkProbe::kWaitingPrefix;
     static inline const QString kSkipLocalhostPrefix = QStringLiteral("⚡ [SOCKET] Skipping test - localhost detected: ");
     static inline const QString kSkipDockerBridgePrefix = QStringLiteral("⚡ [SOCKET] Skipping test - Docker bridge network: ");
     static inline const QString kSkipDockerPrefix = QStringLiteral("⚡ [SOCKET] Skipping test - Docker network: ");
@@ -39,15 +40,15 @@ public:
     static inline const QString kNoAppDelegateMessage = QStringLiteral("Could not access AppDelegate");
 
     static constexpr int kDefaultPrimaryTimeoutSeconds = 10; // when the preference was never written
-    static constexpr int kBackupExtraSeconds = 2;            // backup fires at primary + this
-    static constexpr int kConnectTimeoutSeconds = 5;         // TCP connect limit of one attempt
+    static constexpr int kBackupExtraSeconds = NetworkProbe::kBackupExtraSeconds;
+    static constexpr int kConnectTimeoutSeconds = NetworkProbe::kConnectTimeoutSeconds;
 
     // Reads the primary time-out from the preference "tcp_connection_timeout_Int" at each probe. A null
     // `defaults` stands for "the application cannot be reached": every probe then returns
-    // error("Could not access AppDelegate"). `defaults` is not owned and must outlive the tester.
-    explicit NetworkTester(const Defaults *defaults);
+    // error("Could not access AppDelegate"). `defaults` and `network` are not owned and must outlive the tester.
+    NetworkTester(const Defaults *defaults, NetworkProbe &network);
     // A fixed primary time-out in seconds (values below 1 count as 1); for tools, tests and benchmarks.
-    explicit NetworkTester(int primaryTimeoutSeconds);
+    NetworkTester(int primaryTimeoutSeconds, NetworkProbe &network);
 
     // One connection attempt to `host` (when non-empty) else `numericAddress`, on `port` (0-65535).
     // Blocking, see above. Returns ready, timeout (unreachable now, or no answer within the primary
@@ -65,7 +66,7 @@ public:
 
     // Numeric address of `host`: an IP literal is returned as is (never looked up), otherwise the first
     // address the system resolver gives; "0.0.0.0" when nothing resolves. Blocking.
-    static QString resolveHostName(const QString &host);
+    static QString resolveHostName(NetworkProbe &network, const QString &host);
 
     static bool looksLikeNameResolutionFailure(const QString &text);
 
@@ -75,5 +76,6 @@ public:
 
 private:
     const Defaults *m_defaults = nullptr;
+    NetworkProbe &m_network;
     std::optional<int> m_fixedTimeoutSeconds;
 };

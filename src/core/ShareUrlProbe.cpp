@@ -3,12 +3,7 @@
 #include "base/Console.h"
 #include "core/VolumeRecord.h"
 
-#include <QAbstractSocket>
-#include <QEventLoop>
-#include <QNetworkAccessManager>
-#include <QNetworkRequest>
-#include <QTcpSocket>
-#include <QTimer>
+#include "platform/NetworkProbe.h"
 
 #include <algorithm>
 
@@ -53,41 +48,21 @@ int ShareUrlProbe::transportCode(QNetworkReply::NetworkError error)
     }
 }
 
-ShareUrlProbe::Verdict ShareUrlProbe::request(const QByteArray &method, const QUrl &url, double timeoutSeconds)
+ShareUrlProbe::Verdict ShareUrlProbe::request(NetworkProbe &network, const QByteArray &method, const QUrl &url,
+                                              double timeoutSeconds)
 {
-    QNetworkAccessManager manager;
-    QNetworkRequest request(url);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+    QList<QPair<QByteArray, QByteArray>> headers;
     if (method == "PROPFIND")
-        request.setRawHeader("Depth", "0");
-    QNetworkReply *reply = manager.sendCustomRequest(request, method);
-    // Reachability only: a self-signed certificate still proves the server answers.
-    QObject::connect(reply, &QNetworkReply::sslErrors, reply, [reply] { reply->ignoreSslErrors(); });
-
-    const int timeoutMs = std::max(1, int(timeoutSeconds * 1000));
-    bool timedOut = false;
-    QEventLoop loop;
-    QTimer requestTimer;
-    requestTimer.setSingleShot(true);
-    QObject::connect(&requestTimer, &QTimer::timeout, &loop, [&] {
-        timedOut = true;
-        reply->abort();
-    });
-    QTimer waitTimer; // the caller's own limit: no answer by then is inconclusive
-    waitTimer.setSingleShot(true);
-    QObject::connect(&waitTimer, &QTimer::timeout, &loop, &QEventLoop::quit);
-    QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
-    requestTimer.start(timeoutMs);
-    waitTimer.start(timeoutMs + int(kExtraWaitSeconds * 1000));
-    loop.exec();
+        headers.append({QByteArrayLiteral("Depth"), QByteArrayLiteral("0")});
+    const auto timeout = std::chrono::milliseconds(std::max(1, int(timeoutSeconds * 1000)));
+    const auto extraWait = std::chrono::milliseconds(int(kExtraWaitSeconds * 1000));
+    const NetworkProbe::HttpAnswer answer = network.httpRequest(method, url, headers, timeout, extraWait);
 
     const QString methodText = QString::fromLatin1(method);
     const QString urlText = url.toString();
-    const bool finished = reply->isFinished();
-    const int status = finished ? reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() : 0;
-    const int code = !finished ? 0 : (timedOut ? kTimedOut : transportCode(reply->error()));
-    const Verdict verdict = classify(finished, status, code);
+    const int status = answer.answered ? answer.httpStatus : 0;
+    const int code = !answer.answered ? 0 : (answer.timedOut ? kTimedOut : transportCode(answer.error));
+    const Verdict verdict = classify(answer.answered, status, code);
     switch (verdict) {
     case Verdict::Reachable:
         Console::line(kAliveLine.arg(methodText, urlText).arg(status));
@@ -96,12 +71,9 @@ ShareUrlProbe::Verdict ShareUrlProbe::request(const QByteArray &method, const QU
         Console::line(kUnreachableLine.arg(methodText, urlText).arg(code));
         break;
     case Verdict::Inconclusive:
-        Console::line(kInconclusiveLine.arg(methodText, urlText).arg(status).arg(code != 0 ? code : -int(reply->error())));
+        Console::line(kInconclusiveLine.arg(methodText, urlText).arg(status).arg(code != 0 ? code : -int(answer.error)));
         break;
     }
-    reply->disconnect();
-    reply->abort();
-    delete reply;
     return verdict;
 }
 
@@ -124,7 +96,7 @@ ShareUrlProbe::Verdict ShareUrlProbe::classify(bool answered, int httpStatus, in
     }
 }
 
-bool ShareUrlProbe::probe(const VolumeRecord &record, double timeoutSeconds)
+bool ShareUrlProbe::probe(NetworkProbe &network, const VolumeRecord &record, double timeoutSeconds)
 {
     if (!MountProtocol::isWebDAV(record.mounting_using_protocol_Enum))
         return true;
@@ -135,22 +107,14 @@ bool ShareUrlProbe::probe(const VolumeRecord &record, double timeoutSeconds)
     const int port = url.port(MountProtocol::defaultPort(record.mounting_using_protocol_Enum));
 
     // A refused or unroutable connection settles it at once; a slow one is left to the HTTP requests.
-    {
-        QTcpSocket socket;
-        socket.connectToHost(host, quint16(port));
-        const int connectMs = int(std::min(timeoutSeconds, kMaxConnectSeconds) * 1000);
-        if (!socket.waitForConnected(std::max(1, connectMs))) {
-            const QAbstractSocket::SocketError error = socket.error();
-            if (error != QAbstractSocket::SocketTimeoutError) {
-                Console::line(kTcpClosedLine.arg(host).arg(port));
-                return false;
-            }
-        }
-        socket.abort();
+    const int connectMs = std::max(1, int(std::min(timeoutSeconds, kMaxConnectSeconds) * 1000));
+    if (network.connect(host, quint16(port), std::chrono::milliseconds(connectMs)) == NetworkProbe::Connect::Failed) {
+        Console::line(kTcpClosedLine.arg(host).arg(port));
+        return false;
     }
 
-    const Verdict head = request("HEAD", url, timeoutSeconds);
+    const Verdict head = request(network, "HEAD", url, timeoutSeconds);
     if (head != Verdict::Inconclusive)
         return head == Verdict::Reachable;
-    return request("PROPFIND", url, timeoutSeconds) != Verdict::Unreachable;
+    return request(network, "PROPFIND", url, timeoutSeconds) != Verdict::Unreachable;
 }

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QUrl>
 
+class NetworkProbe;
 class VolumeRecord;
 
 // Is a mounted WebDAV share's server still answering? A TCP connect to the share URL's host and port
@@ -13,9 +14,11 @@ class VolumeRecord;
 // -1004 cannot connect to host, -1003 cannot find host, -1001 timed out). Records of other protocols are
 // always reachable. No credentials are sent and the server certificate is not judged: only reachability is.
 //
-// Threads: probe() BLOCKS the calling thread (up to about twice the time-out plus 1.5 s). It creates its
-// own QNetworkAccessManager and runs a local event loop, so it must run on a worker (any thread that is not
-// the main thread); it keeps no state and may run on several workers at once.
+// The connect and the requests go through the NetworkProbe port; the verdict is decided here.
+//
+// Threads: probe() BLOCKS the calling thread (up to about twice the time-out plus 1.5 s); the port's HTTP
+// request runs a local event loop, so it must run on a worker (any thread that is not the main thread); it
+// keeps no state and may run on several workers at once.
 class ShareUrlProbe
 {
 public:
@@ -32,8 +35,8 @@ public:
     // alive; a transport code of the list above is unreachable; anything else inconclusive.
     static Verdict classify(bool answered, int httpStatus, int transportCode);
 
-    static bool probe(const VolumeRecord &record, double timeoutSeconds);
+    static bool probe(NetworkProbe &network, const VolumeRecord &record, double timeoutSeconds);
 
     // One request (HEAD or PROPFIND) with its console line; blocking as above.
-    static Verdict request(const QByteArray &method, const QUrl &url, double timeoutSeconds);
+    static Verdict request(NetworkProbe &network, const QByteArray &method, const QUrl &url, double timeoutSeconds);
 };

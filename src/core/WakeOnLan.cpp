@@ -1,14 +1,9 @@
 #include "core/WakeOnLan.h"
 
 #include "base/Console.h"
+#include "platform/NetworkProbe.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
 
 namespace {
 
@@ -23,19 +18,7 @@ int hexValue(QChar c)
     return -1;
 }
 
-QString errnoText(int error)
-{
-    char buffer[256];
-    return QString::fromLocal8Bit(strerror_r(error, buffer, sizeof buffer));
-}
-
 } // namespace
-
-WakeOnLan::WakeOnLan(QString address, quint16 port)
-    : m_address(std::move(address))
-    , m_port(port)
-{
-}
 
 std::optional<QByteArray> WakeOnLan::magicPacket(const QString &hardwareAddress)
 {
@@ -58,33 +41,14 @@ std::optional<QByteArray> WakeOnLan::magicPacket(const QString &hardwareAddress)
     return packet;
 }
 
-bool WakeOnLan::send(const QString &hardwareAddress) const
+bool WakeOnLan::send(NetworkProbe &network, const QString &hardwareAddress)
 {
     const auto packet = magicPacket(hardwareAddress);
     if (!packet)
         return false;
-
-    sockaddr_in destination{};
-    destination.sin_family = AF_INET;
-    destination.sin_port = htons(m_port);
-    if (inet_pton(AF_INET, m_address.toLatin1().constData(), &destination.sin_addr) != 1) {
-        Console::line(kErrorPrefix + QStringLiteral("invalid destination address ") + m_address);
-        return false;
-    }
-    const int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (fd < 0) {
-        Console::line(kErrorPrefix + errnoText(errno));
-        return false;
-    }
-    // Needed for the limited broadcast address; harmless for a unicast destination.
-    const int on = 1;
-    ::setsockopt(fd, SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
-    const auto sent = ::sendto(fd, packet->constData(), size_t(packet->size()), 0,
-                               reinterpret_cast<const sockaddr *>(&destination), sizeof destination);
-    const int error = errno;
-    ::close(fd);
-    if (sent != packet->size()) {
-        Console::line(kErrorPrefix + (sent < 0 ? errnoText(error) : QStringLiteral("short write")));
+    QString error;
+    if (!network.sendWakeOnLan(*packet, &error)) {
+        Console::line(kErrorPrefix + error);
         return false;
     }
     Console::line(kSentPrefix + hardwareAddress);

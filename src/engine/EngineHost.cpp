@@ -6,13 +6,17 @@
 #include "base/Defaults.h"
 #include "base/NotificationCenter.h"
 #include "base/Preferences.h"
+#include "base/ThreadCheck.h"
 #include "core/AutoMountScheduler.h"
 #include "core/CredentialStore.h"
 #include "core/FuseBridgeWatchdog.h"
 #include "core/MountEngine.h"
+#include "core/WorkerPools.h"
 #include "logging/EnterpriseAuditLog.h"
 #include "logging/LogEventManager.h"
 #include "platform/FileSystem.h"
+#include "platform/FuseBridge.h"
+#include "platform/NetworkProbe.h"
 
 EngineHost::EngineHost(PlatformPorts ports, QObject *parent)
     : EngineHost(std::move(ports), Options{}, parent)
@@ -29,6 +33,9 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     m_auditLog = std::make_unique<EnterpriseAuditLog>(
         options.auditLogFile.isEmpty() ? EnterpriseAuditLog::standardFilePath() : options.auditLogFile);
     m_eventLog = std::make_unique<LogEventManager>(*m_defaults, m_center.get());
+    m_auditLog->setClock(m_ports.clock.get());
+    m_eventLog->setClock(m_ports.clock.get());
+    m_pools = std::make_unique<WorkerPools>();
     m_credentials = std::make_unique<CredentialStore>(m_ports.secretStore.get());
 
     MountEngineDependencies deps;
@@ -40,12 +47,15 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     deps.mountTable = m_ports.mountTable.get();
     deps.fileSystem = m_ports.fileSystem.get();
     deps.credentials = m_credentials.get();
+    deps.network = m_ports.networkProbe.get();
+    deps.pools = m_pools.get();
+    deps.clock = m_ports.clock.get();
     m_engine = std::make_unique<MountEngine>(deps);
 
-    if (options.watchFuseBridge && m_ports.fileSystem) {
+    if (options.watchFuseBridge && m_ports.fuseBridge) {
         FuseBridgeWatchdog::Options watch;
-        watch.volumesFolder = m_ports.fileSystem->volumesFolder();
-        m_fuseWatchdog = std::make_unique<FuseBridgeWatchdog>(watch, m_eventLog.get());
+        watch.restartAllowed = options.restartFuseBridge;
+        m_fuseWatchdog = std::make_unique<FuseBridgeWatchdog>(m_ports.fuseBridge, watch, m_eventLog.get());
     }
 
     AutoMountSchedulerDependencies sched;
@@ -59,6 +69,9 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     sched.sleepMonitor = m_ports.sleepMonitor.get();
     sched.fuseWatchdog = m_fuseWatchdog.get();
     sched.clock = m_ports.clock.get();
+    sched.pools = m_pools.get();
+    sched.network = m_ports.networkProbe.get();
+    sched.serverReachable = options.serverReachable;
     m_scheduler = std::make_unique<AutoMountScheduler>(sched);
 
     m_presentNotice = [](const QString &title, const QString &text) { Console::line(kNoticeLine.arg(title, text)); };
@@ -72,10 +85,12 @@ EngineHost::~EngineHost()
     m_scheduler.reset();
     m_fuseWatchdog.reset();
     m_engine.reset();
+    m_pools.reset();
 }
 
 void EngineHost::start()
 {
+    TW_ASSERT_MAIN_THREAD();
     if (m_started)
         return;
     m_started = true;

@@ -16,10 +16,14 @@ class FuseBridgeWatchdog;
 class LogEventManager;
 class MountEngine;
 class NotificationCenter;
+class VolumeRecord;
+struct WorkerPools;
 
 // The long-lived objects of the engine, created once in a fixed order and destroyed in reverse:
-// preferences domain, notification centre, audit log, event log, credential store, mount engine (which
-// loads the records), FUSE-bridge watchdog and auto-mount scheduler, over the platform ports it is given.
+// preferences domain, notification centre, audit log, event log (both dated by the ports' clock), worker
+// pools, credential store, mount engine (which loads the records), FUSE-bridge watchdog and auto-mount
+// scheduler, over the platform ports it is given and nothing else: the executables pass
+// LinuxPlatform::createPorts(), the tests FakePlatform::createPorts() (or the Linux ports under the stack).
 // The tray application and the headless daemon both run on one EngineHost; the user interface attaches to
 // the accessors.
 //
@@ -42,7 +46,10 @@ public:
     {
         QString defaultsFile;  // empty: Defaults::standardFilePath()
         QString auditLogFile;  // empty: EnterpriseAuditLog::standardFilePath()
-        bool watchFuseBridge = true;
+        bool watchFuseBridge = true;   // when the ports have a FUSE bridge
+        bool restartFuseBridge = true; // the watchdog may restart a lost bridge
+        // Replaces the scheduler's liveness probe of mounted servers (benches: always answering).
+        std::function<bool(const VolumeRecord &record)> serverReachable;
     };
 
     explicit EngineHost(PlatformPorts ports, const Options &options, QObject *parent = nullptr);
@@ -68,6 +75,8 @@ public:
     CredentialStore &credentials() { return *m_credentials; }
     MountEngine &engine() { return *m_engine; }
     AutoMountScheduler &scheduler() { return *m_scheduler; }
+    FuseBridgeWatchdog *fuseWatchdog() { return m_fuseWatchdog.get(); } // null when not watching
+    WorkerPools &pools() { return *m_pools; }
     PlatformPorts &ports() { return m_ports; }
 
 private:
@@ -77,6 +86,7 @@ private:
     std::unique_ptr<EnterpriseAuditLog> m_auditLog;
     std::unique_ptr<LogEventManager> m_eventLog;
     std::unique_ptr<CredentialStore> m_credentials;
+    std::unique_ptr<WorkerPools> m_pools; // outlives the engine and the scheduler, which wait for their tasks
     std::unique_ptr<MountEngine> m_engine;
     std::unique_ptr<FuseBridgeWatchdog> m_fuseWatchdog;
     std::unique_ptr<AutoMountScheduler> m_scheduler;

@@ -1,5 +1,8 @@
 #include "EnterpriseAuditLog.h"
 
+#include "base/ThreadCheck.h"
+#include "platform/Clock.h"
+
 #include "base/Console.h"
 #include "base/Paths.h"
 #include "logging/AuditLogFile.h"
@@ -109,7 +112,8 @@ void EnterpriseAuditLog::log(AuditEventType type, const std::optional<QString> &
     AuditLogEntry entry;
     entry.id = QUuid::createUuid();
     // Whole seconds: the precision of the file, so memory and file agree.
-    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const Clock *clock = m_clock.load();
+    const QDateTime now = clock ? clock->now().toUTC() : QDateTime::currentDateTimeUtc();
     entry.timestamp = QDateTime(now.date(), QTime(now.time().hour(), now.time().minute(), now.time().second()),
                                 Qt::UTC);
     entry.eventType = type;
@@ -136,6 +140,7 @@ void EnterpriseAuditLog::insertInMemory(const AuditLogEntry &entry)
 
 QList<AuditLogEntry> EnterpriseAuditLog::filtered(std::optional<QDateTime> start, std::optional<QDateTime> end) const
 {
+    TW_ASSERT_MAIN_THREAD();
     QList<AuditLogEntry> result;
     for (const AuditLogEntry &entry : m_entries) {
         if (start && entry.timestamp < *start)
@@ -149,6 +154,7 @@ QList<AuditLogEntry> EnterpriseAuditLog::filtered(std::optional<QDateTime> start
 
 QString EnterpriseAuditLog::exportCSV(std::optional<QDateTime> start, std::optional<QDateTime> end) const
 {
+    TW_ASSERT_MAIN_THREAD();
     QString csv = kCsvHeader;
     const QChar comma = QLatin1Char(',');
     for (const AuditLogEntry &entry : filtered(start, end)) {
@@ -169,6 +175,7 @@ QString EnterpriseAuditLog::exportCSV(std::optional<QDateTime> start, std::optio
 std::optional<QByteArray> EnterpriseAuditLog::exportJSON(std::optional<QDateTime> start,
                                                          std::optional<QDateTime> end) const
 {
+    TW_ASSERT_MAIN_THREAD();
     const QByteArray bytes = AuditLogFile::encode(filtered(start, end));
     if (bytes.isEmpty())
         return std::nullopt;

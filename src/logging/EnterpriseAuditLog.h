@@ -9,7 +9,10 @@
 #include <QString>
 #include <QThreadPool>
 
+#include <atomic>
 #include <optional>
+
+class Clock;
 
 // The administrator's audit record of what happened to shares on this machine: a JSON file of up to
 // 10,000 entries (newest first) plus the newest 500 in memory for views and exports.
@@ -39,6 +42,10 @@ public:
     static QString standardFilePath();
 
     QString filePath() const { return m_filePath; }
+
+    // The clock that dates entries (not owned, must outlive the log; its now() is called on the caller's
+    // thread). Null: the system time.
+    void setClock(const Clock *clock) { m_clock = clock; }
 
     // Any thread. Prints "📋 [AUDIT] <RAW>: <details>" at once, queues the in-memory insertion (newest
     // first, capped at 500) and the file append.
@@ -76,5 +83,6 @@ private:
     const QString m_userName;
     const QString m_machineName;
     QList<AuditLogEntry> m_entries;
+    std::atomic<const Clock *> m_clock = nullptr;
     QThreadPool m_writer; // one thread: appends run one after another, in order
 };

@@ -1,9 +1,11 @@
 #include "LogEventManager.h"
 
 #include "base/Console.h"
+#include "base/ThreadCheck.h"
 #include "base/Defaults.h"
 #include "base/NotificationCenter.h"
 #include "base/Preferences.h"
+#include "platform/Clock.h"
 
 namespace {
 const QString kNotAnArrayLine =
@@ -21,6 +23,7 @@ LogEventManager::LogEventManager(Defaults &defaults, NotificationCenter *center,
 
 void LogEventManager::reload()
 {
+    TW_ASSERT_MAIN_THREAD();
     m_events.clear();
     const QVariant stored = m_defaults.value(Preferences::Keys::LogEventArray);
     if (!stored.isValid()) {
@@ -55,9 +58,18 @@ int LogEventManager::maxNumberOfLogLines() const
     return Preferences::maxNumberOfLogLines(m_defaults);
 }
 
+QDateTime LogEventManager::now() const
+{
+    return m_clock ? m_clock->now() : QDateTime::currentDateTime();
+}
+
 void LogEventManager::addEvent(const LogEvent &event, int index)
 {
-    m_events.insert(qBound(0, index, int(m_events.size())), event);
+    TW_ASSERT_MAIN_THREAD();
+    LogEvent dated = event;
+    if (m_clock)
+        dated.eventDate = m_clock->now();
+    m_events.insert(qBound(0, index, int(m_events.size())), dated);
     trim();
     persistAndNotify();
 }
@@ -74,7 +86,7 @@ bool LogEventManager::trim()
             continue;
         }
         // The list is in the table's sort order, not by age: remove the oldest entry, the first of equals.
-        QDateTime candidate = QDateTime::currentDateTime();
+        QDateTime candidate = now();
         qsizetype candidateIndex = -1;
         for (qsizetype i = 0; i < m_events.size(); ++i) {
             if (m_events.at(i).eventDate < candidate) {
@@ -92,6 +104,7 @@ bool LogEventManager::trim()
 
 bool LogEventManager::clearAll(const std::function<bool()> &confirm)
 {
+    TW_ASSERT_MAIN_THREAD();
     if (!confirm || !confirm())
         return false;
     m_events.clear();
@@ -101,6 +114,7 @@ bool LogEventManager::clearAll(const std::function<bool()> &confirm)
 
 int LogEventManager::removeEventsForRecord(qint64 recordId)
 {
+    TW_ASSERT_MAIN_THREAD();
     const qsizetype removed = m_events.removeIf(
         [recordId](const LogEvent &event) { return event.internal_VolumeRecord_ID_Int == recordId; });
     if (removed > 0)

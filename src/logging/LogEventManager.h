@@ -10,13 +10,15 @@
 #include <optional>
 
 class Defaults;
+class Clock;
 class NotificationCenter;
 
 // The user-visible event log: the list of LogEvent, newest first, persisted whole under
 // "Tarnwell_LogEventArray" in the preferences domain (natively, as an array of dictionaries) after every
 // change.
 //
-// Thread: main thread only (views observe the list). Workers hand events over with a queued invocation.
+// Thread: main thread only (views observe the list; checked by TW_ASSERT_MAIN_THREAD in debug builds).
+// Workers hand events over with a queued invocation.
 // Ownership: holds references to the Defaults and the NotificationCenter, which must outlive it.
 //
 // Loading never fails: a stored value that is not an array is ignored (empty log, one console line); an
@@ -39,8 +41,11 @@ public:
 
     LogEventManager(Defaults &defaults, NotificationCenter *center, QObject *parent = nullptr);
 
-    // Inserts at index (clamped into 0..count; callers pass 0 so the newest is first), trims to the limit,
-    // persists and notifies.
+    // The clock that dates added events and ages entries at a trim (not owned; null: the system time).
+    void setClock(const Clock *clock) { m_clock = clock; }
+
+    // Inserts at index (clamped into 0..count; callers pass 0 so the newest is first), dated now by the
+    // clock when one is set, trims to the limit, persists and notifies.
     void addEvent(const LogEvent &event, int index = 0);
 
     const QList<LogEvent> &events() const { return m_events; }
@@ -72,10 +77,12 @@ Q_SIGNALS:
 private:
     // Removes entries above the limit; true when anything was removed.
     bool trim();
+    QDateTime now() const;
     void persistAndNotify();
 
     Defaults &m_defaults;
     NotificationCenter *m_center;
+    const Clock *m_clock = nullptr;
     QList<LogEvent> m_events;
     bool m_isSorted = false;
     std::optional<int> m_maxLinesOverride;

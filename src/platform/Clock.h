@@ -27,7 +27,7 @@ Q_SIGNALS:
 // The wall clock and the timers of the engine's schedules, countdowns and status clearing. Production uses
 // SystemClock; tests use FakeClock, which moves time by hand and fires due timers at once, so a 10-second
 // status clear or a 60-second mount time-out is tested without sleeping.
-// Thread: the main thread (timers live and fire there).
+// Thread: the main thread (timers live and fire there); now() may be called from any thread.
 class Clock
 {
 public:

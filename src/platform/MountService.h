@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 // A cancellation the engine can trigger from the main thread (mount time-out) while a worker blocks in
@@ -53,6 +54,13 @@ struct UnmountResult
     QString errorText;  // the system's error text
 };
 
+// What a volumes-folder entry named after a mount stands for.
+struct VolumeFolderName
+{
+    QString share; // the share (SMB) or path prefix (WebDAV) without slashes
+    QString host;
+};
+
 // The platform's network file-system mount call. Blocking: called on a mount worker thread, never on the
 // main thread. Implementations must be callable from several workers at once.
 class MountService
@@ -65,4 +73,10 @@ public:
     // Unmounts what is mounted at path (a volumes-folder path or a custom mount folder). force: the
     // forced variant (MNT_FORCE semantics).
     virtual UnmountResult unmount(const QString &path, bool force) = 0;
+
+    // The name of the folder the mount of `url` gets inside the volumes folder. Pure; any thread.
+    virtual QString volumeFolderName(const QUrl &url) const = 0;
+    // The share and host a volumes-folder entry stands for when the name follows the platform's naming
+    // of its mount folders; nullopt for any other name. Pure; any thread.
+    virtual std::optional<VolumeFolderName> parseVolumeFolderName(const QString &name) const = 0;
 };

@@ -5,9 +5,11 @@
 class Clock;
 class DesktopNotifier;
 class FileSystem;
+class FuseBridge;
 class MountService;
 class MountTable;
 class ProcessLauncher;
+class NetworkProbe;
 class SecretStore;
 class SleepMonitor;
 class WifiNetwork;
@@ -33,4 +35,7 @@ struct PlatformPorts
     std::unique_ptr<SleepMonitor> sleepMonitor;
     std::unique_ptr<ProcessLauncher> processLauncher;
     std::unique_ptr<DesktopNotifier> notifier;
+    std::unique_ptr<NetworkProbe> networkProbe;
+    // Shared: a check of a hung FUSE folder runs on a thread that may outlive everything else.
+    std::shared_ptr<FuseBridge> fuseBridge;
 };

@@ -106,9 +106,9 @@ private:
 struct KeepMounted : LinuxEngineHarness
 {
     explicit KeepMounted(bool restartBridge = false)
+        : LinuxEngineHarness(ConsoleMode::CaptureAndEcho, restartBridge)
     {
         defaults.setValue(Preferences::Keys::AutoMountCheckInterval, 10);
-        makeKeepMountedScheduler(restartBridge);
     }
     qint64 addGuestShare(int port, const QString &share)
     {
@@ -191,7 +191,7 @@ void TestKeepMounted::remountsAfterServerRestart()
     QVERIFY(!k.record(id).runtime_isMounted_Bool);
 
     int attemptsAfterReturn = 0;
-    QObject::connect(k.engine.get(), &MountEngine::mountStarted, k.engine.get(),
+    QObject::connect(k.engine, &MountEngine::mountStarted, k.engine,
                      [&attemptsAfterReturn](qint64) { ++attemptsAfterReturn; });
     QVERIFY(smbd.start());
     QElapsedTimer back;
@@ -209,7 +209,7 @@ void TestKeepMounted::allowListFollowsWifi()
         QSKIP("the NetworkManager mock is not running");
     QVERIFY(mocks({QStringLiteral("ssid"), QStringLiteral("Office")}));
     KeepMounted k;
-    QTRY_COMPARE(k.wifi->currentNetworkName(), std::optional<QString>(QStringLiteral("Office")));
+    QTRY_COMPARE(k.wifi.currentNetworkName(), std::optional<QString>(QStringLiteral("Office")));
     const qint64 id = k.addGuestShare(env("TW_SMB_PORT").toInt(), env("TW_SMB_GUEST_SHARE"));
     VolumeRecord r = k.record(id);
     r.allowedSSIDs_String = QStringLiteral("Office, Lab");
@@ -221,7 +221,7 @@ void TestKeepMounted::allowListFollowsWifi()
     QVERIFY(QFileInfo(path).isDir());
 
     QVERIFY(mocks({QStringLiteral("ssid"), QStringLiteral("Guest WiFi")}));
-    QTRY_COMPARE(k.wifi->currentNetworkName(), std::optional<QString>(QStringLiteral("Guest WiFi")));
+    QTRY_COMPARE(k.wifi.currentNetworkName(), std::optional<QString>(QStringLiteral("Guest WiFi")));
     k.scheduler->checkSchedule();
     QTRY_VERIFY_WITH_TIMEOUT(!k.record(id).runtime_isMounted_Bool, 30000);
     QCOMPARE(k.record(id).runtime_status_String, QStringLiteral("Ejected"));
@@ -251,11 +251,11 @@ void TestKeepMounted::restartsLostFuseBridge()
     k.scheduler->checkSchedule();
     QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
 
-    QSignalSpy restarted(k.watchdog.get(), &FuseBridgeWatchdog::bridgeRestarted);
-    QSignalSpy lost(k.watchdog.get(), &FuseBridgeWatchdog::bridgeLost);
+    QSignalSpy restarted(&k.watchdog, &FuseBridgeWatchdog::bridgeRestarted);
+    QSignalSpy lost(&k.watchdog, &FuseBridgeWatchdog::bridgeLost);
     QVERIFY(::kill(fusePid, SIGKILL) == 0); // the bridge dies; its FUSE mount stays behind, dead
     k.scheduler->checkSchedule();
-    QTRY_VERIFY_WITH_TIMEOUT(!restarted.isEmpty() || k.watchdog->state() == FuseBridgeWatchdog::State::Missing, 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(!restarted.isEmpty() || k.watchdog.state() == FuseBridgeWatchdog::State::Missing, 30000);
     QCOMPARE(restarted.size(), 1);
     const qint64 newPid = restarted.first().first().toLongLong();
     // Hand the new bridge to the stack so that stop.sh ends it by its PID.

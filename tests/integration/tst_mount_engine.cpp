@@ -69,62 +69,6 @@ private Q_SLOTS:
         QVERIFY(e.ejectAndWait(id));
     }
 
-    void failures_data()
-    {
-        QTest::addColumn<QString>("host");
-        QTest::addColumn<int>("port");
-        QTest::addColumn<QString>("share");
-        QTest::addColumn<QString>("password"); // empty: guest
-        QTest::addColumn<QList<int>>("codes");
-        QTest::addColumn<QStringList>("statuses"); // any of them; one ending in a blank is a prefix
-        QTest::addColumn<int>("eventType");
-        QTest::addColumn<bool>("unreachable");
-        const QString smbHost = env("TW_SMB_HOST");
-        const int smbPort = env("TW_SMB_PORT").toInt();
-        QTest::newRow("wrong password") << smbHost << smbPort << env("TW_SMB_USER_SHARE") << "not-the-password"
-                                        << QList<int>{80} << QStringList{QStringLiteral("Authentication failed")}
-                                        << int(EVENT_TYPE_ENUM::AUTH_FAILED) << false;
-        QTest::newRow("missing share") << smbHost << smbPort << "no-such-share" << "" << QList<int>{2, 19}
-                                       << QStringList{QStringLiteral("Share not found on server"),
-                                                      QStringLiteral("Error 19: share path not found")}
-                                       << int(EVENT_TYPE_ENUM::SHARENAME_NOT_FOUND) << false;
-        // "[::1]" is loopback but not on the probe's skip lists, so the probe runs (and finds nothing).
-        QTest::newRow("nothing listening") << "[::1]" << int(freePort()) << "public" << "" << QList<int>{-1}
-                                           << QStringList{QStringLiteral("Unable to connect to "),
-                                                          QStringLiteral("Connection timeout: ")}
-                                           << int(EVENT_TYPE_ENUM::CONNECTION_FAILED) << true;
-        QTest::newRow("unknown host") << "fileserver.invalid" << 0 << "public" << "" << QList<int>{-1}
-                                      << QStringList{QStringLiteral("Hostname unresolvable and not valid IP")}
-                                      << int(EVENT_TYPE_ENUM::HOSTNAME_UNRESOLVABLE) << false;
-    }
-    void failures()
-    {
-        QFETCH(QString, host);
-        QFETCH(int, port);
-        QFETCH(QString, share);
-        QFETCH(QString, password);
-        QFETCH(QList<int>, codes);
-        QFETCH(QStringList, statuses);
-        QFETCH(int, eventType);
-        QFETCH(bool, unreachable);
-        LinuxEngineHarness e;
-        const qint64 id = e.addShare(host, share, MountUsingProtocol_Enum::SMB, password.isEmpty(), port,
-                                     password.isEmpty() ? QString() : env("TW_SMB_USER"));
-        if (!password.isEmpty())
-            QVERIFY(e.savePassword(password, e.record(id).credentialAccount()));
-        const int code = e.mountAndWait(id);
-        QVERIFY2(codes.contains(code), qPrintable(QString::number(code)));
-        const QString status = e.record(id).runtime_status_String;
-        bool matched = false;
-        for (const QString &s : statuses)
-            matched = matched || status == s || (s.endsWith(QLatin1Char(' ')) && status.startsWith(s));
-        QVERIFY2(matched, qPrintable(status));
-        QCOMPARE(int(e.events().first().event_type_Enum), eventType);
-        QVERIFY(!e.record(id).runtime_isMounted_Bool);
-        if (unreachable)
-            QVERIFY(!e.record(id).runtime_isReachable_Bool);
-    }
-
     void webdavMountProbeAndEject()
     {
         LinuxEngineHarness e;

@@ -5,6 +5,7 @@
 #include "base/Preferences.h"
 #include "core/NetworkTester.h"
 #include "core/WakeOnLan.h"
+#include "platform/linux/LinuxNetworkProbe.h"
 
 #include <QElapsedTimer>
 #include <QMutex>
@@ -59,6 +60,7 @@ class TestProbe : public QObject
 private:
     QMutex m_mutex;
     QStringList m_lines;
+    LinuxNetworkProbe m_network; // the wake destination is never used here
     QTemporaryDir m_dir;
 
     QStringList lines()
@@ -98,7 +100,7 @@ private Q_SLOTS:
         QVERIFY(listener.port != 0);
         QCOMPARE(::listen(listener.fd, 16), 0);
 
-        const SelectResult result = NetworkTester(2).probe(host, address, listener.port);
+        const SelectResult result = NetworkTester(2, m_network).probe(host, address, listener.port);
         QCOMPARE(result, SelectResult::ready());
         const QStringList seen = lines();
         QCOMPARE(seen.value(0), NetworkTester::kSetupLine);
@@ -115,7 +117,7 @@ private Q_SLOTS:
         constexpr int primary = 5;
         QElapsedTimer timer;
         timer.start();
-        const SelectResult result = NetworkTester(primary).probe(QStringLiteral("127.0.0.1"), QString(), port);
+        const SelectResult result = NetworkTester(primary, m_network).probe(QStringLiteral("127.0.0.1"), QString(), port);
         const qint64 ms = timer.elapsed();
         qInfo("closed port: timeout after %lld ms (primary %d s)", ms, primary);
         QCOMPARE(result, SelectResult::timeout());
@@ -152,7 +154,7 @@ private Q_SLOTS:
 
         QElapsedTimer timer;
         timer.start();
-        const SelectResult result = NetworkTester(&defaults).probe(QStringLiteral("127.0.0.1"), QString(), listener.port);
+        const SelectResult result = NetworkTester(&defaults, m_network).probe(QStringLiteral("127.0.0.1"), QString(), listener.port);
         const qint64 ms = timer.elapsed();
         qInfo("silent server: timeout after %lld ms (primary 1 s)", ms);
         for (int fd : fillers)
@@ -169,7 +171,7 @@ private Q_SLOTS:
         // After a probe returns, neither the backup time-out nor the cancelled connection says anything.
         LoopbackSocket listener(SOCK_STREAM);
         QCOMPARE(::listen(listener.fd, 0), 0);
-        QCOMPARE(NetworkTester(1).probe(QStringLiteral("127.0.0.1"), QString(), listener.port), SelectResult::ready());
+        QCOMPARE(NetworkTester(1, m_network).probe(QStringLiteral("127.0.0.1"), QString(), listener.port), SelectResult::ready());
         const QStringList before = lines();
         std::this_thread::sleep_for(std::chrono::milliseconds(3300)); // past primary + 2 s
         QCOMPARE(lines(), before);
@@ -178,7 +180,7 @@ private Q_SLOTS:
 
     void resolveLocalhost()
     {
-        const QString address = NetworkTester::resolveHostName(QStringLiteral("localhost"));
+        const QString address = NetworkTester::resolveHostName(m_network, QStringLiteral("localhost"));
         QVERIFY2(address == QLatin1String("127.0.0.1") || address == QLatin1String("::1"), qPrintable(address));
         QVERIFY(lines().isEmpty()); // a name, not a literal: no "skipping" line
     }
@@ -189,7 +191,8 @@ private Q_SLOTS:
         const QString mac = QStringLiteral("aa-bb-cc-dd-ee-ff");
         LoopbackSocket receiver(SOCK_DGRAM);
         QVERIFY(receiver.port != 0);
-        QVERIFY(WakeOnLan(QStringLiteral("127.0.0.1"), receiver.port).send(mac));
+        LinuxNetworkProbe toReceiver(QStringLiteral("127.0.0.1"), receiver.port);
+        QVERIFY(WakeOnLan::send(toReceiver, mac));
         pollfd p{receiver.fd, POLLIN, 0};
         QCOMPARE(::poll(&p, 1, 2000), 1);
         char buffer[512];

@@ -1,95 +1,49 @@
 #include "EngineHarness.h"
 
-#include "core/ShareUrlProbe.h"
-
 #include <QDir>
 #include <QFile>
-#include <QMutexLocker>
 
-EngineHarness::EngineHarness(ConsoleMode mode)
-    : EngineHarnessBase(mode)
-    , volumesFolder(dir.path() + QStringLiteral("/volumes"))
-    , fileSystem(volumesFolder)
-    , credentials(&secrets)
+namespace {
+QString volumesFolderIn(const QString &dir)
 {
-    QDir().mkpath(volumesFolder);
-    service.attachVolumes(&table, volumesFolder);
+    return dir + QStringLiteral("/volumes");
+}
 
-    MountNetworkOps network;
-    network.resolveHostName = [this](const QString &host) {
-        QMutexLocker lock(&m_mutex);
-        ++m_resolveCalls;
-        return m_resolved.value(host, QStringLiteral("0.0.0.0"));
-    };
-    network.probe = [this](const QString &, const QString &, int) {
-        QMutexLocker lock(&m_mutex);
-        ++m_probeCalls;
-        return m_probeResult;
-    };
-    network.wakeOnLan = [this](const QString &mac) {
-        QMutexLocker lock(&m_mutex);
-        m_wakeCalls.append(mac);
-    };
-    network.probeShareUrl = [this](const VolumeRecord &record, double timeout) {
-        bool real = false;
-        bool reachable = true;
-        {
-            QMutexLocker lock(&m_mutex);
-            real = m_realShareUrlProbe;
-            reachable = m_shareUrlReachable;
-        }
-        if (real)
-            return ShareUrlProbe::probe(record, timeout);
-        return MountProtocol::isWebDAV(record.mounting_using_protocol_Enum) ? reachable : true;
-    };
-    buildEngine(service, table, fileSystem, &credentials, std::move(network));
+} // namespace
+
+EngineHarness::EngineHarness(ConsoleMode mode, EngineHost::Options options,
+                             const std::function<void(PlatformPorts &)> &adjustPorts)
+    : EngineHarnessBase(
+          mode,
+          [this, &adjustPorts](const QString &dir) {
+              QDir().mkpath(volumesFolderIn(dir));
+              PlatformPorts ports = FakePlatform::createPorts(volumesFolderIn(dir), &fakes);
+              if (adjustPorts) {
+                  adjustPorts(ports);
+                  if (ports.clock.get() != fakes.clock) {
+                      spareClock = std::make_unique<FakeClock>();
+                      fakes.clock = spareClock.get();
+                  }
+              }
+              return ports;
+          },
+          std::move(options))
+    , volumesFolder(volumesFolderIn(dir.path()))
+    , clock(*fakes.clock)
+    , table(*fakes.mountTable)
+    , service(*fakes.mountService)
+    , fileSystem(*host->ports().fileSystem)
+    , secrets(*fakes.secretStore)
+    , wifi(*fakes.wifi)
+    , sleep(*fakes.sleepMonitor)
+    , network(*fakes.network)
+    , bridge(*fakes.fuseBridge)
+{
 }
 
 EngineHarness::~EngineHarness()
 {
     shutDown();
-}
-
-void EngineHarness::setResolved(const QString &host, const QString &address)
-{
-    QMutexLocker lock(&m_mutex);
-    m_resolved.insert(host, address);
-}
-
-void EngineHarness::setProbeResult(const SelectResult &result)
-{
-    QMutexLocker lock(&m_mutex);
-    m_probeResult = result;
-}
-
-void EngineHarness::setShareUrlReachable(bool reachable)
-{
-    QMutexLocker lock(&m_mutex);
-    m_shareUrlReachable = reachable;
-}
-
-void EngineHarness::setUseRealShareUrlProbe(bool real)
-{
-    QMutexLocker lock(&m_mutex);
-    m_realShareUrlProbe = real;
-}
-
-int EngineHarness::resolveCalls() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_resolveCalls;
-}
-
-int EngineHarness::probeCalls() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_probeCalls;
-}
-
-QStringList EngineHarness::wakeCalls() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_wakeCalls;
 }
 
 QString EngineHarness::makeVolumeFolder(const QString &name, bool withFile) const

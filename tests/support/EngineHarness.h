@@ -2,35 +2,46 @@
 
 #include "EngineHarnessBase.h"
 
-#include "core/SelectResult.h"
 #include "platform/FileSystem.h"
+#include "platform/fake/FakeClock.h"
+#include "platform/fake/FakeFuseBridge.h"
 #include "platform/fake/FakeMountService.h"
 #include "platform/fake/FakeMountTable.h"
+#include "platform/fake/FakeNetworkProbe.h"
+#include "platform/fake/FakePlatform.h"
 #include "platform/fake/FakeSecretStore.h"
+#include "platform/fake/FakeSleepMonitor.h"
+#include "platform/fake/FakeWifiNetwork.h"
 
-#include <QHash>
+namespace HarnessDetail {
+// Filled by the ports factory before the engine root exists; a base so it is built first.
+struct FakeHandles
+{
+    FakePlatform::Fakes fakes;
+    std::unique_ptr<FakeClock> spareClock; // stands in for `clock` when the ports got another clock
+};
+} // namespace HarnessDetail
 
-// The real MountEngine over in-process fakes, for whole-engine scenarios: FakeMountService (attached to a
-// temporary volumes folder, so successful mounts create GVfs-named folders), FakeMountTable, FakeSecretStore
-// behind the real CredentialStore, LocalFileSystem over the temporary volumes folder, and scripted network
-// operations (no name is ever resolved, nothing is sent; the share-URL probe answers shareUrlReachable
-// unless useRealShareUrlProbe). Main thread only (the engine's workers call the scripted network
-// functions, which are thread-safe).
-class EngineHarness : public EngineHarnessBase
+// The engine root over FakePlatform::createPorts(), for whole-engine scenarios: successful mounts of the
+// fake mount service create GVfs-named folders in a temporary volumes folder and list them in the fake
+// table; names resolve only as set on `network`, nothing is sent; time moves only when `clock` is advanced.
+// The FUSE-bridge watchdog is off unless asked for.
+// A scenario is a few lines: add a share, script `service` or `network`, mount, assert status, event, audit.
+class EngineHarness : private HarnessDetail::FakeHandles, public EngineHarnessBase
 {
 public:
-    explicit EngineHarness(ConsoleMode mode = ConsoleMode::Capture);
+    // No FUSE-bridge watchdog (a check each tick would start a thread); scenarios about it turn it on.
+    static EngineHost::Options defaultOptions()
+    {
+        EngineHost::Options options;
+        options.watchFuseBridge = false;
+        return options;
+    }
+    // `adjustPorts` may replace fakes before the engine root is built (benches: the system clock).
+    explicit EngineHarness(ConsoleMode mode = ConsoleMode::Capture, EngineHost::Options options = defaultOptions(),
+                           const std::function<void(PlatformPorts &)> &adjustPorts = {});
     ~EngineHarness() override;
     Q_DISABLE_COPY_MOVE(EngineHarness)
-
-    // --- Scripted network (thread-safe) ---
-    void setResolved(const QString &host, const QString &address); // unknown names resolve to "0.0.0.0"
-    void setProbeResult(const SelectResult &result);               // default: ready
-    void setShareUrlReachable(bool reachable);                      // default: true
-    void setUseRealShareUrlProbe(bool real);
-    int resolveCalls() const;
-    int probeCalls() const;
-    QStringList wakeCalls() const;
 
     QString volumePath(const QString &name) const { return volumesFolder + QLatin1Char('/') + name; }
     // Creates a folder (with an optional file in it) in the volumes folder; returns its path.
@@ -38,20 +49,14 @@ public:
     // Writes an executable shell script into the temporary folder; returns its path.
     QString makeScript(const QString &name, const QString &body) const;
 
-    QString volumesFolder;
-    FakeMountTable table;
-    FakeMountService service;
-    LocalFileSystem fileSystem;
-    FakeSecretStore secrets;
-    CredentialStore credentials;
-
-private:
-    mutable QMutex m_mutex;
-    QHash<QString, QString> m_resolved;
-    SelectResult m_probeResult = SelectResult::ready();
-    bool m_shareUrlReachable = true;
-    bool m_realShareUrlProbe = false;
-    int m_resolveCalls = 0;
-    int m_probeCalls = 0;
-    QStringList m_wakeCalls;
+    const QString volumesFolder;
+    FakeClock &clock;
+    FakeMountTable &table;
+    FakeMountService &service;
+    FileSystem &fileSystem;
+    FakeSecretStore &secrets;
+    FakeWifiNetwork &wifi;
+    FakeSleepMonitor &sleep;
+    FakeNetworkProbe &network;
+    FakeFuseBridge &bridge;
 };

@@ -10,19 +10,36 @@
 #include <climits>
 #include <cstdio>
 
-EngineHarnessBase::EngineHarnessBase(ConsoleMode mode)
-    : defaults(dir.path() + QStringLiteral("/prefs.plist"))
-    , eventLog(defaults, &center)
-    , auditLog(dir.path() + QStringLiteral("/audit_log.json"))
+namespace {
+EngineHost::Options withFiles(EngineHost::Options options, const QString &dir)
 {
-    Console::setSink([this, mode](const QString &text) {
-        if (mode == ConsoleMode::Discard)
-            return;
-        if (mode == ConsoleMode::CaptureAndEcho)
-            std::fprintf(stderr, "%s\n", text.toUtf8().constData());
-        QMutexLocker lock(&m_consoleMutex);
-        m_console.append(text);
-    });
+    options.defaultsFile = dir + QStringLiteral("/prefs.plist");
+    options.auditLogFile = dir + QStringLiteral("/audit_log.json");
+    return options;
+}
+} // namespace
+
+EngineHarnessBase::EngineHarnessBase(ConsoleMode mode, const PortsFactory &makePorts, EngineHost::Options options)
+    : m_consoleInstalled([this, mode] {
+        Console::setSink([this, mode](const QString &text) {
+            if (mode == ConsoleMode::Discard)
+                return;
+            if (mode == ConsoleMode::CaptureAndEcho)
+                std::fprintf(stderr, "%s\n", text.toUtf8().constData());
+            QMutexLocker lock(&m_consoleMutex);
+            m_console.append(text);
+        });
+        return true;
+    }())
+    , host(std::make_unique<EngineHost>(makePorts(dir.path()), withFiles(std::move(options), dir.path())))
+    , defaults(host->defaults())
+    , center(host->center())
+    , eventLog(host->eventLog())
+    , auditLog(host->auditLog())
+    , credentials(host->credentials())
+    , engine(&host->engine())
+    , scheduler(&host->scheduler())
+{
     QObject::connect(&center, &NotificationCenter::posted, &center,
                      [this](const QString &name, const QVariantMap &) { notifications.append(name); });
 }
@@ -33,40 +50,16 @@ EngineHarnessBase::~EngineHarnessBase()
     Console::setSink({});
 }
 
-void EngineHarnessBase::buildEngine(MountService &service, MountTable &table, FileSystem &fileSystem,
-                                    CredentialStore *credentials, MountNetworkOps network)
-{
-    m_table = &table;
-    MountEngineDependencies deps;
-    deps.defaults = &defaults;
-    deps.center = &center;
-    deps.eventLog = &eventLog;
-    deps.auditLog = &auditLog;
-    deps.mountService = &service;
-    deps.mountTable = &table;
-    deps.fileSystem = &fileSystem;
-    deps.credentials = credentials;
-    deps.network = std::move(network);
-    engine = std::make_unique<MountEngine>(deps);
-}
-
-AutoMountScheduler &EngineHarnessBase::makeScheduler(AutoMountSchedulerDependencies deps)
-{
-    deps.engine = engine.get();
-    deps.defaults = &defaults;
-    deps.center = &center;
-    deps.eventLog = &eventLog;
-    deps.auditLog = &auditLog;
-    deps.mountTable = m_table;
-    scheduler = std::make_unique<AutoMountScheduler>(deps);
-    return *scheduler;
-}
-
 void EngineHarnessBase::shutDown()
 {
-    scheduler.reset();
-    engine.reset();
-    auditLog.waitForPendingWrites();
+    if (!host)
+        return;
+    host->scheduler().stop();
+    host->engine().waitForWorkers();
+    host->auditLog().waitForPendingWrites();
+    host.reset();
+    engine = nullptr;
+    scheduler = nullptr;
 }
 
 qint64 EngineHarnessBase::addShare(const QString &host, const QString &share, MountUsingProtocol_Enum protocol,
@@ -110,7 +103,7 @@ const VolumeRecord &EngineHarnessBase::record(qint64 id) const
 
 int EngineHarnessBase::mountAndWait(qint64 id, bool allowUI, int timeoutMs)
 {
-    QSignalSpy spy(engine.get(), &MountEngine::mountFinished);
+    QSignalSpy spy(engine, &MountEngine::mountFinished);
     engine->mount(id, allowUI);
     if (!spy.wait(waitMs(timeoutMs)))
         return INT_MIN;
@@ -120,7 +113,7 @@ int EngineHarnessBase::mountAndWait(qint64 id, bool allowUI, int timeoutMs)
 
 bool EngineHarnessBase::ejectAndWait(qint64 id, bool partOfEjectAll, int timeoutMs)
 {
-    QSignalSpy spy(engine.get(), &MountEngine::ejectFinished);
+    QSignalSpy spy(engine, &MountEngine::ejectFinished);
     engine->eject(id, partOfEjectAll);
     if (!spy.wait(waitMs(timeoutMs)))
         return false;
@@ -130,7 +123,7 @@ bool EngineHarnessBase::ejectAndWait(qint64 id, bool partOfEjectAll, int timeout
 
 bool EngineHarnessBase::syncAndWait(int timeoutMs)
 {
-    QSignalSpy spy(engine.get(), &MountEngine::syncFinished);
+    QSignalSpy spy(engine, &MountEngine::syncFinished);
     engine->syncWithMountTable();
     if (spy.isEmpty() && !spy.wait(waitMs(timeoutMs)))
         return false;
@@ -140,7 +133,7 @@ bool EngineHarnessBase::syncAndWait(int timeoutMs)
 
 bool EngineHarnessBase::cleanUpAndWait(qint64 id, int timeoutMs)
 {
-    QSignalSpy spy(engine.get(), &MountEngine::cleanUpFinished);
+    QSignalSpy spy(engine, &MountEngine::cleanUpFinished);
     engine->cleanUp(id);
     if (!spy.wait(waitMs(timeoutMs)))
         return false;
@@ -150,7 +143,7 @@ bool EngineHarnessBase::cleanUpAndWait(qint64 id, int timeoutMs)
 
 void EngineHarnessBase::ejectEverythingMounted()
 {
-    if (!engine)
+    if (!host)
         return;
     for (const VolumeRecord &r : engine->store().records()) {
         if (r.runtime_isMounted_Bool)

@@ -5,6 +5,7 @@
 #include "core/AutoMountScheduler.h"
 #include "core/CredentialStore.h"
 #include "core/MountEngine.h"
+#include "engine/EngineHost.h"
 #include "logging/EnterpriseAuditLog.h"
 #include "logging/LogEventManager.h"
 
@@ -15,24 +16,21 @@
 #include <functional>
 #include <memory>
 
-// What every engine test and benchmark builds around the real MountEngine: a temporary folder holding the
-// preferences file and the audit log, the notification centre (posted names recorded in `notifications`),
-// the event log, console capture, the engine over ports a subclass owns and, on request, the
-// AutoMountScheduler. The drive helpers start an operation and wait for the engine's signal.
-// Main thread only. Subclasses own the ports and call shutDown() first in their destructor, so that the
-// engine and scheduler are gone before the ports they use.
+// A scenario around the engine root: the same EngineHost the executables run, built over the ports a
+// subclass supplies (the fakes for unit tests, the Linux ports of the test stack for integration tests and
+// benches), with its preferences file and audit log in a temporary folder, console capture and the names
+// posted on the notification centre recorded. The scheduler exists but is not started. The drive helpers
+// start an operation and wait for the engine's signal. Main thread only.
 class EngineHarnessBase
 {
 public:
     enum class ConsoleMode { Capture, CaptureAndEcho, Discard }; // echo goes to stderr
+    // Makes the ports; given the temporary folder of the harness.
+    using PortsFactory = std::function<PlatformPorts(const QString &tempDir)>;
 
-    explicit EngineHarnessBase(ConsoleMode mode);
+    EngineHarnessBase(ConsoleMode mode, const PortsFactory &makePorts, EngineHost::Options options = {});
     virtual ~EngineHarnessBase();
     Q_DISABLE_COPY_MOVE(EngineHarnessBase)
-
-    // Builds the scheduler over the engine; `deps` brings clock, Wi-Fi, sleep monitor, watchdog and server
-    // check, the harness fills in the rest. Not started.
-    AutoMountScheduler &makeScheduler(AutoMountSchedulerDependencies deps);
 
     // --- Records ---
     // A record on host/share (guest unless `user` is given), added to the engine; returns its ID.
@@ -64,24 +62,28 @@ public:
     QList<AuditLogEntry> audits(); // settles first
 
     QTemporaryDir dir;
-    Defaults defaults;
-    NotificationCenter center;
-    LogEventManager eventLog;
-    EnterpriseAuditLog auditLog;
-    std::unique_ptr<MountEngine> engine;
-    std::unique_ptr<AutoMountScheduler> scheduler;
+
+private:
+    mutable QMutex m_consoleMutex;
+    QStringList m_console;
+    bool m_consoleInstalled;
+
+public:
+    std::unique_ptr<EngineHost> host;
+    Defaults &defaults;
+    NotificationCenter &center;
+    LogEventManager &eventLog;
+    EnterpriseAuditLog &auditLog;
+    CredentialStore &credentials;
+    MountEngine *engine;
+    AutoMountScheduler *scheduler;
     QStringList notifications; // names posted on the centre, in order
 
 protected:
-    void buildEngine(MountService &service, MountTable &table, FileSystem &fileSystem, CredentialStore *credentials,
-                     MountNetworkOps network);
+    // Ends the engine root (waiting for the audit writer); the accessors above dangle afterwards.
     void shutDown();
     int m_defaultWaitMs = 10000;
 
 private:
     int waitMs(int timeoutMs) const { return timeoutMs > 0 ? timeoutMs : m_defaultWaitMs; }
-
-    MountTable *m_table = nullptr;
-    mutable QMutex m_consoleMutex;
-    QStringList m_console;
 };

@@ -5,14 +5,11 @@
 #include "base/PreferencesApply.h"
 #include "base/Preferences.h"
 #include "core/AutoMountScheduler.h"
-#include "platform/fake/FakeClock.h"
-#include "platform/fake/FakeSleepMonitor.h"
-#include "platform/fake/FakeWifiNetwork.h"
 
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
-#include <atomic>
 
 using namespace std::chrono_literals;
 
@@ -30,21 +27,13 @@ QDateTime at(const QDate &day, int hour, int minute = 0, int second = 0)
 // The engine over the fakes with a started scheduler on a fake clock, Wi-Fi and sleep monitor.
 struct Fixture : EngineHarness
 {
-    FakeClock clock{at(kMonday, 12)};
-    FakeWifiNetwork wifi;
-    FakeSleepMonitor sleep;
-    std::atomic<bool> serverUp{true};
-
     Fixture()
     {
-        AutoMountSchedulerDependencies deps;
-        deps.wifi = &wifi;
-        deps.sleepMonitor = &sleep;
-        deps.clock = &clock;
-        deps.serverReachable = [this](const VolumeRecord &) { return serverUp.load(); };
-        makeScheduler(deps).start();
+        clock.setNow(at(kMonday, 12));
+        scheduler->start();
     }
-    ~Fixture() override { shutDown(); }
+    // The servers' answer to the scheduler's liveness probe (the pipeline skips it for loopback hosts).
+    void setServerUp(bool up) { network.setProbeResult(up ? SelectResult::ready() : SelectResult::timeout()); }
 
     qint64 add(MountUsingProtocol_Enum protocol = MountUsingProtocol_Enum::SMB, const QString &share = QStringLiteral("docs"))
     {
@@ -59,7 +48,7 @@ struct Fixture : EngineHarness
     // One tick, then everything it started (mounts, ejects, probes) has finished and reported back.
     void tick()
     {
-        QSignalSpy done(scheduler.get(), &AutoMountScheduler::tickFinished);
+        QSignalSpy done(scheduler, &AutoMountScheduler::tickFinished);
         scheduler->checkSchedule();
         if (done.isEmpty())
             QVERIFY(done.wait(5000));
@@ -98,20 +87,28 @@ private Q_SLOTS:
     {
         QFETCH(QVariant, stored);
         QFETCH(int, seconds);
-        Fixture f;
+        QTemporaryDir dir;
+        Defaults defaults(dir.path() + QStringLiteral("/prefs.plist"));
         if (stored.isValid())
-            f.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, stored);
+            defaults.setValue(Preferences::Keys::AutoMountCheckInterval, stored);
+        QCOMPARE(Preferences::autoMountCheckIntervalSeconds(defaults), seconds);
+    }
+
+    void timerUsesTheInterval()
+    {
+        Fixture f;
+        f.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, 5000);
         f.clearConsole();
         f.scheduler->restartTimer();
-        QCOMPARE(f.scheduler->intervalSeconds(), seconds);
-        QVERIFY(f.hasLine(AutoMountScheduler::kIntervalLine + QString::number(seconds)));
-        // The timer really uses it: no tick a millisecond early, one tick on time, one per interval after.
+        QCOMPARE(f.scheduler->intervalSeconds(), 1440);
+        QVERIFY(f.hasLine(AutoMountScheduler::kIntervalLine + QStringLiteral("1440")));
+        // No tick a millisecond early, one tick on time, one per interval after.
         const int before = f.scheduler->tickCount();
-        f.clock.advance(std::chrono::seconds(seconds) - 1ms);
+        f.clock.advance(1440s - 1ms);
         QCOMPARE(f.scheduler->tickCount(), before);
         f.clock.advance(1ms);
         QCOMPARE(f.scheduler->tickCount(), before + 1);
-        f.clock.advance(std::chrono::seconds(seconds) * 2);
+        f.clock.advance(2880s);
         QCOMPARE(f.scheduler->tickCount(), before + 3);
     }
 
@@ -175,9 +172,9 @@ private Q_SLOTS:
         // The server stops answering: the tick's check ejects the mount (forced) once.
         const QString path = f.record(id).runtime_computed_mountpoint_String;
         f.service.clearCalls();
-        f.serverUp = false;
+        f.setServerUp(false);
         f.service.setDefaultResult(MountResult{64, QStringLiteral("host is down"), {}});
-        QSignalSpy lost(f.scheduler.get(), &AutoMountScheduler::serverLost);
+        QSignalSpy lost(f.scheduler, &AutoMountScheduler::serverLost);
         f.tick();
         QTRY_COMPARE(lost.size(), 1);
         f.drain();
@@ -195,7 +192,7 @@ private Q_SLOTS:
         f.tick();
         QVERIFY(!f.mounted(id));
         QCOMPARE(lost.size(), 1);
-        f.serverUp = true;
+        f.setServerUp(true);
         f.service.setDefaultResult(MountResult{});
         f.tick();
         QVERIFY(f.mounted(id));
@@ -204,7 +201,7 @@ private Q_SLOTS:
     void pause()
     {
         Fixture f;
-        QSignalSpy flips(f.scheduler.get(), &AutoMountScheduler::pausedChanged);
+        QSignalSpy flips(f.scheduler, &AutoMountScheduler::pausedChanged);
         const auto pauseAudits = [&f] { // "share name: details" of the pause/resume entries, newest first
             QStringList texts;
             for (const AuditLogEntry &e : f.audits()) {
@@ -343,14 +340,14 @@ private Q_SLOTS:
             r.runtime_status_String = statusBefore;
             r.runtime_isReachable_Bool = true;
         });
-        f.setShareUrlReachable(false);
+        f.network.setServersAnswer(false);
         f.tick();
         QVERIFY(!f.mounted(id));
         QVERIFY(f.service.mountCalls().isEmpty());
         QCOMPARE(f.status(id), statusAfter);
         QVERIFY(!f.record(id).runtime_isReachable_Bool);
 
-        f.setShareUrlReachable(true);
+        f.network.setServersAnswer(true);
         f.tick();
         QVERIFY(f.mounted(id));
     }
@@ -371,7 +368,7 @@ private Q_SLOTS:
             f.defaults.setValue(Preferences::Keys::MountTimeout, stored);
         f.service.setBlocking(QUrl()); // every mount hangs until cancelled
         const qint64 id = f.addAuto();
-        QSignalSpy finished(f.engine.get(), &MountEngine::mountFinished);
+        QSignalSpy finished(f.engine, &MountEngine::mountFinished);
         f.scheduler->checkSchedule();
         QVERIFY(f.service.waitForBlocked(1, 5000));
         QVERIFY(f.scheduler->hasCountdown(id));

@@ -1,84 +1,51 @@
-// The GVfs FUSE-bridge watchdog: reading the kernel's mount table, and detection and restart against a
-// fake mount table file and a fake bridge program (no FUSE mount is touched).
+// The FUSE-bridge watchdog's policy over a fake bridge: one report per outage, restart and back-off,
+// refusals, and a hanging check reported as unresponsive.
 #include "base/Defaults.h"
 #include "base/NotificationCenter.h"
 #include "core/FuseBridgeWatchdog.h"
 #include "logging/LogEventManager.h"
+#include "platform/fake/FakeFuseBridge.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cerrno>
 #include <memory>
-#include <sys/stat.h>
 
 using namespace std::chrono_literals;
 using State = FuseBridgeWatchdog::State;
+using Health = FuseBridge::Health;
+Q_DECLARE_METATYPE(FuseBridge::Health)
 
 namespace {
-const QByteArray kRootLine = "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n";
-QByteArray gvfsLine(const QByteArray &escapedPath)
-{
-    return "40 22 0:50 / " + escapedPath
-           + " rw,nosuid,nodev,relatime shared:30 - fuse.gvfsd-fuse gvfsd-fuse rw,user_id=1000,group_id=1000\n";
-}
+const QString kFolder = QStringLiteral("/run/user/1000/gvfs");
 
-bool writeFile(const QString &path, const QByteArray &content, bool executable = false)
-{
-    QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || f.write(content) != content.size())
-        return false;
-    f.close();
-    return !executable || f.setPermissions(f.permissions() | QFileDevice::ExeOwner);
-}
-
-// A temporary folder with a mount table file (only the root file system at first) and an event log; start()
-// adds a stand-in bridge program and makes the watchdog under test and its signal spies.
 struct Env
 {
     QTemporaryDir dir;
     Defaults defaults{dir.path() + QStringLiteral("/prefs.plist")};
     NotificationCenter center;
     LogEventManager eventLog{defaults, &center};
-    QString mountInfo = dir.path() + QStringLiteral("/mountinfo");
-    QString folder = dir.path() + QStringLiteral("/gvfs");
-    QString runs = dir.path() + QStringLiteral("/runs");
-    bool ready = writeFile(mountInfo, kRootLine);
+    std::shared_ptr<FakeFuseBridge> bridge = std::make_shared<FakeFuseBridge>(kFolder);
     std::unique_ptr<FuseBridgeWatchdog> watchdog;
     std::unique_ptr<QSignalSpy> checked, lost, restarted;
 
-    // bridge: 0 the program is missing, 1 it runs without mounting, 2 it mounts its folder ($1). Runs are counted.
-    FuseBridgeWatchdog &start(int bridge, std::chrono::milliseconds checkTimeout = 5000ms)
+    explicit Env(bool restartAllowed = true, std::chrono::milliseconds checkTimeout = 5000ms)
     {
         FuseBridgeWatchdog::Options o;
-        o.volumesFolder = folder;
-        o.mountInfoPath = mountInfo;
-        o.bridgeProgram = dir.path() + QStringLiteral("/bridge");
-        o.fuseDevice = dir.path(); // any existing path
-        o.requireSessionBus = false;
+        o.restartAllowed = restartAllowed;
         o.checkTimeout = checkTimeout;
-        o.restartWait = 300ms;
-        o.restartBackoff = 60000ms;
-        QByteArray script = "#!/bin/sh\necho run >> '" + runs.toUtf8() + "'\n";
-        if (bridge == 2)
-            script += "echo \"41 22 0:51 / $1 rw - fuse.gvfsd-fuse gvfsd-fuse rw\" >> '" + mountInfo.toUtf8() + "'\n";
-        if (bridge > 0)
-            ready = writeFile(o.bridgeProgram, script, true) && ready;
-        watchdog = std::make_unique<FuseBridgeWatchdog>(o, &eventLog);
+        watchdog = std::make_unique<FuseBridgeWatchdog>(bridge, o, &eventLog);
         checked = std::make_unique<QSignalSpy>(watchdog.get(), &FuseBridgeWatchdog::checked);
         lost = std::make_unique<QSignalSpy>(watchdog.get(), &FuseBridgeWatchdog::bridgeLost);
         restarted = std::make_unique<QSignalSpy>(watchdog.get(), &FuseBridgeWatchdog::bridgeRestarted);
-        return *watchdog;
     }
     bool checkOnce()
     {
+        const qsizetype before = checked->size();
         watchdog->check();
-        return checked->wait(5000);
+        return checked->size() > before || checked->wait(5000);
     }
-    int runCount() const { return int(QFileInfo(runs).size() / 4); } // "run\n" per run
     int eventsContaining(const QString &text) const
     {
         int n = 0;
@@ -93,103 +60,80 @@ class TestFuseBridgeWatchdog : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void classify_data()
+    void outage_data()
     {
-        QTest::addColumn<QByteArray>("mountInfo");
-        QTest::addColumn<QString>("folder");
-        QTest::addColumn<int>("statErrno");
+        QTest::addColumn<Health>("health");
+        QTest::addColumn<bool>("restartAllowed");
+        QTest::addColumn<QString>("refusal");     // the bridge's own obstacle
+        QTest::addColumn<QString>("failure");     // what a restart answers (empty: it works)
+        QTest::addColumn<QString>("outcome");     // the one event after the loss
+        QTest::addColumn<int>("restarts");        // over three checks
         QTest::addColumn<State>("state");
-        const QByteArray listed = kRootLine + gvfsLine("/run/user/1000/gvfs");
-        const QString run = QStringLiteral("/run/user/1000/gvfs");
-        const QByteArray tmpfs = "45 40 0:52 / /run/user/1000/gvfs rw - tmpfs tmpfs rw\n";
-        QTest::newRow("healthy") << listed << run << 0 << State::Healthy;
-        QTest::newRow("trailing slash in folder") << listed << run + u'/' << 0 << State::Healthy;
-        QTest::newRow("listed, daemon gone") << listed << run << ENOTCONN << State::Dead;
-        QTest::newRow("permission is not death") << listed << run << EACCES << State::Healthy;
-        QTest::newRow("not mounted") << kRootLine << run << 0 << State::Missing;
-        QTest::newRow("a mount below the folder") << kRootLine + gvfsLine(run.toUtf8() + "/sub") << run << 0
-                                                  << State::Missing;
-        QTest::newRow("other file system on the folder") << kRootLine + tmpfs << run << 0 << State::Missing;
-        QTest::newRow("covered by a later mount") << listed + tmpfs << run << 0 << State::Missing;
-        QTest::newRow("escaped blank in path") << kRootLine + gvfsLine("/home/a\\040b/gvfs") << "/home/a b/gvfs" << 0
-                                               << State::Healthy;
-        QTest::newRow("garbage lines ignored") << "nonsense\n\n - - -\n" + gvfsLine(run.toUtf8()) << run << 0
-                                               << State::Healthy;
-    }
-    void classify()
-    {
-        QFETCH(QByteArray, mountInfo);
-        QFETCH(QString, folder);
-        QFETCH(int, statErrno);
-        QFETCH(State, state);
-        QCOMPARE(FuseBridgeWatchdog::classify(mountInfo, folder, statErrno), state);
-    }
-
-    void restartOfMissingBridge_data()
-    {
-        QTest::addColumn<int>("bridge"); // 0: program missing, 1: runs but does not mount, 2: mounts
-        QTest::addColumn<QString>("outcome"); // event text, %1 the temporary folder
-        QTest::addColumn<int>("runs");
-        QTest::addColumn<State>("state");
-        QTest::newRow("restarted") << 2 << "CONNECTION_SUCCESS: GVfs FUSE bridge restarted at %1/gvfs" << 1
-                                   << State::Healthy;
-        QTest::newRow("no bridge program") << 0 << "%1/bridge is not available" << 0 << State::Missing;
+        QTest::newRow("restarted") << Health::Missing << true << QString() << QString() << QString(QLatin1String("CONNECTION_SUCCESS: GVfs FUSE bridge restarted at ") + kFolder)
+                                   << 1 << State::Healthy;
+        QTest::newRow("dead mount restarted") << Health::Dead << true << QString() << QString() << QString(QLatin1String("GVfs FUSE bridge restarted at ") + kFolder)
+                                              << 1 << State::Healthy;
+        QTest::newRow("no bridge program") << Health::Missing << true << QStringLiteral("/usr/libexec/gvfsd-fuse is not available") << QString()
+                                           << QStringLiteral("GVfs FUSE bridge not restarted: /usr/libexec/gvfsd-fuse is not available")
+                                           << 0 << State::Missing;
+        QTest::newRow("switched off") << Health::Missing << false << QString() << QString()
+                                      << QStringLiteral("GVfs FUSE bridge not restarted: restarting is switched off") << 0 << State::Missing;
         // Started once, then the back-off keeps it from being started again on every check.
-        QTest::newRow("bridge does not mount")
-            << 1 << "GVfs FUSE bridge not restarted: the bridge did not mount %1/gvfs" << 1 << State::Missing;
+        QTest::newRow("bridge does not mount") << Health::Missing << true << QString() << QString(QLatin1String("the bridge did not mount ") + kFolder)
+                                               << QString(QLatin1String("GVfs FUSE bridge not restarted: the bridge did not mount ") + kFolder)
+                                               << 1 << State::Missing;
     }
-    void restartOfMissingBridge()
+    void outage()
     {
-        QFETCH(int, bridge);
+        QFETCH(Health, health);
+        QFETCH(bool, restartAllowed);
+        QFETCH(QString, refusal);
+        QFETCH(QString, failure);
         QFETCH(QString, outcome);
-        QFETCH(int, runs);
+        QFETCH(int, restarts);
         QFETCH(State, state);
-        Env env;
-        FuseBridgeWatchdog &watchdog = env.start(bridge);
-        QVERIFY(env.ready);
+        Env env(restartAllowed);
+        env.bridge->setHealth(health);
+        env.bridge->setRestartRefusal(refusal);
+        env.bridge->setRestartFailure(failure);
         for (int i = 0; i < 3; ++i)
             QVERIFY(env.checkOnce());
-        QCOMPARE(watchdog.state(), state);
-        QCOMPARE(env.runCount(), runs);
+        QCOMPARE(env.watchdog->state(), state);
+        QCOMPARE(env.bridge->restartCount(), restarts);
+        if (restarts > 0)
+            QCOMPARE(env.bridge->lastRestartDetached(), health == Health::Dead);
         QCOMPARE(env.lost->size(), 1); // once per outage, not per check
-        QCOMPARE(env.lost->first().first().value<State>(), State::Missing);
-        QCOMPARE(env.eventsContaining(QStringLiteral("CONNECTION_FAILED: GVfs FUSE bridge lost at ") + env.folder), 1);
-        QCOMPARE(env.eventsContaining(outcome.arg(env.dir.path())), 1);
+        QCOMPARE(env.lost->first().first().value<State>(), health == Health::Dead ? State::Dead : State::Missing);
+        QCOMPARE(env.eventsContaining(QStringLiteral("CONNECTION_FAILED: GVfs FUSE bridge lost at ") + kFolder), 1);
+        QCOMPARE(env.eventsContaining(outcome), 1);
         QCOMPARE(env.restarted->size(), state == State::Healthy ? 1 : 0);
-        if (state == State::Healthy) {
-            QVERIFY(watchdog.lastStartedBridgePid() > 0);
-            QCOMPARE(env.restarted->first().first().toLongLong(), watchdog.lastStartedBridgePid());
-        }
+        if (state == State::Healthy)
+            QCOMPARE(env.restarted->first().first().toLongLong(), env.watchdog->lastStartedBridgePid());
 
         // Back (mounted by someone else), then lost again: a new outage is reported again.
-        QVERIFY(writeFile(env.mountInfo, kRootLine + gvfsLine(env.folder.toUtf8())));
+        env.bridge->setHealth(Health::Healthy);
         QVERIFY(env.checkOnce());
-        QCOMPARE(watchdog.state(), State::Healthy);
-        QVERIFY(writeFile(env.mountInfo, kRootLine));
+        QCOMPARE(env.watchdog->state(), State::Healthy);
+        env.bridge->setHealth(Health::Missing);
         QVERIFY(env.checkOnce());
         QCOMPARE(env.lost->size(), 2);
     }
 
     void hangingCheckIsReportedUnresponsive()
     {
-        Env env;
-        // Reading a FIFO without a writer blocks, like a stat() on a hung FUSE folder.
-        QVERIFY(QFile::remove(env.mountInfo));
-        QVERIFY(::mkfifo(QFile::encodeName(env.mountInfo).constData(), 0600) == 0);
-        FuseBridgeWatchdog &watchdog = env.start(2, 200ms);
-        QVERIFY(env.ready);
-        watchdog.check();
+        Env env(true, 200ms);
+        env.bridge->setHanging(true);
+        env.watchdog->check();
         QVERIFY(env.checked->wait(3000));
-        QCOMPARE(watchdog.state(), State::Unresponsive);
+        QCOMPARE(env.watchdog->state(), State::Unresponsive);
         QCOMPARE(env.lost->size(), 1);
-        QVERIFY(watchdog.isCheckRunning());
-        watchdog.check(); // refused while the first one hangs
-        QCOMPARE(env.runCount(), 0); // a hanging bridge is never replaced
+        QVERIFY(env.watchdog->isCheckRunning());
+        env.watchdog->check(); // refused while the first one hangs
+        QCOMPARE(env.bridge->restartCount(), 0); // a hanging bridge is never replaced
 
-        // Release the blocked reader so the thread ends before the test does.
-        QVERIFY(writeFile(env.mountInfo, kRootLine + gvfsLine(env.folder.toUtf8())));
-        QTRY_VERIFY(!watchdog.isCheckRunning());
-        QCOMPARE(watchdog.state(), State::Healthy);
+        env.bridge->setHanging(false);
+        QTRY_VERIFY(!env.watchdog->isCheckRunning());
+        QCOMPARE(env.watchdog->state(), State::Healthy);
     }
 };
 

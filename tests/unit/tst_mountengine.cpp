@@ -2,6 +2,10 @@
 // probe outcomes, credentials, custom folders and the time-out.
 #include "support/EngineHarness.h"
 
+#include "base/Console.h"
+#include "base/ThreadCheck.h"
+#include "core/WakeOnLan.h"
+
 #include "core/MountPipeline.h"
 #include "platform/MountResponseCode.h"
 
@@ -9,6 +13,8 @@
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <thread>
 
 namespace {
 MountResult codeResult(int code)
@@ -88,32 +94,25 @@ private Q_SLOTS:
         QFETCH(QString, logLine);
         QFETCH(QString, auditDetails);
 
-        EngineHarness h;
-        h.setResolved(QStringLiteral("fileserver.test"), QStringLiteral("127.0.0.5"));
-        const qint64 id = h.addShare(host, share);
-        h.service.script(QUrl(h.record(id).mountURLText()), {codeResult(code)});
-
-        QCOMPARE(h.mountAndWait(id), code);
-        const VolumeRecord &r = h.record(id);
-        QCOMPARE(r.runtime_status_String, status);
-        QVERIFY(!r.runtime_isMounted_Bool);
-        QVERIFY(!r.runtime_mount_start_time.has_value());
-        QVERIFY2(h.hasLine(logLine), qPrintable(h.console().join(QLatin1Char('\n'))));
-        QVERIFY(h.hasLine(QStringLiteral("🎯 [MOUNT] Handling response code: ") + QString::number(code)));
-        QCOMPARE(h.service.mountCalls().size(), 1);
-
-        QCOMPARE(h.events().size(), 1);
-        QCOMPARE(int(h.events().first().event_type_Enum), eventType);
-        QCOMPARE(h.events().first().eventMessage, eventMessage);
-        QCOMPARE(h.events().first().statusText, status);
-
-        const QList<AuditLogEntry> audits = h.audits();
-        QVERIFY(!audits.isEmpty());
-        const AuditLogEntry &entry = audits.first(); // newest first
-        QCOMPARE(entry.eventType, AuditEventType::mountFailure);
-        QCOMPARE(entry.success, false);
-        QCOMPARE(entry.details, auditDetails.isEmpty() ? eventMessage.section(QStringLiteral(": "), 1) : auditDetails);
-        QCOMPARE(entry.errorCode, std::optional<int>(code));
+        // The table as a function; applying an outcome to the record, the log and the audit is the engine's
+        // part, seen in the scenarios below.
+        VolumeRecord record;
+        record.hostname_String = host;
+        record.volume_String = share;
+        MountOutcome outcome;
+        QStringList lines;
+        Console::setSink([&lines](const QString &line) { lines.append(line); });
+        MountPipeline::applyFailureCode(record, code, outcome);
+        Console::setSink({});
+        QCOMPARE(outcome.status, status);
+        QVERIFY(outcome.eventType);
+        QCOMPARE(int(*outcome.eventType), eventType);
+        QCOMPARE(LogEvent::message(*outcome.eventType, outcome.eventText), eventMessage);
+        QVERIFY2(lines.contains(logLine), qPrintable(lines.join(QLatin1Char('\n'))));
+        QCOMPARE(outcome.auditType, std::optional<AuditEventType>(AuditEventType::mountFailure));
+        QVERIFY(!outcome.auditSuccess);
+        QCOMPARE(outcome.auditDetails, auditDetails.isEmpty() ? outcome.eventText : auditDetails);
+        QCOMPARE(outcome.auditErrorCode, std::optional<int>(code));
     }
 
     void success_data()
@@ -126,13 +125,15 @@ private Q_SLOTS:
     {
         QFETCH(bool, allowUI);
         EngineHarness h;
+        const QDateTime when(QDate(2031, 3, 4), QTime(5, 6, 7));
+        h.clock.setNow(when); // every date of the engine comes from the ports' clock
         const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("Public"));
-        QSignalSpy started(h.engine.get(), &MountEngine::mountStarted);
-        QSignalSpy finished(h.engine.get(), &MountEngine::mountFinished);
+        QSignalSpy started(h.engine, &MountEngine::mountStarted);
+        QSignalSpy finished(h.engine, &MountEngine::mountFinished);
         h.engine->mount(id, allowUI);
         // At once: the countdown's first text and the start time, before the worker reports back.
         QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Connecting... 0s"));
-        QVERIFY(h.record(id).runtime_mount_start_time.has_value());
+        QCOMPARE(h.record(id).runtime_mount_start_time, std::optional<QDateTime>(when));
         QVERIFY(h.engine->isMountInProgress(id));
         QCOMPARE(started.size(), 1);
         QVERIFY(finished.wait(5000));
@@ -155,7 +156,9 @@ private Q_SLOTS:
         QVERIFY(h.hasLine(QStringLiteral("Mounting URL: smb://127.0.0.1/Public")));
         QVERIFY(h.notifications.contains(QStringLiteral("Tarnwell_VolumeRecordChanged")));
         QVERIFY(h.notifications.contains(QStringLiteral("RefreshVolumeUI")));
+        QCOMPARE(h.events().first().eventDate, when);
         QCOMPARE(h.audits().first().eventType, AuditEventType::mountSuccess);
+        QCOMPARE(h.audits().first().timestamp, when.toUTC());
         // Only a user's mount writes a MOUNT_ATTEMPT, and only it lets the platform show its UI.
         bool attempt = false;
         for (const AuditLogEntry &e : h.audits())
@@ -164,8 +167,8 @@ private Q_SLOTS:
         QCOMPARE(h.service.mountCalls().first().allowUI, allowUI);
         QCOMPARE(h.hasLine(QStringLiteral("🔐 [MOUNT] NetFS UI: AllowUI (wait for Connect sheet)")), allowUI);
         // A numeric loopback host: neither resolved nor probed.
-        QCOMPARE(h.resolveCalls(), 0);
-        QCOMPARE(h.probeCalls(), 0);
+        QCOMPARE(h.network.resolveCalls(), 0);
+        QCOMPARE(h.network.probeCalls(), 0);
         QVERIFY(h.hasLine(QStringLiteral("⚡ [MOUNT] Skipping DNS — numeric IP literal: 127.0.0.1")));
         QVERIFY(h.hasLine(QStringLiteral("⚡ [MOUNT] Skipping socket test for local address")));
         QCOMPARE(r.runtime_ipAddress_String, QStringLiteral("127.0.0.1"));
@@ -199,7 +202,11 @@ private Q_SLOTS:
         QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::UNKNOWN_MOUNT_ERROR);
         QCOMPARE(h.events().first().eventMessage,
                  QStringLiteral("UNKNOWN_MOUNT_ERROR: Mount path blocked (stale folder at ") + expected + QLatin1Char(')'));
+        QCOMPARE(h.events().first().statusText, h.record(id).runtime_status_String);
         QCOMPARE(h.audits().first().details, QStringLiteral("Stale mount point blocked connection"));
+        QCOMPARE(h.audits().first().errorCode, std::optional<int>(17));
+        QVERIFY(h.hasLine(QStringLiteral("🎯 [MOUNT] Handling response code: 17")));
+        QVERIFY(!h.record(id).runtime_mount_start_time.has_value());
 
         // The retry that succeeds mounts the share.
         h.service.script(url, {codeResult(17), codeResult(0)});
@@ -232,7 +239,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(smbPath + QStringLiteral("/file.txt")));
 
         // Listed, but the WebDAV server behind it is gone.
-        h.setShareUrlReachable(false);
+        h.network.setServersAnswer(false);
         QCOMPARE(h.mountAndWait(dav), 17);
         QVERIFY(h.hasLine(QStringLiteral("❌ [MOUNT] EEXIST path exists but share URL is unreachable")));
         QCOMPARE(h.record(dav).runtime_status_String, QStringLiteral("Server unreachable"));
@@ -272,15 +279,15 @@ private Q_SLOTS:
 
         EngineHarness h;
         if (!resolvesTo.isEmpty())
-            h.setResolved(host, resolvesTo);
+            h.network.setResolved(host, resolvesTo);
         const SelectResult results[] = {SelectResult::ready(), SelectResult::closed(),
                                         SelectResult::error(QStringLiteral("Connection refused")), SelectResult::timeout()};
         if (probe >= 0)
-            h.setProbeResult(results[probe]);
+            h.network.setProbeResult(results[probe]);
         const qint64 id = h.addShare(host, QStringLiteral("docs"));
         h.mountAndWait(id);
         QVERIFY2(h.record(id).runtime_status_String.startsWith(status), qPrintable(h.record(id).runtime_status_String));
-        QCOMPARE(h.probeCalls(), probe >= 0 ? 1 : 0);
+        QCOMPARE(h.network.probeCalls(), probe >= 0 ? 1 : 0);
         QCOMPARE(!h.service.mountCalls().isEmpty(), platformCalled);
         QCOMPARE(int(h.events().first().event_type_Enum), eventType);
         if (!platformCalled)
@@ -396,14 +403,14 @@ private Q_SLOTS:
         });
         const QString ghost = h.makeVolumeFolder(QStringLiteral("smb-share:server=127.0.0.1,share=docs"));
         QStringList statuses;
-        connect(h.engine.get(), &MountEngine::recordChanged, this,
+        connect(h.engine, &MountEngine::recordChanged, this,
                 [&](qint64) { statuses.append(h.record(id).runtime_status_String); });
         QCOMPARE(h.mountAndWait(id), 0);
         // Before connecting: the stale folder goes, and Wake-on-LAN is sent before the name is resolved.
         QVERIFY(h.hasLine(QStringLiteral("🧹 [GHOST] Removed ghost mount point: '") + ghost + QLatin1Char('\'')));
         QVERIFY(statuses.contains(QStringLiteral("Removed stale mount point before connecting")));
         QVERIFY(statuses.contains(QStringLiteral("Attempting mount...")));
-        QCOMPARE(h.wakeCalls(), QStringList{QStringLiteral("AA:BB:CC:DD:EE:FF")});
+        QCOMPARE(h.network.wakePackets(), QList<QByteArray>{*WakeOnLan::magicPacket(QStringLiteral("AA:BB:CC:DD:EE:FF"))});
         const QStringList lines = h.console();
         const qsizetype wake = lines.indexOf(QStringLiteral("📡 [MOUNT] Sending Wake-on-LAN to: AA:BB:CC:DD:EE:FF"));
         const qsizetype resolve = lines.indexOf(QStringLiteral("🔍 [MOUNT] Step 1: Resolving hostname: '127.0.0.1'"));
@@ -422,7 +429,7 @@ private Q_SLOTS:
         startHanging(h, id);
         const qint64 other = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("fast"));
         QCOMPARE(h.mountAndWait(other), 0); // not held up by the hanging one
-        QSignalSpy finished(h.engine.get(), &MountEngine::mountFinished);
+        QSignalSpy finished(h.engine, &MountEngine::mountFinished);
         h.engine->mount(id); // ignored while the first is pending
         QVERIFY(h.engine->isMountInProgress(id));
         h.engine->timeoutMount(id, 60);
@@ -468,6 +475,14 @@ private:
         h.service.setBlocking(QUrl(h.record(id).mountURLText()));
         h.engine->mount(id);
         QVERIFY(h.service.waitForBlocked(1, 5000));
+    }
+
+    void mainThreadCheck()
+    {
+        bool onWorker = true;
+        std::thread([&onWorker] { onWorker = ThreadCheck::isMainThread(); }).join();
+        QVERIFY(!onWorker);
+        QVERIFY(ThreadCheck::isMainThread());
     }
 };
 

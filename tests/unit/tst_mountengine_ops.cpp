@@ -7,8 +7,6 @@
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 
 namespace {
@@ -130,7 +128,7 @@ private Q_SLOTS:
         const qint64 a = mounted(h, QStringLiteral("a"));
         const qint64 b = mounted(h, QStringLiteral("b"));
         const qint64 idle = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("idle"));
-        QSignalSpy done(h.engine.get(), &MountEngine::ejectAllFinished);
+        QSignalSpy done(h.engine, &MountEngine::ejectAllFinished);
         h.engine->ejectAll();
         QVERIFY(done.wait(5000));
         h.settle();
@@ -260,25 +258,12 @@ private Q_SLOTS:
     void syncProbesListedWebdav()
     {
         QFETCH(bool, serverUp);
-        QTcpServer server;
-        QVERIFY(server.listen(QHostAddress::LocalHost));
-        const quint16 port = server.serverPort();
-        if (!serverUp)
-            server.close(); // nobody listens there now
-        QStringList methods;
-        connect(&server, &QTcpServer::newConnection, this, [&] {
-            while (QTcpSocket *socket = server.nextPendingConnection()) {
-                connect(socket, &QTcpSocket::readyRead, socket, [socket, &methods] {
-                    const QByteArray request = socket->readAll();
-                    methods.append(QString::fromLatin1(request.left(request.indexOf(' '))));
-                    socket->write("HTTP/1.1 405 Method Not Allowed\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
-                    socket->flush();
-                    socket->disconnectFromHost();
-                });
-            }
-        });
+        const int port = 8080;
         EngineHarness h;
-        h.setUseRealShareUrlProbe(true);
+        if (serverUp)
+            h.network.setHttpAnswer({true, false, 405, QNetworkReply::ContentOperationNotPermittedError});
+        else
+            h.network.setConnectResult(NetworkProbe::Connect::Failed);
         const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("dav"), MountUsingProtocol_Enum::WebDAV, true, port);
         const QString path = h.makeVolumeFolder(QStringLiteral("dav:host=127.0.0.1,port=%1,ssl=false,prefix=%2Fdav").arg(port));
         h.table.setVolumes({{path, QUrl(QStringLiteral("dav://127.0.0.1:%1/dav/").arg(port)), false}});
@@ -287,7 +272,7 @@ private Q_SLOTS:
         if (serverUp) {
             QVERIFY2(h.record(id).runtime_isMounted_Bool, qPrintable(h.console().join(QLatin1Char('\n'))));
             QVERIFY(h.service.unmountCalls().isEmpty());
-            QCOMPARE(methods, QStringList{QStringLiteral("HEAD")});
+            QCOMPARE(h.network.httpMethods(), QList<QByteArray>{"HEAD"});
             QVERIFY(h.hasLine(QStringLiteral("🔎 [PROBE] HEAD http://127.0.0.1:%1/dav → HTTP 405 (alive)").arg(port)));
             return;
         }
@@ -338,7 +323,7 @@ private Q_SLOTS:
         EngineHarness h;
         const qint64 smb = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
         const qint64 dav = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("dav"), MountUsingProtocol_Enum::WebDAV);
-        h.setShareUrlReachable(false);
+        h.network.setServersAnswer(false);
         const qint64 ids[] = {smb, dav, 999}; // 999: no such record
         std::optional<bool> results[3];
         for (int i = 0; i < 3; ++i) {

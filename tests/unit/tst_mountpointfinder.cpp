@@ -125,7 +125,8 @@ private Q_SLOTS:
         QFETCH(QString, share);
         QFETCH(QString, host);
         QFETCH(int, score);
-        QCOMPARE(MountPointFinder::nameScore(entry, share, host), score);
+        Rig<ScriptedFileSystem> r;
+        QCOMPARE(r.finder.nameScore(entry, share, host), score);
     }
 
     void candidatesAndOrder()
@@ -182,22 +183,6 @@ private Q_SLOTS:
         r.fs.existing = {expected};
         QCOMPARE(r.finder.discoverMountPoint(record), std::optional<QString>(expected));
         QVERIFY(m_console.contains(QStringLiteral("📍 [MOUNT] Using expected path: '") + expected + QLatin1Char('\'')));
-    }
-
-    void gvfsFolderNames_data()
-    {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("smb") << "smb://127.0.0.1/Public" << "smb-share:server=127.0.0.1,share=public";
-        QTest::newRow("smb port") << "smb://127.0.0.1:1445/public/" << "smb-share:port=1445,server=127.0.0.1,share=public";
-        QTest::newRow("dav") << "http://127.0.0.1:8080/dav/files" << "dav:host=127.0.0.1,port=8080,ssl=false,prefix=%2Fdav%2Ffiles";
-        QTest::newRow("davs root") << "https://dav.test/" << "dav:host=dav.test,ssl=true";
-    }
-    void gvfsFolderNames()
-    {
-        QFETCH(QString, url);
-        QFETCH(QString, name);
-        QCOMPARE(MountPointFinder::gvfsFolderName(QUrl(url)), name);
     }
 
     void liveMountsAndGhosts()

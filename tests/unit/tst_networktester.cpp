@@ -3,6 +3,7 @@
 #include "base/Console.h"
 #include "core/NetworkTester.h"
 #include "core/WakeOnLan.h"
+#include "platform/fake/FakeNetworkProbe.h"
 
 #include <QTest>
 
@@ -92,17 +93,26 @@ private Q_SLOTS:
 
     void answersWithoutNetwork()
     {
-        QCOMPARE(NetworkTester::resolveHostName(QStringLiteral(" [2001:db8::7] ")), QStringLiteral("2001:db8::7"));
+        FakeNetworkProbe network;
+        network.setResolved(QStringLiteral("nas.test"), QStringLiteral("192.0.2.4"));
+        QCOMPARE(NetworkTester::resolveHostName(network, QStringLiteral(" [2001:db8::7] ")), QStringLiteral("2001:db8::7"));
         QCOMPARE(m_lines, QStringList{NetworkTester::kDnsNumericLiteralPrefix + QStringLiteral("2001:db8::7")});
-        QCOMPARE(NetworkTester::resolveHostName(QString()), QStringLiteral("0.0.0.0"));
+        QCOMPARE(NetworkTester::resolveHostName(network, QString()), QStringLiteral("0.0.0.0"));
+        QCOMPARE(network.resolveCalls(), 0); // literals and nothing are never looked up
+        QCOMPARE(NetworkTester::resolveHostName(network, QStringLiteral("nas.test")), QStringLiteral("192.0.2.4"));
         m_lines.clear();
 
         // No endpoint: an error before anything else, even without preferences.
-        const SelectResult empty = NetworkTester(nullptr).probe(QString(), QString(), 445);
+        const SelectResult empty = NetworkTester(nullptr, network).probe(QString(), QString(), 445);
         QCOMPARE(empty, SelectResult::error(QStringLiteral("No Hostname or IP provided")));
-        const SelectResult noApp = NetworkTester(nullptr).probe(QStringLiteral("127.0.0.1"), QString(), 445);
+        const SelectResult noApp = NetworkTester(nullptr, network).probe(QStringLiteral("127.0.0.1"), QString(), 445);
         QCOMPARE(noApp, SelectResult::error(QStringLiteral("Could not access AppDelegate")));
-        QVERIFY(m_lines.isEmpty()); // no connection was made
+        QCOMPARE(network.probeCalls(), 0); // no connection was made
+
+        // The port's failure reads as the engine words it.
+        network.setProbeResult(SelectResult::error(QStringLiteral("DNS resolution failed for x")));
+        QCOMPARE(NetworkTester(1, network).probe(QString(), QStringLiteral("192.0.2.4"), 445),
+                 SelectResult::error(QStringLiteral("Could not connect to 192.0.2.4:445")));
     }
 
     void magicPacket_data()
@@ -125,12 +135,15 @@ private Q_SLOTS:
         QFETCH(QByteArray, mac);
         const auto packet = WakeOnLan::magicPacket(address);
         QCOMPARE(packet.has_value(), !mac.isEmpty());
+        FakeNetworkProbe network;
+        QCOMPARE(WakeOnLan::send(network, address), packet.has_value());
         if (!packet) {
-            // The destination would be a loopback port; a malformed address must not even open a socket.
-            QVERIFY(!WakeOnLan(QStringLiteral("127.0.0.1"), 9).send(address));
+            QVERIFY(network.wakePackets().isEmpty()); // a malformed address sends nothing, silently
             QVERIFY(m_lines.isEmpty());
             return;
         }
+        QCOMPARE(network.wakePackets(), QList<QByteArray>{*packet});
+        QCOMPARE(m_lines, QStringList{WakeOnLan::kSentPrefix + address});
         QCOMPARE(packet->size(), 102);
         QCOMPARE(packet->left(6), QByteArray(6, char(0xFF)));
         for (int i = 0; i < 16; ++i)

@@ -1,12 +1,21 @@
 #include "FakeClock.h"
 
+#include <mutex>
 #include <vector>
 
 class FakeClockTimer;
 
 struct FakeClock::State
 {
+    // now() may be read from any thread (the audit log dates entries on workers); the rest is main-thread only.
+    mutable std::mutex nowMutex;
     QDateTime now;
+
+    void setNow(const QDateTime &value)
+    {
+        std::lock_guard lock(nowMutex);
+        now = value;
+    }
     qint64 elapsedMs = 0; // monotonic position of the fake time line
     quint64 nextSequence = 0;
     std::vector<FakeClockTimer *> timers;
@@ -69,13 +78,14 @@ private:
 FakeClock::FakeClock(QDateTime start)
     : m_state(std::make_shared<State>())
 {
-    m_state->now = std::move(start);
+    m_state->setNow(start);
 }
 
 FakeClock::~FakeClock() = default;
 
 QDateTime FakeClock::now() const
 {
+    std::lock_guard lock(m_state->nowMutex);
     return m_state->now;
 }
 
@@ -86,7 +96,7 @@ std::unique_ptr<ClockTimer> FakeClock::createTimer()
 
 void FakeClock::setNow(const QDateTime &now)
 {
-    m_state->now = now;
+    m_state->setNow(now);
 }
 
 int FakeClock::advance(std::chrono::milliseconds by)
@@ -104,12 +114,12 @@ int FakeClock::advance(std::chrono::milliseconds by)
         }
         if (!next)
             break;
-        m_state->now = m_state->now.addMSecs(next->m_dueMs - m_state->elapsedMs);
+        m_state->setNow(now().addMSecs(next->m_dueMs - m_state->elapsedMs));
         m_state->elapsedMs = next->m_dueMs;
         next->fire(*m_state);
         ++firings;
     }
-    m_state->now = m_state->now.addMSecs(target - m_state->elapsedMs);
+    m_state->setNow(now().addMSecs(target - m_state->elapsedMs));
     m_state->elapsedMs = target;
     return firings;
 }

@@ -8,7 +8,7 @@
 // A clock for tests: time stands still until advance() or setNow() moves it. advance() fires every timer
 // that falls due on the way, in due order, with now() set to each one's due time, so a repeating
 // one-second countdown fires exactly N times in N seconds. Timers may be created and destroyed from
-// inside a timeout. Main thread only. Timers may outlive the clock (they then never fire).
+// inside a timeout. Main thread only, except now(). Timers may outlive the clock (they then never fire).
 class FakeClock : public Clock
 {
 public:

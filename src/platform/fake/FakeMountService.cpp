@@ -2,6 +2,7 @@
 
 #include "FakeMountTable.h"
 #include "platform/MountResponseCode.h"
+#include "platform/linux/gvfsnames/GvfsNames.h"
 
 #include <QDir>
 #include <QFile>
@@ -79,36 +80,17 @@ void FakeMountService::attachVolumes(FakeMountTable *table, const QString &volum
     m_volumesFolder = volumesFolder;
 }
 
-QString FakeMountService::gvfsFolderName(const QUrl &url)
+QString FakeMountService::volumeFolderName(const QUrl &url) const
 {
-    const QString scheme = url.scheme().toLower();
-    const QString host = url.host();
-    const QString path = url.path();
-    const QString port = url.port() > 0 ? QString::number(url.port()) : QString();
-    if (scheme == QLatin1String("smb") || scheme == QLatin1String("cifs")) {
-        // GVfs keeps the first path element as the share; the keys are sorted.
-        const QString share = path.section(QLatin1Char('/'), 0, 0, QString::SectionSkipEmpty).toLower();
-        QString name = QStringLiteral("smb-share:");
-        if (!port.isEmpty())
-            name += QStringLiteral("port=") + port + QLatin1Char(',');
-        return name + QStringLiteral("server=") + host + QStringLiteral(",share=") + share;
-    }
-    if (scheme == QLatin1String("http") || scheme == QLatin1String("https") || scheme == QLatin1String("dav")
-        || scheme == QLatin1String("davs")) {
-        const bool ssl = scheme == QLatin1String("https") || scheme == QLatin1String("davs");
-        QString prefix = path;
-        while (prefix.size() > 1 && prefix.endsWith(QLatin1Char('/')))
-            prefix.chop(1);
-        QString name = QStringLiteral("dav:host=") + host;
-        if (!port.isEmpty())
-            name += QStringLiteral(",port=") + port;
-        name += QStringLiteral(",ssl=") + (ssl ? QStringLiteral("true") : QStringLiteral("false"));
-        if (!prefix.isEmpty() && prefix != QLatin1String("/"))
-            name += QStringLiteral(",prefix=") + QString::fromLatin1(QUrl::toPercentEncoding(prefix));
-        return name;
-    }
-    return scheme + QStringLiteral(":host=") + host + QStringLiteral(",path=")
-         + QString::fromLatin1(QUrl::toPercentEncoding(path));
+    return GvfsNames::folderName(url);
+}
+
+std::optional<VolumeFolderName> FakeMountService::parseVolumeFolderName(const QString &name) const
+{
+    const std::optional<GvfsNames::ShareAndHost> parsed = GvfsNames::shareAndHost(name);
+    if (!parsed)
+        return std::nullopt;
+    return VolumeFolderName{parsed->share, parsed->host};
 }
 
 QList<MountRequest> FakeMountService::mountCalls() const
@@ -193,7 +175,7 @@ void FakeMountService::materialise(const MountRequest &request, MountResult &res
     if (volumesFolder.isEmpty())
         return;
     const QString volumePath = result.mountPath.isEmpty()
-                                   ? QDir(volumesFolder).filePath(gvfsFolderName(request.url))
+                                   ? QDir(volumesFolder).filePath(volumeFolderName(request.url))
                                    : result.mountPath;
     QDir().mkpath(volumePath);
     result.mountPath = volumePath;

@@ -16,7 +16,7 @@ class FakeMountTable;
 // logged. Callable from any thread, like the real service.
 //
 // With attachVolumes(), a mount that succeeds (code 0) behaves like GVfs: it creates the share's folder
-// in the given volumes folder (named as GVfs names it, see gvfsFolderName) and adds a network volume to
+// in the given volumes folder (named as GVfs names it, with the GVfs service's own naming) and adds a network volume to
 // the table; with a mountDirectory the empty custom folder is replaced by a symbolic link to that folder.
 // unmount() of such a path (or of the link) undoes it and emits volumeUnmounted through the table.
 class FakeMountService : public MountService
@@ -46,8 +46,6 @@ public:
     bool waitForBlocked(int count, int timeoutMs) const;
 
     void attachVolumes(FakeMountTable *table, const QString &volumesFolder);
-    // GVfs's folder name for a share: "smb-share:server=H,share=S", "dav:host=H,ssl=false,prefix=%2FP" ...
-    static QString gvfsFolderName(const QUrl &url);
 
     QList<MountRequest> mountCalls() const;
     QList<UnmountCall> unmountCalls() const;
@@ -55,6 +53,8 @@ public:
 
     MountResult mount(const MountRequest &request, const std::shared_ptr<MountCancellation> &cancellation) override;
     UnmountResult unmount(const QString &path, bool force) override;
+    QString volumeFolderName(const QUrl &url) const override;
+    std::optional<VolumeFolderName> parseVolumeFolderName(const QString &name) const override;
 
 private:
     struct Blocker

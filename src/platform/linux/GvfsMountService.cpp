@@ -1,5 +1,7 @@
 #include "GvfsMountService.h"
 
+#include "platform/linux/gvfsnames/GvfsNames.h"
+
 #include "GvfsMountTable.h"
 #include "MountResponseCodes.h"
 #include "platform/FileSystem.h"
@@ -473,4 +475,17 @@ UnmountResult GvfsMountService::unmountGvfs(const QString &path, bool force)
     if (m_table)
         m_table->noteUnmounted(clean);
     return {true, 0, {}};
+}
+
+QString GvfsMountService::volumeFolderName(const QUrl &url) const
+{
+    return GvfsNames::folderName(url);
+}
+
+std::optional<VolumeFolderName> GvfsMountService::parseVolumeFolderName(const QString &name) const
+{
+    const std::optional<GvfsNames::ShareAndHost> parsed = GvfsNames::shareAndHost(name);
+    if (!parsed)
+        return std::nullopt;
+    return VolumeFolderName{parsed->share, parsed->host};
 }

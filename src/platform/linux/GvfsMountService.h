@@ -72,6 +72,8 @@ public:
 
     MountResult mount(const MountRequest &request, const std::shared_ptr<MountCancellation> &cancellation) override;
     UnmountResult unmount(const QString &path, bool force) override;
+    QString volumeFolderName(const QUrl &url) const override;
+    std::optional<VolumeFolderName> parseVolumeFolderName(const QString &name) const override;
 
     // The URI handed to GIO for a share URL (http -> dav, https -> davs; no password ever in it).
     static QUrl gvfsUri(const QUrl &shareUrl);

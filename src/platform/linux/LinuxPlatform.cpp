@@ -9,9 +9,11 @@
 #include "platform/SystemClock.h"
 #include "platform/WifiNetwork.h"
 #include "platform/linux/FreedesktopNotifier.h"
+#include "platform/linux/GvfsFuseBridge.h"
 #include "platform/linux/GvfsMountService.h"
 #include "platform/linux/GvfsMountTable.h"
 #include "platform/linux/LibsecretStore.h"
+#include "platform/linux/LinuxNetworkProbe.h"
 #include "platform/linux/LogindSleepMonitor.h"
 #include "platform/linux/NetworkManagerWifi.h"
 #include "platform/linux/QProcessLauncher.h"
@@ -33,6 +35,10 @@ PlatformPorts createPorts()
     ports.sleepMonitor = std::make_unique<LogindSleepMonitor>(QDBusConnection::systemBus());
     ports.processLauncher = std::make_unique<QProcessLauncher>();
     ports.notifier = std::make_unique<FreedesktopNotifier>();
+    ports.networkProbe = std::make_unique<LinuxNetworkProbe>();
+    GvfsFuseBridge::Options bridge;
+    bridge.volumesFolder = ports.fileSystem->volumesFolder();
+    ports.fuseBridge = std::make_shared<GvfsFuseBridge>(bridge);
     return ports;
 }
 

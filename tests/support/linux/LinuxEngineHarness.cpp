@@ -1,47 +1,45 @@
 #include "LinuxEngineHarness.h"
 
-#include "core/NetworkTester.h"
+#include "platform/linux/LinuxPlatform.h"
 
 #include <QCoreApplication>
 
 #include <chrono>
 #include <future>
 
-LinuxEngineHarness::LinuxEngineHarness(ConsoleMode mode)
-    : EngineHarnessBase(mode)
+namespace {
+PlatformPorts stackPorts(const QString &)
+{
+    PlatformPorts ports = LinuxPlatform::createPorts();
+    ports.networkProbe = std::make_unique<StackNetworkProbe>();
+    return ports;
+}
+
+EngineHost::Options options(bool restartBridge)
+{
+    EngineHost::Options o;
+    o.watchFuseBridge = true;
+    o.restartFuseBridge = restartBridge;
+    return o;
+}
+} // namespace
+
+LinuxEngineHarness::LinuxEngineHarness(ConsoleMode mode, bool restartBridge)
+    : EngineHarnessBase(mode, stackPorts, options(restartBridge))
+    , table(*host->ports().mountTable)
+    , fileSystem(*host->ports().fileSystem)
+    , wifi(*host->ports().wifi)
+    , watchdog(*host->fuseWatchdog())
 {
     m_defaultWaitMs = 120000;
-    MountNetworkOps network;
-    network.resolveHostName = [](const QString &host) {
-        if (host.endsWith(QLatin1String(".invalid"), Qt::CaseInsensitive))
-            return QStringLiteral("0.0.0.0");
-        return NetworkTester::resolveHostName(host);
-    };
-    network.wakeOnLan = [](const QString &) {};
-    buildEngine(service, table, fileSystem, &credentials, std::move(network));
 }
 
 LinuxEngineHarness::~LinuxEngineHarness()
 {
-    scheduler.reset();
+    if (scheduler)
+        scheduler->stop();
     ejectEverythingMounted();
     shutDown();
-}
-
-AutoMountScheduler &LinuxEngineHarness::makeKeepMountedScheduler(bool restartBridge)
-{
-    wifi = std::make_unique<NetworkManagerWifi>();
-    sleep = std::make_unique<LogindSleepMonitor>();
-    FuseBridgeWatchdog::Options options;
-    options.volumesFolder = fileSystem.volumesFolder();
-    options.restartAllowed = restartBridge;
-    watchdog = std::make_unique<FuseBridgeWatchdog>(options, &eventLog);
-    AutoMountSchedulerDependencies deps;
-    deps.wifi = wifi.get();
-    deps.sleepMonitor = sleep.get();
-    deps.fuseWatchdog = watchdog.get();
-    deps.clock = &clock;
-    return makeScheduler(deps);
 }
 
 bool LinuxEngineHarness::savePassword(const QString &password, const QString &account)
