@@ -8,12 +8,14 @@
 #include <functional>
 #include <memory>
 
+class ActiveDirectoryManager;
 class AutoMountScheduler;
 class CredentialStore;
 class Defaults;
 class EnterpriseAuditLog;
 class FuseBridgeWatchdog;
 class LogEventManager;
+class ManagedPreferencesMonitor;
 class MountEngine;
 class NotificationCenter;
 
@@ -25,7 +27,8 @@ class NotificationCenter;
 //
 // start() is the engine's part of the launch sequence: the APP_LAUNCH audit entry ("📋 [AUDIT] APP_LAUNCH:
 // Tarnwell launched"), the one-time interval notice, the first-launch example shares, then the scheduler's
-// tick. shutdown() is the quit: the scheduler stops, the records are saved, APP_QUIT is written, and it
+// tick, then the managed shares (applied at once and again whenever the managed profiles change).
+// shutdown() is the quit: the scheduler stops, the records are saved, APP_QUIT is written, and it
 // returns once the audit writer has put every entry on disk.
 //
 // Thread: main thread only.
@@ -69,6 +72,9 @@ public:
     MountEngine &engine() { return *m_engine; }
     AutoMountScheduler &scheduler() { return *m_scheduler; }
     PlatformPorts &ports() { return m_ports; }
+    // Null when the ports bring no managed-preference source, resp. no directory service.
+    ManagedPreferencesMonitor *managedPreferences() { return m_managedPreferences.get(); }
+    ActiveDirectoryManager *directoryMappings() { return m_directory.get(); }
 
 private:
     PlatformPorts m_ports;
@@ -80,6 +86,8 @@ private:
     std::unique_ptr<MountEngine> m_engine;
     std::unique_ptr<FuseBridgeWatchdog> m_fuseWatchdog;
     std::unique_ptr<AutoMountScheduler> m_scheduler;
+    std::unique_ptr<ManagedPreferencesMonitor> m_managedPreferences;
+    std::unique_ptr<ActiveDirectoryManager> m_directory;
     std::function<void(const QString &, const QString &)> m_presentNotice;
     bool m_started = false;
     bool m_stopped = false;

@@ -2,7 +2,9 @@
 
 #include "platform/Clock.h"
 #include "platform/DesktopNotifier.h"
+#include "platform/DirectoryService.h"
 #include "platform/FileSystem.h"
+#include "platform/ManagedPreferenceSource.h"
 #include "platform/MountService.h"
 #include "platform/MountTable.h"
 #include "platform/ProcessLauncher.h"

@@ -4,7 +4,9 @@
 
 class Clock;
 class DesktopNotifier;
+class DirectoryService;
 class FileSystem;
+class ManagedPreferenceSource;
 class MountService;
 class MountTable;
 class ProcessLauncher;
@@ -33,4 +35,6 @@ struct PlatformPorts
     std::unique_ptr<SleepMonitor> sleepMonitor;
     std::unique_ptr<ProcessLauncher> processLauncher;
     std::unique_ptr<DesktopNotifier> notifier;
+    std::unique_ptr<ManagedPreferenceSource> managedPreferences;
+    std::unique_ptr<DirectoryService> directory; // may use processLauncher: declared after it
 };

@@ -10,6 +10,8 @@
 #include "platform/WifiNetwork.h"
 #include "platform/linux/FreedesktopNotifier.h"
 #include "platform/linux/GvfsMountService.h"
+#include "platform/linux/LinuxDirectoryService.h"
+#include "platform/linux/ManagedPreferenceFolder.h"
 #include "platform/linux/GvfsMountTable.h"
 #include "platform/linux/LibsecretStore.h"
 #include "platform/linux/LogindSleepMonitor.h"
@@ -33,6 +35,8 @@ PlatformPorts createPorts()
     ports.sleepMonitor = std::make_unique<LogindSleepMonitor>(QDBusConnection::systemBus());
     ports.processLauncher = std::make_unique<QProcessLauncher>();
     ports.notifier = std::make_unique<FreedesktopNotifier>();
+    ports.managedPreferences = std::make_unique<ManagedPreferenceFolder>();
+    ports.directory = std::make_unique<LinuxDirectoryService>(*ports.processLauncher);
     return ports;
 }
 
