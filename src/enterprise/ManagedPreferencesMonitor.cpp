@@ -20,12 +20,14 @@ ManagedPreferencesMonitor::ManagedPreferencesMonitor(ManagedPreferenceSource &so
 
 int ManagedPreferencesMonitor::check()
 {
-    if (!m_reader.hasManagedShareList())
+    // One read of the source for the whole check: the lines and the shares come from the same profiles.
+    const ManagedPreferencesReader snapshot(m_source.values());
+    if (!snapshot.hasManagedShareList())
         return 0;
     Console::line(kDetectedLine);
-    if (const auto organization = m_reader.string(ManagedPreferencesReader::kOrganizationNameKey))
+    if (const auto organization = snapshot.string(ManagedPreferencesReader::kOrganizationNameKey))
         Console::line(kOrganizationLine + *organization);
-    const int added = m_reader.applyManagedShares(m_engine, m_center);
+    const int added = snapshot.applyManagedShares(m_engine, m_center);
     if (added >= 1) {
         Console::line(kAppliedLine.arg(added));
         if (m_notifier)

@@ -6,6 +6,8 @@
 #include "core/MountEngine.h"
 #include "platform/ManagedPreferenceSource.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 namespace {
@@ -54,18 +56,28 @@ std::optional<ManagedShare> ManagedShare::fromDictionary(const QVariantMap &dict
 }
 
 ManagedPreferencesReader::ManagedPreferencesReader(ManagedPreferenceSource &source)
-    : m_source(source)
+    : m_source(&source)
 {
+}
+
+ManagedPreferencesReader::ManagedPreferencesReader(QVariantMap values)
+    : m_values(std::move(values))
+{
+}
+
+QVariantMap ManagedPreferencesReader::values() const
+{
+    return m_source ? m_source->values() : m_values;
 }
 
 bool ManagedPreferencesReader::hasManagedShareList() const
 {
-    return m_source.values().value(kManagedSharesKey).metaType().id() == QMetaType::QVariantList;
+    return values().value(kManagedSharesKey).metaType().id() == QMetaType::QVariantList;
 }
 
 QList<ManagedShare> ManagedPreferencesReader::readManagedShares() const
 {
-    const QVariant value = m_source.values().value(kManagedSharesKey);
+    const QVariant value = values().value(kManagedSharesKey);
     if (value.metaType().id() != QMetaType::QVariantList)
         return {};
     const QVariantList list = value.toList();
@@ -84,13 +96,13 @@ QList<ManagedShare> ManagedPreferencesReader::readManagedShares() const
 
 std::optional<QString> ManagedPreferencesReader::string(const QString &key) const
 {
-    const QVariant v = m_source.values().value(key);
+    const QVariant v = values().value(key);
     return isString(v) ? std::optional<QString>(v.toString()) : std::nullopt;
 }
 
 std::optional<bool> ManagedPreferencesReader::boolean(const QString &key) const
 {
-    const QVariant v = m_source.values().value(key);
+    const QVariant v = values().value(key);
     return isBool(v) ? std::optional<bool>(v.toBool()) : std::nullopt;
 }
 
@@ -142,25 +154,41 @@ int ManagedPreferencesReader::applyManagedShares(MountEngine &engine, Notificati
     if (shares.isEmpty())
         return 0;
     RecordStore &store = engine.store();
+    // Only a locked record stands for a managed share; a user's own record for the same share does not.
+    const auto identity = [](const QString &host, const QString &share) -> QString { return host + QChar(0) + share; };
+    QSet<QString> locked;
+    for (const VolumeRecord &r : store.records()) {
+        if (r.isLocked)
+            locked.insert(identity(r.hostname_String, r.volume_String));
+    }
     qint64 nextId = store.nextId();
-    int added = 0;
+    QList<VolumeRecord> added;
+    QStringList names; // what the console line names each by: the nickname when given, else the host
     for (const ManagedShare &share : shares) {
-        // Only a locked record stands for a managed share; a user's own record for the same share does not.
-        const auto &records = store.records();
-        const bool present = std::any_of(records.cbegin(), records.cend(), [&](const VolumeRecord &r) {
-            return r.isLocked && r.hostname_String == share.hostname && r.volume_String == share.shareName;
-        });
-        if (present)
+        const QString key = identity(share.hostname, share.shareName);
+        if (locked.contains(key))
             continue;
-        QList<VolumeRecord> list = records;
-        list.prepend(recordFor(share, nextId++));
-        store.setRecords(list);
-        ++added;
+        const VolumeRecord record = recordFor(share, nextId++);
+        if (record.isLocked)
+            locked.insert(key);
+        added.append(record);
+        names.append(share.nickname.value_or(share.hostname));
+    }
+    if (added.isEmpty())
+        return 0;
+    // Each new record goes to the front, so several end up in reverse profile order; the list is replaced
+    // once rather than per record.
+    QList<VolumeRecord> list;
+    list.reserve(store.size() + added.size());
+    for (auto it = added.crbegin(); it != added.crend(); ++it)
+        list.append(*it);
+    list.append(store.records());
+    store.setRecords(list);
+    for (const QString &name : std::as_const(names)) {
         if (center)
             center->post(Notifications::RefreshVolumeUI);
-        Console::line(kAddedLine + share.nickname.value_or(share.hostname));
+        Console::line(kAddedLine + name);
     }
-    if (added > 0)
-        store.save();
-    return added;
+    store.save();
+    return int(added.size());
 }

@@ -31,8 +31,8 @@ struct ManagedShare
     static std::optional<ManagedShare> fromDictionary(const QVariantMap &dictionary);
 };
 
-// Read-only access to the managed keys, and the managed shares turned into locked records. Stateless: every
-// call reads the source afresh, so a replaced profile counts at the next call.
+// Read-only access to the managed keys, and the managed shares turned into locked records. Stateless over a
+// source: every call reads it afresh, so a replaced profile counts at the next call.
 //
 // Thread: main thread (the source reads small local files; applyManagedShares changes the engine's list).
 // The source is not owned.
@@ -47,6 +47,9 @@ public:
     static inline const QString kAddedLine = QStringLiteral("✅ [MDM] Added managed share: ");
 
     explicit ManagedPreferencesReader(ManagedPreferenceSource &source);
+    // A reader over values read once (one consistent view for a sequence of reads, as the start-up check
+    // makes).
+    explicit ManagedPreferencesReader(QVariantMap values);
 
     // "ManagedShares" as parsed entries in profile order; empty when absent or not an array of dictionaries.
     // Entries without a string "hostname" and "share" are skipped.
@@ -73,5 +76,8 @@ public:
     static VolumeRecord recordFor(const ManagedShare &share, qint64 id);
 
 private:
-    ManagedPreferenceSource &m_source;
+    QVariantMap values() const;
+
+    ManagedPreferenceSource *m_source = nullptr;
+    QVariantMap m_values; // when there is no source
 };

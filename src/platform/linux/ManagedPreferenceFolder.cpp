@@ -91,6 +91,19 @@ QString ManagedPreferenceFolder::unsafeReason(const QString &path, uint uid)
     return {};
 }
 
+void ManagedPreferenceFolder::report(const QString &path, const QString &line)
+{
+    // The reader reads the folder once per key; a file is reported once for as long as it stays the same.
+    const QFileInfo info(path);
+    const QString key = line + QLatin1Char('|') + QString::number(info.size()) + QLatin1Char('|')
+        + QString::number(info.lastModified().toMSecsSinceEpoch()) + QLatin1Char('|')
+        + QString::number(info.metadataChangeTime().toMSecsSinceEpoch());
+    if (m_reported.contains(key))
+        return;
+    m_reported.insert(key);
+    Console::line(line);
+}
+
 QVariantMap ManagedPreferenceFolder::values()
 {
     QVariantMap merged;
@@ -99,27 +112,27 @@ QVariantMap ManagedPreferenceFolder::values()
         return merged; // nothing managed: no message
     const uint uid = ::getuid();
     if (const QString reason = unsafeReason(m_folder, uid); !reason.isEmpty()) {
-        Console::line(kUnsafeFolderLine.arg(m_folder, reason));
+        report(m_folder, kUnsafeFolderLine.arg(m_folder, reason));
         return merged;
     }
     for (const QString &name : profileFiles(m_folder)) {
         const QString path = m_folder + QLatin1Char('/') + name;
         if (const QString reason = unsafeReason(path, uid); !reason.isEmpty()) {
-            Console::line(kUnreadableLine.arg(path, reason));
+            report(path, kUnreadableLine.arg(path, reason));
             continue;
         }
         QFile file(path);
         if (file.size() > kMaxFileBytes) {
-            Console::line(kUnreadableLine.arg(path, QStringLiteral("larger than %1 bytes").arg(kMaxFileBytes)));
+            report(path, kUnreadableLine.arg(path, QStringLiteral("larger than %1 bytes").arg(kMaxFileBytes)));
             continue;
         }
         if (!file.open(QIODevice::ReadOnly)) {
-            Console::line(kUnreadableLine.arg(path, file.errorString()));
+            report(path, kUnreadableLine.arg(path, file.errorString()));
             continue;
         }
         const auto root = PropertyList::parse(file.readAll());
         if (!root) {
-            Console::line(kUnparsableLine.arg(path));
+            report(path, kUnparsableLine.arg(path));
             continue;
         }
         merged.insert(keysFromPropertyList(*root));

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QFileSystemWatcher>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -17,7 +18,7 @@
 //
 // Only files that nobody but root (or the user the engine runs as) can change count: a file or folder
 // writable by group or others, or owned by another user, is ignored with a console line, as is a file that
-// cannot be read or does not parse; the other files still count.
+// cannot be read or does not parse (once per version of the file); the other files still count.
 //
 // The folder is watched: changed() follows a change of the set of files, their sizes or times (the folder's
 // parent is watched while the folder does not exist). Main thread.
@@ -50,10 +51,12 @@ public:
     static QString unsafeReason(const QString &path, uint uid);
 
 private:
+    void report(const QString &path, const QString &line);
     void rewatch();
     QByteArray fingerprint() const;
 
     QString m_folder;
     QFileSystemWatcher m_watcher;
     QByteArray m_fingerprint;
+    QSet<QString> m_reported;
 };
