@@ -116,7 +116,13 @@ void TestManagedFolder::mergedInNameOrder()
     f.write(QStringLiteral("10-base.mobileconfig"), profile({{kOrg, QStringLiteral("Base")}, {QStringLiteral("AllowShareExport"), false}}));
     f.write(QStringLiteral("20-site.plist"), QVariantMap{{kOrg, QStringLiteral("Site")}}, PropertyList::Format::Binary);
     f.write(QStringLiteral("30-notes.txt"), QVariantMap{{kOrg, QStringLiteral("Ignored")}});
+    const auto shares = [](const QString &host) {
+        return QVariantList{QVariantMap{{QStringLiteral("hostname"), host}, {QStringLiteral("share"), QStringLiteral("s")}}};
+    };
+    f.write(QStringLiteral("40-b.plist"), QVariantMap{{QStringLiteral("ManagedShares"), shares(QStringLiteral("b"))}});
+    f.write(QStringLiteral("35-a.plist"), QVariantMap{{QStringLiteral("ManagedShares"), shares(QStringLiteral("a"))}});
     const QVariantMap values = f.values();
+    QCOMPARE(values.value(QStringLiteral("ManagedShares")).toList(), shares(QStringLiteral("a")) + shares(QStringLiteral("b")));
     QCOMPARE(values.value(kOrg).toString(), QStringLiteral("Site"));
     QCOMPARE(values.value(QStringLiteral("AllowShareExport")), QVariant(false));
     QVERIFY(f.lines.isEmpty());

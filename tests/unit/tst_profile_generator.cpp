@@ -5,6 +5,7 @@
 #include "enterprise/ProfileGenerator.h"
 #include "base/PropertyList.h"
 #include "platform/fake/FakeManagedPreferenceSource.h"
+#include "cli/ProfileCommand.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -125,6 +126,8 @@ private Q_SLOTS:
     void fileName_data();
     void fileName();
     void readerTakesGeneratedProfile();
+    void shareOption_data();
+    void shareOption();
 };
 
 void TestProfileGenerator::text_data()
@@ -240,6 +243,39 @@ void TestProfileGenerator::readerTakesGeneratedProfile()
     // An ampersand in the organisation makes the profile unreadable, as for every consumer of the format.
     settings.organizationName = QStringLiteral("R&D");
     QVERIFY(!PropertyList::parse(ProfileGenerator::generate(settings).toUtf8()));
+}
+
+void TestProfileGenerator::shareOption_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("row"); // host|share|nickname|protocol|locked, or "error"
+    QTest::newRow("host and share") << QStringLiteral("fs1/fin") << QStringLiteral("fs1|fin||SMB|1");
+    QTest::newRow("every field") << QStringLiteral("fs1/fin,nickname=Finance Team,protocol=afp,locked=no")
+                                 << QStringLiteral("fs1|fin|Finance Team|afp|0");
+    QTest::newRow("share path keeps its slashes") << QStringLiteral("dav/remote.php/files") << QStringLiteral("dav|remote.php/files||SMB|1");
+    QTest::newRow("empty share name is a row the generator leaves out") << QStringLiteral("fs1/") << QStringLiteral("fs1|||SMB|1");
+    QTest::newRow("no slash") << QStringLiteral("fs1") << QStringLiteral("error");
+    QTest::newRow("locked neither yes nor no") << QStringLiteral("fs1/a,locked=maybe") << QStringLiteral("error");
+    QTest::newRow("unknown field") << QStringLiteral("fs1/a,colour=red") << QStringLiteral("error");
+    QTest::newRow("not key=value") << QStringLiteral("fs1/a,afp") << QStringLiteral("error");
+}
+
+void TestProfileGenerator::shareOption()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, row);
+    QString error;
+    const auto share = ProfileCommand::parseShare(text, &error);
+    if (row == QLatin1String("error")) {
+        QVERIFY(!share);
+        QVERIFY(error.contains(text));
+        return;
+    }
+    QVERIFY2(share, qPrintable(error));
+    QCOMPARE(QStringList({share->hostname, share->shareName, share->nickname, share->protocolType,
+                          QString::number(share->locked)})
+                 .join(QLatin1Char('|')),
+             row);
 }
 
 QTEST_GUILESS_MAIN(TestProfileGenerator)

@@ -16,6 +16,7 @@ namespace {
 
 const QString kPayloadContent = QStringLiteral("PayloadContent");
 const QString kPayloadType = QStringLiteral("PayloadType");
+const QString kManagedShares = QStringLiteral("ManagedShares");
 
 // Payload bookkeeping keys are the profile's, not settings.
 QVariantMap withoutPayloadKeys(QVariantMap map)
@@ -135,7 +136,14 @@ QVariantMap ManagedPreferenceFolder::values()
             report(path, kUnparsableLine.arg(path));
             continue;
         }
-        merged.insert(keysFromPropertyList(*root));
+        QVariantMap keys = keysFromPropertyList(*root);
+        // Share lists add up, so that a company-wide and a department profile both count; any other key
+        // of a later file replaces an earlier one's.
+        const QVariant earlier = merged.value(kManagedShares);
+        const QVariant later = keys.value(kManagedShares);
+        if (earlier.metaType().id() == QMetaType::QVariantList && later.metaType().id() == QMetaType::QVariantList)
+            keys.insert(kManagedShares, earlier.toList() + later.toList());
+        merged.insert(keys);
     }
     return merged;
 }

@@ -10,7 +10,8 @@
 
 // Managed preferences from a folder of profiles: every "*.mobileconfig" and "*.plist" in
 // /etc/tarnwell/managed (or the folder named by TARNWELL_MANAGED_DIR), XML or binary property lists,
-// merged in file-name order (a later file's key replaces an earlier one's).
+// merged in file-name order: the "ManagedShares" lists of all files add up in that order; any other key of a
+// later file replaces an earlier one's.
 //
 // A file contributes the keys of every payload in its "PayloadContent" whose "PayloadType" is the bundle
 // identifier (the generator's format), of the root dictionary itself when its "PayloadType" is the bundle
