@@ -2,6 +2,9 @@
 
 #include "control/ControlNames.h"
 #include "control/ControlService.h"
+#include "control/EnterpriseControl.h"
+#include "control/EnterpriseNames.h"
+#include "enterprise1adaptor.h"
 #include "engine/EngineHost.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "UnixSignalWatcher.h"
@@ -25,6 +28,9 @@ AppDelegate::AppDelegate(QStringList urls, QObject *parent)
 
 AppDelegate::~AppDelegate()
 {
+    if (m_enterpriseExported)
+        QDBusConnection::sessionBus().unregisterObject(EnterpriseNames::kObjectPath);
+    m_enterprise.reset();
     if (m_exported) {
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.unregisterObject(ControlNames::kObjectPath);
@@ -68,6 +74,21 @@ bool AppDelegate::exportControlInterface()
     return true;
 }
 
+// The enterprise interface lives on the same bus name at its own path; it is registered once the main
+// interface owns the name, and a failure costs only remote access to it.
+void AppDelegate::exportEnterpriseInterface()
+{
+    m_enterprise = std::make_unique<EnterpriseControl>(m_host->engine(), m_host->managedPreferences(),
+                                                       m_host->directoryMappings());
+    new Enterprise1Adaptor(m_enterprise.get()); // owned by the object it adapts
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.registerObject(EnterpriseNames::kObjectPath, m_enterprise.get(), QDBusConnection::ExportAdaptors)) {
+        Console::line(QStringLiteral("❌ [SETUP] Cannot export the enterprise interface: ") + bus.lastError().message());
+        return;
+    }
+    m_enterpriseExported = true;
+}
+
 AppDelegate::LaunchResult AppDelegate::launch()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
@@ -92,6 +113,9 @@ AppDelegate::LaunchResult AppDelegate::launch()
         m_host.reset();
         return forwardToRunningInstance();
     }
+
+    if (m_exported)
+        exportEnterpriseInterface();
 
     m_signals = std::make_unique<UnixSignalWatcher>(QList<int>{SIGINT, SIGTERM, SIGHUP});
     connect(m_signals.get(), &UnixSignalWatcher::signalReceived, this, [this](int) { quit(); });
@@ -122,6 +146,10 @@ void AppDelegate::quit()
         bus.unregisterService(ControlNames::kServiceName);
         bus.unregisterObject(ControlNames::kObjectPath);
         m_exported = false;
+    }
+    if (m_enterpriseExported) {
+        QDBusConnection::sessionBus().unregisterObject(EnterpriseNames::kObjectPath);
+        m_enterpriseExported = false;
     }
     if (m_host)
         m_host->shutdown();

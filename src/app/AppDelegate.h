@@ -8,6 +8,7 @@
 #include <memory>
 
 class ControlService;
+class EnterpriseControl;
 class EngineHost;
 class UnixSignalWatcher;
 
@@ -49,11 +50,14 @@ public:
 private:
     LaunchResult forwardToRunningInstance();
     bool exportControlInterface();
+    void exportEnterpriseInterface();
 
     QStringList m_urls;
     std::unique_ptr<EngineHost> m_host;
     std::unique_ptr<ControlService> m_control;
+    std::unique_ptr<EnterpriseControl> m_enterprise;
     std::unique_ptr<UnixSignalWatcher> m_signals;
     bool m_exported = false;
+    bool m_enterpriseExported = false;
     bool m_quitting = false;
 };

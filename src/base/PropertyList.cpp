@@ -19,8 +19,16 @@ struct PlistDeleter
 };
 using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 
-QVariant toVariant(plist_t node)
+// Deeper nesting than any preference file or profile has: a crafted file could otherwise exhaust the
+// stack, as the conversion recurses once per level.
+constexpr int kMaxDepth = 64;
+
+QVariant toVariant(plist_t node, int depth, bool *tooDeep)
 {
+    if (depth > kMaxDepth) {
+        *tooDeep = true;
+        return {};
+    }
     switch (plist_get_node_type(node)) {
     case PLIST_BOOLEAN: {
         uint8_t v = 0;
@@ -69,7 +77,7 @@ QVariant toVariant(plist_t node)
         const uint32_t n = plist_array_get_size(node);
         list.reserve(n);
         for (uint32_t i = 0; i < n; ++i)
-            list.append(toVariant(plist_array_get_item(node, i)));
+            list.append(toVariant(plist_array_get_item(node, i), depth + 1, tooDeep));
         return QVariant(list);
     }
     case PLIST_DICT: {
@@ -82,7 +90,7 @@ QVariant toVariant(plist_t node)
             plist_dict_next_item(node, it, &key, &value);
             if (!key)
                 break;
-            map.insert(QString::fromUtf8(key), toVariant(value));
+            map.insert(QString::fromUtf8(key), toVariant(value, depth + 1, tooDeep));
             free(key);
         }
         free(it);
@@ -236,7 +244,11 @@ std::optional<QVariant> parse(const QByteArray &bytes)
     if (!root)
         return std::nullopt;
     PlistPtr guard(root);
-    return toVariant(root);
+    bool tooDeep = false;
+    QVariant tree = toVariant(root, 0, &tooDeep);
+    if (tooDeep)
+        return std::nullopt;
+    return tree;
 }
 
 QByteArray serialize(const QVariant &root, Format format)

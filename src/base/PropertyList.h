@@ -23,7 +23,8 @@ namespace PropertyList {
 
 enum class Format { Xml, Binary };
 
-// Parses XML or binary property-list bytes; nullopt when the bytes are not a property list.
+// Parses XML or binary property-list bytes; nullopt when the bytes are not a property list, or when
+// containers nest more than 64 levels deep.
 std::optional<QVariant> parse(const QByteArray &bytes);
 
 // Serialises a value tree; an empty array when the tree holds a kind that has no plist form.

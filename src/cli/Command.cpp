@@ -1,5 +1,8 @@
 #include "Command.h"
 
+#include "DirectoryCommand.h"
+#include "ProfileCommand.h"
+
 #include <QCoreApplication>
 
 #include <cstdio>
@@ -52,6 +55,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
 {
     std::vector<std::unique_ptr<Command>> commands;
     // One line per command class, in the order of the global help.
+    commands.push_back(std::make_unique<ProfileCommand>());
+    commands.push_back(std::make_unique<DirectoryCommand>());
     return commands;
 }
 

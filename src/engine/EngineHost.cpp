@@ -12,6 +12,8 @@
 #include "core/FuseBridgeWatchdog.h"
 #include "core/MountEngine.h"
 #include "core/WorkerPools.h"
+#include "enterprise/ActiveDirectoryManager.h"
+#include "enterprise/ManagedPreferencesMonitor.h"
 #include "logging/EnterpriseAuditLog.h"
 #include "logging/LogEventManager.h"
 #include "platform/FileSystem.h"
@@ -74,6 +76,20 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     sched.serverReachable = options.serverReachable;
     m_scheduler = std::make_unique<AutoMountScheduler>(sched);
 
+    if (m_ports.managedPreferences) {
+        m_managedPreferences = std::make_unique<ManagedPreferencesMonitor>(
+            *m_ports.managedPreferences, *m_engine, m_center.get(), m_ports.notifier.get());
+    }
+    if (m_ports.directory) {
+        ActiveDirectoryManager::Dependencies directory;
+        directory.directory = m_ports.directory.get();
+        directory.defaults = m_defaults.get();
+        directory.engine = m_engine.get();
+        directory.auditLog = m_auditLog.get();
+        directory.center = m_center.get();
+        m_directory = std::make_unique<ActiveDirectoryManager>(directory);
+    }
+
     m_presentNotice = [](const QString &title, const QString &text) { Console::line(kNoticeLine.arg(title, text)); };
 }
 
@@ -81,7 +97,10 @@ EngineHost::~EngineHost()
 {
     if (m_started)
         shutdown();
-    // The scheduler and the watchdog refer to the engine; the engine to the logs and ports.
+    // The scheduler, the watchdog and the enterprise objects refer to the engine; the engine to the logs and
+    // ports.
+    m_directory.reset();
+    m_managedPreferences.reset();
     m_scheduler.reset();
     m_fuseWatchdog.reset();
     m_engine.reset();
@@ -109,6 +128,11 @@ void EngineHost::start()
 
     m_engine->store().firstLaunchIfNeeded();
     m_scheduler->start();
+
+    if (m_managedPreferences) {
+        m_managedPreferences->check();
+        m_managedPreferences->watch();
+    }
 }
 
 void EngineHost::shutdown()

@@ -8,12 +8,14 @@
 #include <functional>
 #include <memory>
 
+class ActiveDirectoryManager;
 class AutoMountScheduler;
 class CredentialStore;
 class Defaults;
 class EnterpriseAuditLog;
 class FuseBridgeWatchdog;
 class LogEventManager;
+class ManagedPreferencesMonitor;
 class MountEngine;
 class NotificationCenter;
 class VolumeRecord;
@@ -29,7 +31,8 @@ struct WorkerPools;
 //
 // start() is the engine's part of the launch sequence: the APP_LAUNCH audit entry ("📋 [AUDIT] APP_LAUNCH:
 // Tarnwell launched"), the one-time interval notice, the first-launch example shares, then the scheduler's
-// tick. shutdown() is the quit: the scheduler stops, the records are saved, APP_QUIT is written, and it
+// tick, then the managed shares (applied at once and again whenever the managed profiles change).
+// shutdown() is the quit: the scheduler stops, the records are saved, APP_QUIT is written, and it
 // returns once the audit writer has put every entry on disk.
 //
 // Thread: main thread only.
@@ -78,6 +81,9 @@ public:
     FuseBridgeWatchdog *fuseWatchdog() { return m_fuseWatchdog.get(); } // null when not watching
     WorkerPools &pools() { return *m_pools; }
     PlatformPorts &ports() { return m_ports; }
+    // Null when the ports bring no managed-preference source, resp. no directory service.
+    ManagedPreferencesMonitor *managedPreferences() { return m_managedPreferences.get(); }
+    ActiveDirectoryManager *directoryMappings() { return m_directory.get(); }
 
 private:
     PlatformPorts m_ports;
@@ -90,6 +96,8 @@ private:
     std::unique_ptr<MountEngine> m_engine;
     std::unique_ptr<FuseBridgeWatchdog> m_fuseWatchdog;
     std::unique_ptr<AutoMountScheduler> m_scheduler;
+    std::unique_ptr<ManagedPreferencesMonitor> m_managedPreferences;
+    std::unique_ptr<ActiveDirectoryManager> m_directory;
     std::function<void(const QString &, const QString &)> m_presentNotice;
     bool m_started = false;
     bool m_stopped = false;

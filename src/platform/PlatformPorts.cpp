@@ -2,8 +2,10 @@
 
 #include "platform/Clock.h"
 #include "platform/DesktopNotifier.h"
+#include "platform/DirectoryService.h"
 #include "platform/FileSystem.h"
 #include "platform/FuseBridge.h"
+#include "platform/ManagedPreferenceSource.h"
 #include "platform/MountService.h"
 #include "platform/MountTable.h"
 #include "platform/ProcessLauncher.h"

@@ -4,8 +4,10 @@
 
 class Clock;
 class DesktopNotifier;
+class DirectoryService;
 class FileSystem;
 class FuseBridge;
+class ManagedPreferenceSource;
 class MountService;
 class MountTable;
 class ProcessLauncher;
@@ -38,4 +40,6 @@ struct PlatformPorts
     std::unique_ptr<NetworkProbe> networkProbe;
     // Shared: a check of a hung FUSE folder runs on a thread that may outlive everything else.
     std::shared_ptr<FuseBridge> fuseBridge;
+    std::unique_ptr<ManagedPreferenceSource> managedPreferences;
+    std::unique_ptr<DirectoryService> directory; // may use processLauncher: declared after it
 };

@@ -11,6 +11,8 @@
 #include "platform/linux/FreedesktopNotifier.h"
 #include "platform/linux/GvfsFuseBridge.h"
 #include "platform/linux/GvfsMountService.h"
+#include "platform/linux/LinuxDirectoryService.h"
+#include "platform/linux/ManagedPreferenceFolder.h"
 #include "platform/linux/GvfsMountTable.h"
 #include "platform/linux/LibsecretStore.h"
 #include "platform/linux/LinuxNetworkProbe.h"
@@ -39,6 +41,8 @@ PlatformPorts createPorts()
     GvfsFuseBridge::Options bridge;
     bridge.volumesFolder = ports.fileSystem->volumesFolder();
     ports.fuseBridge = std::make_shared<GvfsFuseBridge>(bridge);
+    ports.managedPreferences = std::make_unique<ManagedPreferenceFolder>();
+    ports.directory = std::make_unique<LinuxDirectoryService>(*ports.processLauncher);
     return ports;
 }
 
