@@ -7,8 +7,11 @@ class DesktopNotifier;
 class FileSystem;
 class MountService;
 class MountTable;
+class NetworkInterfaces;
 class ProcessLauncher;
 class SecretStore;
+class ServiceBrowser;
+class ShareLister;
 class SleepMonitor;
 class WifiNetwork;
 
@@ -33,4 +36,8 @@ struct PlatformPorts
     std::unique_ptr<SleepMonitor> sleepMonitor;
     std::unique_ptr<ProcessLauncher> processLauncher;
     std::unique_ptr<DesktopNotifier> notifier;
+    // Network discovery; any of them may be absent (discovery then finds nothing through it).
+    std::unique_ptr<ServiceBrowser> serviceBrowser;
+    std::unique_ptr<NetworkInterfaces> networkInterfaces;
+    std::unique_ptr<ShareLister> shareLister; // may refer to processLauncher: reset first
 };

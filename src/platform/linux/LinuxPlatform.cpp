@@ -4,17 +4,21 @@
 #include "platform/FileSystem.h"
 #include "platform/MountService.h"
 #include "platform/MountTable.h"
+#include "platform/NetworkInterfaces.h"
 #include "platform/SecretStore.h"
 #include "platform/SleepMonitor.h"
 #include "platform/SystemClock.h"
 #include "platform/WifiNetwork.h"
+#include "platform/linux/AvahiBrowser.h"
 #include "platform/linux/FreedesktopNotifier.h"
 #include "platform/linux/GvfsMountService.h"
 #include "platform/linux/GvfsMountTable.h"
 #include "platform/linux/LibsecretStore.h"
+#include "platform/linux/LinuxNetworkInterfaces.h"
 #include "platform/linux/LogindSleepMonitor.h"
 #include "platform/linux/NetworkManagerWifi.h"
 #include "platform/linux/QProcessLauncher.h"
+#include "platform/linux/SmbclientShareLister.h"
 
 #include <QDBusConnection>
 
@@ -33,6 +37,9 @@ PlatformPorts createPorts()
     ports.sleepMonitor = std::make_unique<LogindSleepMonitor>(QDBusConnection::systemBus());
     ports.processLauncher = std::make_unique<QProcessLauncher>();
     ports.notifier = std::make_unique<FreedesktopNotifier>();
+    ports.serviceBrowser = std::make_unique<AvahiBrowser>();
+    ports.networkInterfaces = std::make_unique<LinuxNetworkInterfaces>();
+    ports.shareLister = std::make_unique<SmbclientShareLister>(ports.processLauncher.get());
     return ports;
 }
 
