@@ -2,6 +2,7 @@
 
 #include "control/ControlNames.h"
 #include "control/ControlService.h"
+#include "control/DiscoveryControl.h"
 #include "engine/EngineHost.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "UnixSignalWatcher.h"
@@ -28,6 +29,7 @@ AppDelegate::~AppDelegate()
     if (m_exported) {
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(DiscoveryControl::kObjectPath);
         bus.unregisterService(ControlNames::kServiceName);
     }
     m_control.reset();
@@ -65,6 +67,10 @@ bool AppDelegate::exportControlInterface()
         return false; // lost the race against another instance
     }
     m_exported = true;
+    // Discovery is served beside the main interface, by an object the control service owns.
+    auto *discovery = new DiscoveryControl(m_host->discovery(), m_host->engine(), m_control.get());
+    if (!bus.registerObject(DiscoveryControl::kObjectPath, discovery, QDBusConnection::ExportAdaptors))
+        Console::line(QStringLiteral("❌ [SETUP] Cannot export the discovery interface: ") + bus.lastError().message());
     return true;
 }
 
@@ -121,6 +127,7 @@ void AppDelegate::quit()
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.unregisterService(ControlNames::kServiceName);
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(DiscoveryControl::kObjectPath);
         m_exported = false;
     }
     if (m_host)

@@ -10,9 +10,11 @@
 #include "core/CredentialStore.h"
 #include "core/FuseBridgeWatchdog.h"
 #include "core/MountEngine.h"
+#include "discovery/NetworkDiscoveryManager.h"
 #include "logging/EnterpriseAuditLog.h"
 #include "logging/LogEventManager.h"
 #include "platform/FileSystem.h"
+#include "platform/ServiceBrowser.h"
 
 EngineHost::EngineHost(PlatformPorts ports, QObject *parent)
     : EngineHost(std::move(ports), Options{}, parent)
@@ -61,6 +63,12 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     sched.clock = m_ports.clock.get();
     m_scheduler = std::make_unique<AutoMountScheduler>(sched);
 
+    NetworkDiscoveryManager::Dependencies discovery;
+    discovery.browser = m_ports.serviceBrowser.get();
+    discovery.interfaces = m_ports.networkInterfaces.get();
+    discovery.lister = m_ports.shareLister.get();
+    m_discovery = std::make_unique<NetworkDiscoveryManager>(discovery);
+
     m_presentNotice = [](const QString &title, const QString &text) { Console::line(kNoticeLine.arg(title, text)); };
 }
 
@@ -68,7 +76,9 @@ EngineHost::~EngineHost()
 {
     if (m_started)
         shutdown();
-    // The scheduler and the watchdog refer to the engine; the engine to the logs and ports.
+    // Discovery waits for its workers, which use the ports. The scheduler and the watchdog refer to the
+    // engine; the engine to the logs and ports.
+    m_discovery.reset();
     m_scheduler.reset();
     m_fuseWatchdog.reset();
     m_engine.reset();

@@ -15,6 +15,7 @@ class EnterpriseAuditLog;
 class FuseBridgeWatchdog;
 class LogEventManager;
 class MountEngine;
+class NetworkDiscoveryManager;
 class NotificationCenter;
 
 // The long-lived objects of the engine, created once in a fixed order and destroyed in reverse:
@@ -69,6 +70,7 @@ public:
     MountEngine &engine() { return *m_engine; }
     AutoMountScheduler &scheduler() { return *m_scheduler; }
     PlatformPorts &ports() { return m_ports; }
+    NetworkDiscoveryManager &discovery() { return *m_discovery; }
 
 private:
     PlatformPorts m_ports;
@@ -80,6 +82,7 @@ private:
     std::unique_ptr<MountEngine> m_engine;
     std::unique_ptr<FuseBridgeWatchdog> m_fuseWatchdog;
     std::unique_ptr<AutoMountScheduler> m_scheduler;
+    std::unique_ptr<NetworkDiscoveryManager> m_discovery; // over the discovery ports
     std::function<void(const QString &, const QString &)> m_presentNotice;
     bool m_started = false;
     bool m_stopped = false;
