@@ -54,7 +54,8 @@ ShareLister::Result SmbclientShareLister::list(const Request &request)
     run.environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
     run.timeoutMs = request.timeoutMs;
     const ProcessLauncher::Result done = m_launcher->run(run);
-    authFile.remove();
+    if (authFile.isOpen())
+        authFile.remove();
 
     result.started = done.started;
     result.timedOut = done.timedOut;
