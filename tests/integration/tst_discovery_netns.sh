@@ -31,8 +31,7 @@ fail() {
   done
   exit 1
 }
-mkdir -p "$work"/{home,samba/{lock,state,cache,private,run,ncalrpc},shares/public,shares/secure,avahi}
-chmod 0777 "$work/shares/public" "$work/shares/secure"
+mkdir -p "$work"/{home,avahi}
 
 echo "=== listeners"
 python3 "$TW_SOURCE_DIR/tests/netns/listeners.py" 192.0.2.1:445 192.0.2.10:548 192.0.2.254:445 192.0.2.254:548 \
@@ -41,49 +40,11 @@ pids+=($!)
 wait_for 10 grep -q ready "$work/listeners.log" || fail "listeners did not start"
 
 echo "=== samba on 192.0.2.10 and 192.0.2.37"
-user=twsmbtest
-id "$user" >/dev/null 2>&1 || useradd -M -N -s /usr/sbin/nologin "$user"
-cat >"$work/samba/smb.conf" <<CONF
-[global]
-  workgroup = TARNWELL
-  server role = standalone server
-  interfaces = 192.0.2.10 192.0.2.37
-  bind interfaces only = yes
-  smb ports = 445
-  disable netbios = yes
-  load printers = no
-  printing = bsd
-  printcap name = /dev/null
-  disable spoolss = yes
-  lock directory = $work/samba/lock
-  state directory = $work/samba/state
-  cache directory = $work/samba/cache
-  private dir = $work/samba/private
-  pid directory = $work/samba/run
-  ncalrpc dir = $work/samba/ncalrpc
-  passdb backend = tdbsam:$work/samba/private/passdb.tdb
-  log file = $work/smbd.log
-  map to guest = Bad User
-  guest account = nobody
-  server min protocol = SMB2_10
-  usershare path =
-  registry shares = no
-[public]
-  path = $work/shares/public
-  guest ok = yes
-[secure]
-  path = $work/shares/secure
-  valid users = $user
-  guest ok = no
-[Admin\$]
-  path = $work/shares/secure
-  valid users = $user
-CONF
-password=$(head -c 18 /dev/urandom | base64 | tr -dc 'A-Za-z0-9' | head -c 20)
-printf '%s\n%s\n' "$password" "$password" | smbpasswd -c "$work/samba/smb.conf" -s -a "$user" >/dev/null
-setsid smbd --foreground --no-process-group --configfile="$work/samba/smb.conf" >"$work/smbd.out" 2>&1 </dev/null &
-pids+=($!)
-wait_for 15 bash -c "exec 3<>/dev/tcp/192.0.2.10/445" || fail "smbd did not listen"
+smb_status=0
+disc_start_samba "$work" "192.0.2.10 192.0.2.37" || smb_status=$?
+pids+=("$DISC_SMB_PID")
+[ "$smb_status" -eq 0 ] || fail "smbd did not listen"
+user=$DISC_SMB_USER password=$DISC_SMB_PASSWORD
 
 echo "=== avahi on a private system bus"
 cat >"$work/avahi/system.conf" <<CONF

@@ -49,3 +49,55 @@ disc_net_up() {
   for a in "$@"; do ip addr add "$a/32" dev "$DISC_IF"; done
   disc_refuse_unless_private
 }
+
+# disc_start_samba DIR "ADDR ...": smbd on port 445 of the addresses, private configuration under DIR:
+# "public" (guest), "secure" and the hidden "Admin$" (only DISC_SMB_USER, password DISC_SMB_PASSWORD, made
+# fresh). Sets DISC_SMB_PID; fails when smbd does not listen within 15 s.
+DISC_SMB_USER=twsmbtest
+disc_start_samba() {
+  local dir=$1 addresses=$2
+  mkdir -p "$dir"/{samba/{lock,state,cache,private,run,ncalrpc},shares/public,shares/secure}
+  chmod 0777 "$dir/shares/public" "$dir/shares/secure"
+  id "$DISC_SMB_USER" >/dev/null 2>&1 || useradd -M -N -s /usr/sbin/nologin "$DISC_SMB_USER"
+  cat >"$dir/samba/smb.conf" <<CONF
+[global]
+  workgroup = TARNWELL
+  server role = standalone server
+  interfaces = $addresses
+  bind interfaces only = yes
+  smb ports = 445
+  disable netbios = yes
+  load printers = no
+  printing = bsd
+  printcap name = /dev/null
+  disable spoolss = yes
+  lock directory = $dir/samba/lock
+  state directory = $dir/samba/state
+  cache directory = $dir/samba/cache
+  private dir = $dir/samba/private
+  pid directory = $dir/samba/run
+  ncalrpc dir = $dir/samba/ncalrpc
+  passdb backend = tdbsam:$dir/samba/private/passdb.tdb
+  log file = $dir/smbd.log
+  map to guest = Bad User
+  guest account = nobody
+  server min protocol = SMB2_10
+  usershare path =
+  registry shares = no
+[public]
+  path = $dir/shares/public
+  guest ok = yes
+[secure]
+  path = $dir/shares/secure
+  valid users = $DISC_SMB_USER
+  guest ok = no
+[Admin\$]
+  path = $dir/shares/secure
+  valid users = $DISC_SMB_USER
+CONF
+  DISC_SMB_PASSWORD=$(head -c 18 /dev/urandom | base64 | tr -dc 'A-Za-z0-9' | head -c 20)
+  printf '%s\n%s\n' "$DISC_SMB_PASSWORD" "$DISC_SMB_PASSWORD" | smbpasswd -c "$dir/samba/smb.conf" -s -a "$DISC_SMB_USER" >/dev/null
+  setsid smbd --foreground --no-process-group --configfile="$dir/samba/smb.conf" >"$dir/smbd.out" 2>&1 </dev/null &
+  DISC_SMB_PID=$!
+  wait_for 15 bash -c "exec 3<>/dev/tcp/${addresses%% *}/445"
+}
