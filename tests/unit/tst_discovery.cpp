@@ -2,6 +2,7 @@
 // targets and counting, the scan's status sequence and the listing's host preparation and outcomes.
 #include "support/EngineHarness.h"
 
+#include "control/DiscoveryControl.h"
 #include "core/MountEngine.h"
 #include "discovery/NetworkDiscoveryManager.h"
 #include "discovery/ShareListing.h"
@@ -426,6 +427,30 @@ private Q_SLOTS:
         QCOMPARE(b->username_String, QStringLiteral("ann"));
         QCOMPARE(b->no_password_guest_login, 0);
         QVERIFY(harness.hasLine(QStringLiteral("✅ [ADD] Added share '%1' with share name pre-filled!").arg(a->displayName())));
+    }
+
+    // The control interface adds only a share that the last listing of the same server named.
+    void controlAddsOnlyListedShares()
+    {
+        EngineHarness harness;
+        Scan scan;
+        scan.lister.setHandler([](const ShareLister::Request &) { return exited(0, QStringLiteral("Disk|docs|\n")); });
+        DiscoveryControl control(*scan.manager, *harness.engine);
+        const QString host = QStringLiteral("192.0.2.5");
+        QCOMPARE(control.AddShare(host, 0, QString(), QString(), QStringLiteral("docs")), 0); // nothing listed yet
+        QSignalSpy finished(scan.manager.get(), &NetworkDiscoveryManager::shareBrowsingFinished);
+        control.ListShares(host, 1445, QString(), QString());
+        QVERIFY(finished.wait(5000));
+        QCOMPARE(scan.lister.requests().value(0).port, 1445);
+        QCOMPARE(control.AddShare(host, 1445, QString(), QString(), QStringLiteral("other")), 0);
+        QCOMPARE(control.AddShare(QStringLiteral("192.0.2.6"), 1445, QString(), QString(), QStringLiteral("docs")), 0);
+        const qint64 id = control.AddShare(host, 1445, QString(), QString(), QStringLiteral("docs"));
+        QVERIFY(id > 0);
+        QCOMPARE(harness.engine->record(id)->volume_String, QStringLiteral("docs"));
+        QCOMPARE(harness.engine->record(id)->port_Int, std::optional<qint64>(1445));
+        QCOMPARE(DiscoveryControl::serversJson({DiscoveredShare::make(host, QStringLiteral("SMB"), 445, host)}),
+                 QStringLiteral(R"([{"displayName":"192.0.2.5 (SMB)","hostname":"192.0.2.5","ipAddress":"192.0.2.5",)"
+                                R"("port":445,"protocolType":"SMB"}])"));
     }
 };
 
