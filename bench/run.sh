@@ -21,7 +21,10 @@ for name in "${names[@]}"; do
   exe="$build_dir/bench/$name"
   [ -x "$exe" ] || { echo "no such benchmark: $name" >&2; exit 2; }
   echo "== $name"
-  if [[ "$stack_benches" == *" $name "* ]]; then
+  if [ "$name" = bench_discovery ]; then
+    # Sweeps a /24 and lists a server: only inside a network namespace of its own.
+    bash bench/discovery-netns.sh "$exe"
+  elif [[ "$stack_benches" == *" $name "* ]]; then
     if [ -z "$stack_dir" ]; then
       stack_dir=$(mktemp -d /tmp/tarnwell-bench-stack.XXXXXX)
       tests/stack/start.sh "$stack_dir" >/dev/null

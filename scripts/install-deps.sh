@@ -12,6 +12,7 @@ packages=(
   gvfs gvfs-backends gvfs-fuse fuse3 dbus dbus-x11 smbclient libsecret-tools zsh
   # test stack: real servers and daemons on loopback
   samba gnome-keyring python3-dbusmock python3-gi apache2 procps psmisc iproute2 xvfb
+  avahi-daemon avahi-utils  # mDNS of the discovery test, run only inside its own network namespace
   qt6-qpa-plugins
 )
 

@@ -5,6 +5,7 @@
 #include "control/EnterpriseControl.h"
 #include "control/EnterpriseNames.h"
 #include "enterprise1adaptor.h"
+#include "control/DiscoveryControl.h"
 #include "engine/EngineHost.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "UnixSignalWatcher.h"
@@ -34,6 +35,7 @@ AppDelegate::~AppDelegate()
     if (m_exported) {
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(DiscoveryControl::kObjectPath);
         bus.unregisterService(ControlNames::kServiceName);
     }
     m_control.reset();
@@ -71,6 +73,10 @@ bool AppDelegate::exportControlInterface()
         return false; // lost the race against another instance
     }
     m_exported = true;
+    // Discovery is served beside the main interface, by an object the control service owns.
+    auto *discovery = new DiscoveryControl(m_host->discovery(), m_host->engine(), m_control.get());
+    if (!bus.registerObject(DiscoveryControl::kObjectPath, discovery, QDBusConnection::ExportAdaptors))
+        Console::line(QStringLiteral("❌ [SETUP] Cannot export the discovery interface: ") + bus.lastError().message());
     return true;
 }
 
@@ -145,6 +151,7 @@ void AppDelegate::quit()
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.unregisterService(ControlNames::kServiceName);
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(DiscoveryControl::kObjectPath);
         m_exported = false;
     }
     if (m_enterpriseExported) {

@@ -2,6 +2,8 @@
 
 #include "DirectoryCommand.h"
 #include "ProfileCommand.h"
+#include "DiscoverCommand.h"
+#include "SharesCommand.h"
 
 #include <QCoreApplication>
 
@@ -57,6 +59,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
     // One line per command class, in the order of the global help.
     commands.push_back(std::make_unique<ProfileCommand>());
     commands.push_back(std::make_unique<DirectoryCommand>());
+    commands.push_back(std::make_unique<DiscoverCommand>());
+    commands.push_back(std::make_unique<SharesCommand>());
     return commands;
 }
 

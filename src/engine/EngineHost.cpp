@@ -19,6 +19,11 @@
 #include "platform/FileSystem.h"
 #include "platform/FuseBridge.h"
 #include "platform/NetworkProbe.h"
+#include "discovery/NetworkDiscoveryManager.h"
+#include "logging/EnterpriseAuditLog.h"
+#include "logging/LogEventManager.h"
+#include "platform/FileSystem.h"
+#include "platform/ServiceBrowser.h"
 
 EngineHost::EngineHost(PlatformPorts ports, QObject *parent)
     : EngineHost(std::move(ports), Options{}, parent)
@@ -89,6 +94,11 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
         directory.center = m_center.get();
         m_directory = std::make_unique<ActiveDirectoryManager>(directory);
     }
+    NetworkDiscoveryManager::Dependencies discovery;
+    discovery.browser = m_ports.serviceBrowser.get();
+    discovery.interfaces = m_ports.networkInterfaces.get();
+    discovery.lister = m_ports.shareLister.get();
+    m_discovery = std::make_unique<NetworkDiscoveryManager>(discovery);
 
     m_presentNotice = [](const QString &title, const QString &text) { Console::line(kNoticeLine.arg(title, text)); };
 }
@@ -101,6 +111,9 @@ EngineHost::~EngineHost()
     // ports.
     m_directory.reset();
     m_managedPreferences.reset();
+    // Discovery waits for its workers, which use the ports. The scheduler and the watchdog refer to the
+    // engine; the engine to the logs and ports.
+    m_discovery.reset();
     m_scheduler.reset();
     m_fuseWatchdog.reset();
     m_engine.reset();

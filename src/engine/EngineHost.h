@@ -17,6 +17,7 @@ class FuseBridgeWatchdog;
 class LogEventManager;
 class ManagedPreferencesMonitor;
 class MountEngine;
+class NetworkDiscoveryManager;
 class NotificationCenter;
 class VolumeRecord;
 struct WorkerPools;
@@ -84,6 +85,7 @@ public:
     // Null when the ports bring no managed-preference source, resp. no directory service.
     ManagedPreferencesMonitor *managedPreferences() { return m_managedPreferences.get(); }
     ActiveDirectoryManager *directoryMappings() { return m_directory.get(); }
+    NetworkDiscoveryManager &discovery() { return *m_discovery; }
 
 private:
     PlatformPorts m_ports;
@@ -98,6 +100,7 @@ private:
     std::unique_ptr<AutoMountScheduler> m_scheduler;
     std::unique_ptr<ManagedPreferencesMonitor> m_managedPreferences;
     std::unique_ptr<ActiveDirectoryManager> m_directory;
+    std::unique_ptr<NetworkDiscoveryManager> m_discovery; // over the discovery ports
     std::function<void(const QString &, const QString &)> m_presentNotice;
     bool m_started = false;
     bool m_stopped = false;

@@ -10,9 +10,12 @@ class FuseBridge;
 class ManagedPreferenceSource;
 class MountService;
 class MountTable;
+class NetworkInterfaces;
 class ProcessLauncher;
 class NetworkProbe;
 class SecretStore;
+class ServiceBrowser;
+class ShareLister;
 class SleepMonitor;
 class WifiNetwork;
 
@@ -42,4 +45,8 @@ struct PlatformPorts
     std::shared_ptr<FuseBridge> fuseBridge;
     std::unique_ptr<ManagedPreferenceSource> managedPreferences;
     std::unique_ptr<DirectoryService> directory; // may use processLauncher: declared after it
+    // Network discovery; any of them may be absent (discovery then finds nothing through it).
+    std::unique_ptr<ServiceBrowser> serviceBrowser;
+    std::unique_ptr<NetworkInterfaces> networkInterfaces;
+    std::unique_ptr<ShareLister> shareLister; // may refer to processLauncher: reset first
 };

@@ -4,10 +4,12 @@
 #include "platform/FileSystem.h"
 #include "platform/MountService.h"
 #include "platform/MountTable.h"
+#include "platform/NetworkInterfaces.h"
 #include "platform/SecretStore.h"
 #include "platform/SleepMonitor.h"
 #include "platform/SystemClock.h"
 #include "platform/WifiNetwork.h"
+#include "platform/linux/AvahiBrowser.h"
 #include "platform/linux/FreedesktopNotifier.h"
 #include "platform/linux/GvfsFuseBridge.h"
 #include "platform/linux/GvfsMountService.h"
@@ -16,9 +18,11 @@
 #include "platform/linux/GvfsMountTable.h"
 #include "platform/linux/LibsecretStore.h"
 #include "platform/linux/LinuxNetworkProbe.h"
+#include "platform/linux/LinuxNetworkInterfaces.h"
 #include "platform/linux/LogindSleepMonitor.h"
 #include "platform/linux/NetworkManagerWifi.h"
 #include "platform/linux/QProcessLauncher.h"
+#include "platform/linux/SmbclientShareLister.h"
 
 #include <QDBusConnection>
 
@@ -43,6 +47,9 @@ PlatformPorts createPorts()
     ports.fuseBridge = std::make_shared<GvfsFuseBridge>(bridge);
     ports.managedPreferences = std::make_unique<ManagedPreferenceFolder>();
     ports.directory = std::make_unique<LinuxDirectoryService>(*ports.processLauncher);
+    ports.serviceBrowser = std::make_unique<AvahiBrowser>();
+    ports.networkInterfaces = std::make_unique<LinuxNetworkInterfaces>();
+    ports.shareLister = std::make_unique<SmbclientShareLister>(ports.processLauncher.get());
     return ports;
 }
 
