@@ -5,9 +5,12 @@
 #include "platform/FileSystem.h"
 #include "platform/MountService.h"
 #include "platform/MountTable.h"
+#include "platform/PowerSource.h"
 #include "platform/ProcessLauncher.h"
+#include "platform/RunningApplications.h"
 #include "platform/SecretStore.h"
 #include "platform/SleepMonitor.h"
+#include "platform/VpnMonitor.h"
 #include "platform/WifiNetwork.h"
 
 PlatformPorts::PlatformPorts() = default;

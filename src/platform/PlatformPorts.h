@@ -7,9 +7,12 @@ class DesktopNotifier;
 class FileSystem;
 class MountService;
 class MountTable;
+class PowerSource;
 class ProcessLauncher;
+class RunningApplications;
 class SecretStore;
 class SleepMonitor;
+class VpnMonitor;
 class WifiNetwork;
 
 // The operating-system services the engine is built on, one implementation each, chosen once by a
@@ -33,4 +36,8 @@ struct PlatformPorts
     std::unique_ptr<SleepMonitor> sleepMonitor;
     std::unique_ptr<ProcessLauncher> processLauncher;
     std::unique_ptr<DesktopNotifier> notifier;
+    // Rules: power source, running applications and launches, VPN state.
+    std::unique_ptr<PowerSource> powerSource;
+    std::unique_ptr<RunningApplications> runningApplications;
+    std::unique_ptr<VpnMonitor> vpnMonitor;
 };
