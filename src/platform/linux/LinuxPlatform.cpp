@@ -4,6 +4,9 @@
 #include "platform/FileSystem.h"
 #include "platform/MountService.h"
 #include "platform/MountTable.h"
+#include "platform/PowerSource.h"
+#include "platform/RunningApplications.h"
+#include "platform/VpnMonitor.h"
 #include "platform/SecretStore.h"
 #include "platform/SleepMonitor.h"
 #include "platform/SystemClock.h"
@@ -12,9 +15,12 @@
 #include "platform/linux/GvfsMountService.h"
 #include "platform/linux/GvfsMountTable.h"
 #include "platform/linux/LibsecretStore.h"
+#include "platform/linux/LinuxVpnMonitor.h"
 #include "platform/linux/LogindSleepMonitor.h"
 #include "platform/linux/NetworkManagerWifi.h"
+#include "platform/linux/ProcRunningApplications.h"
 #include "platform/linux/QProcessLauncher.h"
+#include "platform/linux/UPowerPowerSource.h"
 
 #include <QDBusConnection>
 
@@ -33,6 +39,9 @@ PlatformPorts createPorts()
     ports.sleepMonitor = std::make_unique<LogindSleepMonitor>(QDBusConnection::systemBus());
     ports.processLauncher = std::make_unique<QProcessLauncher>();
     ports.notifier = std::make_unique<FreedesktopNotifier>();
+    ports.powerSource = std::make_unique<UPowerPowerSource>(QDBusConnection::systemBus());
+    ports.runningApplications = std::make_unique<ProcRunningApplications>();
+    ports.vpnMonitor = std::make_unique<LinuxVpnMonitor>(QDBusConnection::systemBus());
     return ports;
 }
 
