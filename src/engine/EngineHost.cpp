@@ -13,6 +13,7 @@
 #include "logging/EnterpriseAuditLog.h"
 #include "logging/LogEventManager.h"
 #include "platform/FileSystem.h"
+#include "rules/RuleEngine.h"
 
 EngineHost::EngineHost(PlatformPorts ports, QObject *parent)
     : EngineHost(std::move(ports), Options{}, parent)
@@ -61,6 +62,27 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     sched.clock = m_ports.clock.get();
     m_scheduler = std::make_unique<AutoMountScheduler>(sched);
 
+    RuleEngineDependencies rules;
+    rules.clock = m_ports.clock.get();
+    rules.wifi = m_ports.wifi.get();
+    rules.sleepMonitor = m_ports.sleepMonitor.get();
+    rules.power = m_ports.powerSource.get();
+    rules.applications = m_ports.runningApplications.get();
+    rules.vpn = m_ports.vpnMonitor.get();
+    rules.launcher = m_ports.processLauncher.get();
+    rules.notifier = m_ports.notifier.get();
+    rules.rulesFile = options.rulesFile;
+    MountEngine *engine = m_engine.get();
+    rules.volumes = [engine] {
+        QList<RuleVolume> volumes;
+        for (const VolumeRecord &record : engine->store().records())
+            volumes.append({record.internal_ID_Int, record.displayName(), record.group_String, record.runtime_isMounted_Bool});
+        return volumes;
+    };
+    rules.mount = [engine](qint64 id) { engine->mount(id, false); };
+    rules.eject = [engine](qint64 id) { engine->eject(id); };
+    m_rules = std::make_unique<RuleEngine>(rules);
+
     m_presentNotice = [](const QString &title, const QString &text) { Console::line(kNoticeLine.arg(title, text)); };
 }
 
@@ -68,7 +90,8 @@ EngineHost::~EngineHost()
 {
     if (m_started)
         shutdown();
-    // The scheduler and the watchdog refer to the engine; the engine to the logs and ports.
+    // The rules, the scheduler and the watchdog refer to the engine; the engine to the logs and ports.
+    m_rules.reset();
     m_scheduler.reset();
     m_fuseWatchdog.reset();
     m_engine.reset();
@@ -94,6 +117,8 @@ void EngineHost::start()
 
     m_engine->store().firstLaunchIfNeeded();
     m_scheduler->start();
+    if (m_defaults->boolean(Preferences::Keys::StartRuleEngineAtLaunch).value_or(false))
+        m_rules->start();
 }
 
 void EngineHost::shutdown()
@@ -101,6 +126,7 @@ void EngineHost::shutdown()
     if (!m_started || m_stopped)
         return;
     m_stopped = true;
+    m_rules->stop();
     m_scheduler->stop();
     m_engine->store().save();
     m_auditLog->log(AuditEventType::appQuit, std::nullopt, std::nullopt, kQuitDetails, true);

@@ -16,6 +16,7 @@ class FuseBridgeWatchdog;
 class LogEventManager;
 class MountEngine;
 class NotificationCenter;
+class RuleEngine;
 
 // The long-lived objects of the engine, created once in a fixed order and destroyed in reverse:
 // preferences domain, notification centre, audit log, event log, credential store, mount engine (which
@@ -43,6 +44,7 @@ public:
         QString defaultsFile;  // empty: Defaults::standardFilePath()
         QString auditLogFile;  // empty: EnterpriseAuditLog::standardFilePath()
         bool watchFuseBridge = true;
+        QString rulesFile;     // empty: $XDG_DATA_HOME/Tarnwell/rules.json
     };
 
     explicit EngineHost(PlatformPorts ports, const Options &options, QObject *parent = nullptr);
@@ -68,6 +70,8 @@ public:
     CredentialStore &credentials() { return *m_credentials; }
     MountEngine &engine() { return *m_engine; }
     AutoMountScheduler &scheduler() { return *m_scheduler; }
+    // Created with its rules loaded and stopped; start() starts it when "startRuleEngineAtLaunch" is on.
+    RuleEngine &rules() { return *m_rules; }
     PlatformPorts &ports() { return m_ports; }
 
 private:
@@ -80,6 +84,7 @@ private:
     std::unique_ptr<MountEngine> m_engine;
     std::unique_ptr<FuseBridgeWatchdog> m_fuseWatchdog;
     std::unique_ptr<AutoMountScheduler> m_scheduler;
+    std::unique_ptr<RuleEngine> m_rules;
     std::function<void(const QString &, const QString &)> m_presentNotice;
     bool m_started = false;
     bool m_stopped = false;
