@@ -2,6 +2,8 @@
 
 #include "control/ControlNames.h"
 #include "control/ControlService.h"
+#include "control/RulesControl.h"
+#include "control/RulesNames.h"
 #include "engine/EngineHost.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "UnixSignalWatcher.h"
@@ -28,8 +30,10 @@ AppDelegate::~AppDelegate()
     if (m_exported) {
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(RulesNames::kObjectPath);
         bus.unregisterService(ControlNames::kServiceName);
     }
+    m_rulesControl.reset();
     m_control.reset();
     m_host.reset(); // shuts down if quit() was never reached
 }
@@ -60,8 +64,11 @@ bool AppDelegate::exportControlInterface()
         Console::line(QStringLiteral("❌ [SETUP] Cannot export the control interface: ") + bus.lastError().message());
         return true; // the engine still runs; only remote control is missing
     }
+    if (m_rulesControl && !bus.registerObject(RulesNames::kObjectPath, m_rulesControl.get(), QDBusConnection::ExportAdaptors))
+        Console::line(QStringLiteral("❌ [SETUP] Cannot export the rules interface: ") + bus.lastError().message());
     if (!bus.registerService(ControlNames::kServiceName)) {
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(RulesNames::kObjectPath);
         return false; // lost the race against another instance
     }
     m_exported = true;
@@ -85,9 +92,11 @@ AppDelegate::LaunchResult AppDelegate::launch()
                               [scheduler] { scheduler->resumeAutoMount(); }});
     NotificationCenter *center = &m_host->center();
     m_control->setShowHandler([center] { center->post(Notifications::DisplayMainWindow); });
+    m_rulesControl = std::make_unique<RulesControl>(m_host->rules(), m_host->engine());
 
     if (haveBus && !exportControlInterface()) {
         // Another instance took the name between the check and now. Nothing was started: no launch entry.
+        m_rulesControl.reset();
         m_control.reset();
         m_host.reset();
         return forwardToRunningInstance();
@@ -121,6 +130,7 @@ void AppDelegate::quit()
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.unregisterService(ControlNames::kServiceName);
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(RulesNames::kObjectPath);
         m_exported = false;
     }
     if (m_host)

@@ -1,5 +1,7 @@
 #include "Command.h"
 
+#include "RulesCommand.h"
+
 #include <QCoreApplication>
 
 #include <cstdio>
@@ -52,6 +54,7 @@ std::vector<std::unique_ptr<Command>> allCommands()
 {
     std::vector<std::unique_ptr<Command>> commands;
     // One line per command class, in the order of the global help.
+    commands.push_back(std::make_unique<RulesCommand>());
     return commands;
 }
 
