@@ -1,10 +1,9 @@
 #include "RulesCommand.h"
 
 #include "ControlClient.h"
+#include "RulesProxy.h" // generated from io.tarnwell.Tarnwell.Rules1.xml
 #include "control/ControlNames.h"
 #include "control/RulesNames.h"
-
-#include "RulesProxy.h" // generated from io.tarnwell.Tarnwell.Rules1.xml
 
 #include <QDateTime>
 #include <QFile>
@@ -21,43 +20,43 @@ using Proxy = IoTarnwellTarnwellRules1Interface;
 
 struct Kind
 {
-    const char *word;    // as typed
-    const char *type;    // the rule's raw value
-    const char *key;     // parameter; "" for none
-    bool valueRequired;  // false: the value may be left out (wifi = any network)
+    const char *word; // as typed
+    const char *type; // the rule's raw value
+    const char *key; // parameter; "" for none
+    bool valueRequired; // false: the value may be left out (wifi = any network)
     const char *help;
 };
 
-const std::array<Kind, 12> kConditions{{
-    {"wifi", "WiFi Connected", "ssid", false, "wifi[=SSID]        on Wi-Fi network SSID (any network without one)"},
-    {"not-wifi", "WiFi Disconnected", "ssid", false, "not-wifi[=SSID]    not on SSID (off Wi-Fi without one)"},
-    {"time", "Time Window", "timeRange", true, "time=HH:MM-HH:MM   within the time window (may cross midnight)"},
-    {"days", "Day of Week", "days", true, "days=Mon,Tue,...   on these days"},
-    {"app", "App Running", "app", true, "app=NAME           an application whose name contains NAME runs"},
-    {"not-app", "App Not Running", "app", true, "not-app=NAME       no such application runs"},
-    {"power", "On AC Power", "", false, "power              on mains power"},
-    {"battery", "On Battery", "", false, "battery            on battery"},
-    {"vpn", "VPN Connected", "", false, "vpn                a VPN is connected"},
-    {"no-vpn", "VPN Disconnected", "", false, "no-vpn             no VPN is connected"},
-    {"mounted", "Volume Mounted", "volumeId", true, "mounted=SHARE-ID   the share is mounted"},
-    {"not-mounted", "Volume Not Mounted", "volumeId", true, "not-mounted=SHARE-ID  the share is not mounted"},
-}};
+const std::array<Kind, 12> kConditions { {
+    { "wifi", "WiFi Connected", "ssid", false, "wifi[=SSID]        on Wi-Fi network SSID (any network without one)" },
+    { "not-wifi", "WiFi Disconnected", "ssid", false, "not-wifi[=SSID]    not on SSID (off Wi-Fi without one)" },
+    { "time", "Time Window", "timeRange", true, "time=HH:MM-HH:MM   within the time window (may cross midnight)" },
+    { "days", "Day of Week", "days", true, "days=Mon,Tue,...   on these days" },
+    { "app", "App Running", "app", true, "app=NAME           an application whose name contains NAME runs" },
+    { "not-app", "App Not Running", "app", true, "not-app=NAME       no such application runs" },
+    { "power", "On AC Power", "", false, "power              on mains power" },
+    { "battery", "On Battery", "", false, "battery            on battery" },
+    { "vpn", "VPN Connected", "", false, "vpn                a VPN is connected" },
+    { "no-vpn", "VPN Disconnected", "", false, "no-vpn             no VPN is connected" },
+    { "mounted", "Volume Mounted", "volumeId", true, "mounted=SHARE-ID   the share is mounted" },
+    { "not-mounted", "Volume Not Mounted", "volumeId", true, "not-mounted=SHARE-ID  the share is not mounted" },
+} };
 
-const std::array<Kind, 9> kActions{{
-    {"mount", "Mount Volume", "volumeId", true, "mount=SHARE-ID     mount the share"},
-    {"unmount", "Unmount Volume", "volumeId", true, "unmount=SHARE-ID   eject the share"},
-    {"mount-all", "Mount All Volumes", "", false, "mount-all          mount every share"},
-    {"unmount-all", "Unmount All Volumes", "", false, "unmount-all        eject every share"},
-    {"mount-group", "Mount Group", "group", true, "mount-group=GROUP  mount the shares tagged GROUP"},
-    {"unmount-group", "Unmount Group", "group", true, "unmount-group=GROUP  eject the shares tagged GROUP"},
-    {"script", "Run Script", "scriptPath", true, "script=PATH        run the script (zsh -c PATH, else sh)"},
-    {"notify", "Show Notification", "message", true, "notify=[TITLE::]MESSAGE  show a desktop notification"},
-    {"delay", "Wait/Delay", "seconds", true, "delay=SECONDS      wait before the next action"},
-}};
+const std::array<Kind, 9> kActions { {
+    { "mount", "Mount Volume", "volumeId", true, "mount=SHARE-ID     mount the share" },
+    { "unmount", "Unmount Volume", "volumeId", true, "unmount=SHARE-ID   eject the share" },
+    { "mount-all", "Mount All Volumes", "", false, "mount-all          mount every share" },
+    { "unmount-all", "Unmount All Volumes", "", false, "unmount-all        eject every share" },
+    { "mount-group", "Mount Group", "group", true, "mount-group=GROUP  mount the shares tagged GROUP" },
+    { "unmount-group", "Unmount Group", "group", true, "unmount-group=GROUP  eject the shares tagged GROUP" },
+    { "script", "Run Script", "scriptPath", true, "script=PATH        run the script (zsh -c PATH, else sh)" },
+    { "notify", "Show Notification", "message", true, "notify=[TITLE::]MESSAGE  show a desktop notification" },
+    { "delay", "Wait/Delay", "seconds", true, "delay=SECONDS      wait before the next action" },
+} };
 
 const QRegularExpression kTimeRange(QStringLiteral("^([01]?\\d|2[0-3]):([0-5]\\d)-([01]?\\d|2[0-3]):([0-5]\\d)$"));
 
-template <size_t N>
+template<size_t N>
 std::optional<QJsonObject> parseSpec(const std::array<Kind, N> &kinds, const QString &spec, const QString &what,
                                      QString *error)
 {
@@ -73,14 +72,15 @@ std::optional<QJsonObject> parseSpec(const std::array<Kind, N> &kinds, const QSt
             return std::nullopt;
         }
         if (kind.valueRequired && (!value || value->trimmed().isEmpty())) {
-            *error = QStringLiteral("%1 '%2' needs a value: %3").arg(what, word, QString::fromLatin1(kind.help).simplified());
+            *error = QStringLiteral("%1 '%2' needs a value: %3")
+                         .arg(what, word, QString::fromLatin1(kind.help).simplified());
             return std::nullopt;
         }
         QJsonObject parameters;
         if (!key.isEmpty())
             parameters.insert(key, value.value_or(QString()));
-        return QJsonObject{{QStringLiteral("type"), QString::fromLatin1(kind.type)},
-                           {QStringLiteral("parameters"), parameters}};
+        return QJsonObject { { QStringLiteral("type"), QString::fromLatin1(kind.type) },
+                             { QStringLiteral("parameters"), parameters } };
     }
     *error = QStringLiteral("Unknown %1 '%2'. Known kinds:\n%3").arg(what, word, RulesCommand::kindsHelp());
     return std::nullopt;
@@ -103,7 +103,9 @@ QString lastTriggeredText(const QJsonValue &value)
     if (!value.isDouble())
         return QStringLiteral("never");
     const QDateTime reference(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
-    return reference.addMSecs(qint64(value.toDouble() * 1000.0)).toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    return reference.addMSecs(qint64(value.toDouble() * 1000.0))
+        .toLocalTime()
+        .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
 
 QString ruleDetails(const QJsonObject &rule)
@@ -160,21 +162,25 @@ std::optional<QJsonObject> RulesCommand::parseCondition(const QString &spec, QSt
         return std::nullopt;
     const QString type = object->value(QStringLiteral("type")).toString();
     const QJsonObject p = object->value(QStringLiteral("parameters")).toObject();
-    if (type == QLatin1String("Time Window") && !kTimeRange.match(p.value(QStringLiteral("timeRange")).toString()).hasMatch()) {
+    if (type == QLatin1String("Time Window")
+        && !kTimeRange.match(p.value(QStringLiteral("timeRange")).toString()).hasMatch()) {
         *error = QStringLiteral("Malformed time range '%1': use HH:MM-HH:MM in 24-hour format, e.g. time=22:00-06:00")
                      .arg(Cli::printable(p.value(QStringLiteral("timeRange")).toString()));
         return std::nullopt;
     }
     if (type == QLatin1String("Day of Week")) {
-        static const QStringList days{QStringLiteral("sun"), QStringLiteral("mon"), QStringLiteral("tue"), QStringLiteral("wed"),
-                                      QStringLiteral("thu"), QStringLiteral("fri"), QStringLiteral("sat")};
-        static const QStringList full{QStringLiteral("sunday"), QStringLiteral("monday"), QStringLiteral("tuesday"),
-                                      QStringLiteral("wednesday"), QStringLiteral("thursday"), QStringLiteral("friday"),
-                                      QStringLiteral("saturday")};
+        static const QStringList days { QStringLiteral("sun"), QStringLiteral("mon"), QStringLiteral("tue"),
+                                        QStringLiteral("wed"), QStringLiteral("thu"), QStringLiteral("fri"),
+                                        QStringLiteral("sat") };
+        static const QStringList full { QStringLiteral("sunday"),   QStringLiteral("monday"),
+                                        QStringLiteral("tuesday"),  QStringLiteral("wednesday"),
+                                        QStringLiteral("thursday"), QStringLiteral("friday"),
+                                        QStringLiteral("saturday") };
         for (const QString &item : p.value(QStringLiteral("days")).toString().split(QLatin1Char(','))) {
             const QString day = item.trimmed().toLower();
             if (!days.contains(day) && !full.contains(day)) {
-                *error = QStringLiteral("Unknown day '%1': use Sun, Mon, Tue, Wed, Thu, Fri, Sat or full names").arg(Cli::printable(item.trimmed()));
+                *error = QStringLiteral("Unknown day '%1': use Sun, Mon, Tue, Wed, Thu, Fri, Sat or full names")
+                             .arg(Cli::printable(item.trimmed()));
                 return std::nullopt;
             }
         }
@@ -200,7 +206,8 @@ std::optional<QJsonObject> RulesCommand::parseAction(const QString &spec, QStrin
         bool ok = false;
         p.value(QStringLiteral("seconds")).toString().toDouble(&ok);
         if (!ok) {
-            *error = QStringLiteral("Invalid delay '%1': give a number of seconds").arg(Cli::printable(p.value(QStringLiteral("seconds")).toString()));
+            *error = QStringLiteral("Invalid delay '%1': give a number of seconds")
+                         .arg(Cli::printable(p.value(QStringLiteral("seconds")).toString()));
             return std::nullopt;
         }
     }
@@ -216,28 +223,36 @@ std::optional<QJsonObject> RulesCommand::parseAction(const QString &spec, QStrin
 
 int RulesCommand::run(const QStringList &arguments)
 {
-    static const QStringList kSubcommands{
-        QStringLiteral("list"),      QStringLiteral("show"),    QStringLiteral("add"),      QStringLiteral("edit"),
-        QStringLiteral("remove"),    QStringLiteral("enable"),  QStringLiteral("disable"),  QStringLiteral("duplicate"),
-        QStringLiteral("run-now"),   QStringLiteral("start"),   QStringLiteral("stop"),     QStringLiteral("examples"),
-        QStringLiteral("activity"),  QStringLiteral("status")};
+    static const QStringList kSubcommands {
+        QStringLiteral("list"),     QStringLiteral("show"),   QStringLiteral("add"),     QStringLiteral("edit"),
+        QStringLiteral("remove"),   QStringLiteral("enable"), QStringLiteral("disable"), QStringLiteral("duplicate"),
+        QStringLiteral("run-now"),  QStringLiteral("start"),  QStringLiteral("stop"),    QStringLiteral("examples"),
+        QStringLiteral("activity"), QStringLiteral("status")
+    };
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Automation rules: when conditions turn true, run actions.\n\n")
                                      + kindsHelp());
     parser.addPositionalArgument(QStringLiteral("subcommand"), kSubcommands.join(QStringLiteral(" | ")));
-    parser.addPositionalArgument(QStringLiteral("rule"), QStringLiteral("a rule's id (or unique prefix) or name"), QStringLiteral("[RULE]"));
-    const QCommandLineOption whenOption(QStringLiteral("when"), QStringLiteral("add a condition (repeatable)"), QStringLiteral("KIND[=VALUE]"));
-    const QCommandLineOption doOption(QStringLiteral("do"), QStringLiteral("add an action (repeatable, run in order)"), QStringLiteral("KIND[=VALUE]"));
-    const QCommandLineOption modeOption(QStringLiteral("mode"), QStringLiteral("all (default) or any"), QStringLiteral("MODE"));
-    const QCommandLineOption nameOption(QStringLiteral("name"), QStringLiteral("the rule's name"), QStringLiteral("NAME"));
+    parser.addPositionalArgument(QStringLiteral("rule"), QStringLiteral("a rule's id (or unique prefix) or name"),
+                                 QStringLiteral("[RULE]"));
+    const QCommandLineOption whenOption(QStringLiteral("when"), QStringLiteral("add a condition (repeatable)"),
+                                        QStringLiteral("KIND[=VALUE]"));
+    const QCommandLineOption doOption(QStringLiteral("do"), QStringLiteral("add an action (repeatable, run in order)"),
+                                      QStringLiteral("KIND[=VALUE]"));
+    const QCommandLineOption modeOption(QStringLiteral("mode"), QStringLiteral("all (default) or any"),
+                                        QStringLiteral("MODE"));
+    const QCommandLineOption nameOption(QStringLiteral("name"), QStringLiteral("the rule's name"),
+                                        QStringLiteral("NAME"));
     const QCommandLineOption disabledOption(QStringLiteral("disabled"), QStringLiteral("add the rule switched off"));
-    const QCommandLineOption jsonFileOption(QStringLiteral("json"),
-                                            QStringLiteral("add/edit: read the rule as JSON from FILE (- for standard input); "
-                                                           "list/show/activity: print JSON"),
-                                            QStringLiteral("FILE"));
-    const QCommandLineOption limitOption(QStringLiteral("limit"), QStringLiteral("activity: only the newest N entries"), QStringLiteral("N"));
-    parser.addOptions({whenOption, doOption, modeOption, nameOption, disabledOption, limitOption});
+    const QCommandLineOption jsonFileOption(
+        QStringLiteral("json"),
+        QStringLiteral("add/edit: read the rule as JSON from FILE (- for standard input); "
+                       "list/show/activity: print JSON"),
+        QStringLiteral("FILE"));
+    const QCommandLineOption limitOption(QStringLiteral("limit"), QStringLiteral("activity: only the newest N entries"),
+                                         QStringLiteral("N"));
+    parser.addOptions({ whenOption, doOption, modeOption, nameOption, disabledOption, limitOption });
 
     // --json is a flag for the listing subcommands and takes a file for add/edit.
     const QString sub = arguments.size() > 1 ? arguments.at(1) : QString();
@@ -250,23 +265,29 @@ int RulesCommand::run(const QStringList &arguments)
         return status;
     const QStringList positional = parser.positionalArguments();
     if (positional.isEmpty() || !kSubcommands.contains(positional.first())) {
-        Cli::err(positional.isEmpty() ? QStringLiteral("rules: name a subcommand: ") + kSubcommands.join(QStringLiteral(", "))
-                                      : QStringLiteral("rules: unknown subcommand '%1'").arg(Cli::printable(positional.first())));
+        Cli::err(positional.isEmpty()
+                     ? QStringLiteral("rules: name a subcommand: ") + kSubcommands.join(QStringLiteral(", "))
+                     : QStringLiteral("rules: unknown subcommand '%1'").arg(Cli::printable(positional.first())));
         return kExitUsage;
     }
     const QString command = positional.first();
-    const bool needsRule = command == QLatin1String("show") || command == QLatin1String("edit") || command == QLatin1String("remove")
-        || command == QLatin1String("enable") || command == QLatin1String("disable") || command == QLatin1String("duplicate")
+    const bool needsRule = command == QLatin1String("show") || command == QLatin1String("edit")
+        || command == QLatin1String("remove") || command == QLatin1String("enable")
+        || command == QLatin1String("disable") || command == QLatin1String("duplicate")
         || command == QLatin1String("run-now");
     if (positional.size() != (needsRule ? 2 : 1)) {
-        Cli::err(needsRule ? QStringLiteral("rules %1: name one rule").arg(command)
-                           : QStringLiteral("rules %1: unexpected argument '%2'").arg(command, Cli::printable(positional.last())));
+        Cli::err(
+            needsRule
+                ? QStringLiteral("rules %1: name one rule").arg(command)
+                : QStringLiteral("rules %1: unexpected argument '%2'").arg(command, Cli::printable(positional.last())));
         return kExitUsage;
     }
     const bool editing = command == QLatin1String("add") || command == QLatin1String("edit");
-    if (!editing && (parser.isSet(whenOption) || parser.isSet(doOption) || parser.isSet(modeOption) || parser.isSet(nameOption)
-                     || parser.isSet(disabledOption))) {
-        Cli::err(QStringLiteral("rules %1: --when, --do, --mode, --name and --disabled belong to add and edit").arg(command));
+    if (!editing
+        && (parser.isSet(whenOption) || parser.isSet(doOption) || parser.isSet(modeOption) || parser.isSet(nameOption)
+            || parser.isSet(disabledOption))) {
+        Cli::err(QStringLiteral("rules %1: --when, --do, --mode, --name and --disabled belong to add and edit")
+                     .arg(command));
         return kExitUsage;
     }
 
@@ -303,7 +324,8 @@ int RulesCommand::run(const QStringList &arguments)
         }
         const QString path = parser.value(jsonFileOption);
         QFile file;
-        const bool opened = path == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly) : (file.setFileName(path), file.open(QIODevice::ReadOnly));
+        const bool opened = path == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly)
+                                                       : (file.setFileName(path), file.open(QIODevice::ReadOnly));
         if (!opened) {
             Cli::err(QStringLiteral("cannot read %1: %2").arg(Cli::printable(path), file.errorString()));
             return kExitFailure;
@@ -311,7 +333,8 @@ int RulesCommand::run(const QStringList &arguments)
         QJsonParseError parseError;
         const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
         if (!document.isObject()) {
-            Cli::err(QStringLiteral("%1 does not hold a rule object: %2").arg(Cli::printable(path), parseError.errorString()));
+            Cli::err(QStringLiteral("%1 does not hold a rule object: %2")
+                         .arg(Cli::printable(path), parseError.errorString()));
             return kExitUsage;
         }
         fromFile = document.object();
@@ -389,7 +412,9 @@ int RulesCommand::run(const QStringList &arguments)
             Cli::out(QStringLiteral("running: %1\nrules: %2\nlast evaluation: %3\nfile: %4\n")
                          .arg(s[QStringLiteral("running")].toBool() ? QStringLiteral("yes") : QStringLiteral("no"))
                          .arg(s[QStringLiteral("ruleCount")].toInt())
-                         .arg(s[QStringLiteral("lastEvaluationTime")].isString() ? text(s[QStringLiteral("lastEvaluationTime")]) : QStringLiteral("never"),
+                         .arg(s[QStringLiteral("lastEvaluationTime")].isString()
+                                  ? text(s[QStringLiteral("lastEvaluationTime")])
+                                  : QStringLiteral("never"),
                               text(s[QStringLiteral("file")])));
             return kExitOk;
         }
@@ -401,7 +426,8 @@ int RulesCommand::run(const QStringList &arguments)
         for (qsizetype i = entries.size() - 1; i >= 0; --i) { // oldest first, like the event log
             const QJsonObject e = entries.at(i).toObject();
             out += QStringLiteral("%1  %2  %3\n")
-                       .arg(QDateTime::fromString(e[QStringLiteral("timestamp")].toString(), Qt::ISODateWithMs).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),
+                       .arg(QDateTime::fromString(e[QStringLiteral("timestamp")].toString(), Qt::ISODateWithMs)
+                                .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),
                             e[QStringLiteral("type")].toString().leftJustified(7), text(e[QStringLiteral("message")]));
         }
         Cli::out(out.isEmpty() ? QStringLiteral("No rule activity.\n") : out);
@@ -414,9 +440,9 @@ int RulesCommand::run(const QStringList &arguments)
         reply.waitForFinished();
         if (failed(reply))
             return kExitFailure;
-        Cli::out(command == QLatin1String("start")  ? QStringLiteral("Rule engine running\n")
-                 : command == QLatin1String("stop") ? QStringLiteral("Rule engine stopped\n")
-                                                    : QStringLiteral("Example rules added\n"));
+        Cli::out(command == QLatin1String("start")      ? QStringLiteral("Rule engine running\n")
+                     : command == QLatin1String("stop") ? QStringLiteral("Rule engine stopped\n")
+                                                        : QStringLiteral("Example rules added\n"));
         return kExitOk;
     }
     if (command == QLatin1String("add")) {
@@ -452,7 +478,8 @@ int RulesCommand::run(const QStringList &arguments)
         reply.waitForFinished();
         if (failed(reply))
             return kExitFailure;
-        Cli::out(json ? reply.value() + QLatin1Char('\n') : ruleDetails(QJsonDocument::fromJson(reply.value().toUtf8()).object()));
+        Cli::out(json ? reply.value() + QLatin1Char('\n')
+                      : ruleDetails(QJsonDocument::fromJson(reply.value().toUtf8()).object()));
         return kExitOk;
     }
     if (command == QLatin1String("edit")) {
@@ -494,9 +521,9 @@ int RulesCommand::run(const QStringList &arguments)
         return kExitOk;
     }
     QDBusPendingReply<> reply = command == QLatin1String("remove") ? proxy.RemoveRule(id)
-        : command == QLatin1String("enable")                      ? proxy.SetRuleEnabled(id, true)
-        : command == QLatin1String("disable")                     ? proxy.SetRuleEnabled(id, false)
-                                                                  : proxy.RunRule(id);
+        : command == QLatin1String("enable")                       ? proxy.SetRuleEnabled(id, true)
+        : command == QLatin1String("disable")                      ? proxy.SetRuleEnabled(id, false)
+                                                                   : proxy.RunRule(id);
     reply.waitForFinished();
     if (failed(reply))
         return kExitFailure;

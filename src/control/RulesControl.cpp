@@ -1,12 +1,11 @@
 #include "RulesControl.h"
 
+#include "RulesAdaptor.h" // generated from io.tarnwell.Tarnwell.Rules1.xml
 #include "control/ControlNames.h"
 #include "control/RulesNames.h"
 #include "core/MountEngine.h"
 #include "rules/RuleEngine.h"
 #include "rules/RuleJsonUtil.h"
-
-#include "RulesAdaptor.h" // generated from io.tarnwell.Tarnwell.Rules1.xml
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -45,7 +44,7 @@ QJsonObject withDefaults(QJsonObject object)
     fill(QStringLiteral("conditions"), QJsonArray());
     fill(QStringLiteral("actions"), QJsonArray());
     fill(QStringLiteral("triggerCount"), 0);
-    for (const QString &listKey : {QStringLiteral("conditions"), QStringLiteral("actions")}) {
+    for (const QString &listKey : { QStringLiteral("conditions"), QStringLiteral("actions") }) {
         QJsonArray items = object.value(listKey).toArray();
         for (qsizetype i = 0; i < items.size(); ++i) {
             QJsonObject item = items.at(i).toObject();
@@ -94,14 +93,14 @@ bool RulesControl::checkSaved(bool saved)
         succeed();
         return true;
     }
-    return fail({ControlNames::kErrorFailed,
-                 QStringLiteral("The change was made but could not be saved: ") + m_rules.lastSaveError()});
+    return fail({ ControlNames::kErrorFailed,
+                  QStringLiteral("The change was made but could not be saved: ") + m_rules.lastSaveError() });
 }
 
 std::optional<Rule> RulesControl::parseRule(const QString &json, Error *error) const
 {
     auto invalid = [error](const QString &text) -> std::optional<Rule> {
-        *error = {ControlNames::kErrorInvalidArgument, text};
+        *error = { ControlNames::kErrorInvalidArgument, text };
         return std::nullopt;
     };
     QJsonParseError parseError;
@@ -139,7 +138,8 @@ std::optional<Rule> RulesControl::parseRule(const QString &json, Error *error) c
             const QStringList items = c.parameter(RuleCondition::kDays).split(QLatin1Char(','));
             for (const QString &item : items) {
                 if (RuleCondition::parseDays(item).isEmpty())
-                    return invalid(QStringLiteral("Unknown day '%1': use Sun, Mon, ... Sat or full day names").arg(item.trimmed()));
+                    return invalid(QStringLiteral("Unknown day '%1': use Sun, Mon, ... Sat or full day names")
+                                       .arg(item.trimmed()));
             }
             break;
         }
@@ -151,8 +151,8 @@ std::optional<Rule> RulesControl::parseRule(const QString &json, Error *error) c
         case RuleCondition::Type::volumeMounted:
         case RuleCondition::Type::volumeNotMounted:
             if (!shareExists(c.parameter(RuleCondition::kVolumeId))) {
-                *error = {ControlNames::kErrorUnknownShare,
-                          QStringLiteral("No share with ID '%1'").arg(c.parameter(RuleCondition::kVolumeId))};
+                *error = { ControlNames::kErrorUnknownShare,
+                           QStringLiteral("No share with ID '%1'").arg(c.parameter(RuleCondition::kVolumeId)) };
                 return std::nullopt;
             }
             break;
@@ -166,8 +166,8 @@ std::optional<Rule> RulesControl::parseRule(const QString &json, Error *error) c
         case RuleAction::Type::mountVolume:
         case RuleAction::Type::unmountVolume:
             if (!shareExists(a.parameter(RuleAction::kVolumeId))) {
-                *error = {ControlNames::kErrorUnknownShare,
-                          QStringLiteral("No share with ID '%1'").arg(a.parameter(RuleAction::kVolumeId))};
+                *error = { ControlNames::kErrorUnknownShare,
+                           QStringLiteral("No share with ID '%1'").arg(a.parameter(RuleAction::kVolumeId)) };
                 return std::nullopt;
             }
             break;
@@ -182,7 +182,8 @@ std::optional<Rule> RulesControl::parseRule(const QString &json, Error *error) c
             break;
         case RuleAction::Type::delay:
             if (!RuleAction::parseSeconds(a.parameter(RuleAction::kSeconds)))
-                return invalid(QStringLiteral("Invalid delay '%1': give a number of seconds").arg(a.parameter(RuleAction::kSeconds)));
+                return invalid(QStringLiteral("Invalid delay '%1': give a number of seconds")
+                                   .arg(a.parameter(RuleAction::kSeconds)));
             break;
         default:
             break;
@@ -206,16 +207,16 @@ QString RulesControl::resolve(const QString &query, Error *error) const
         else if (rule.name.compare(wanted, Qt::CaseInsensitive) == 0)
             byNameCase << id;
     }
-    for (const QStringList &matches : {byPrefix, byName, byNameCase}) {
+    for (const QStringList &matches : { byPrefix, byName, byNameCase }) {
         if (matches.size() == 1)
             return matches.first();
         if (matches.size() > 1) {
-            *error = {RulesNames::kErrorAmbiguousRule,
-                      QStringLiteral("'%1' names several rules: %2").arg(wanted, matches.join(QStringLiteral(", ")))};
+            *error = { RulesNames::kErrorAmbiguousRule,
+                       QStringLiteral("'%1' names several rules: %2").arg(wanted, matches.join(QStringLiteral(", "))) };
             return {};
         }
     }
-    *error = {RulesNames::kErrorUnknownRule, QStringLiteral("No rule '%1'").arg(wanted)};
+    *error = { RulesNames::kErrorUnknownRule, QStringLiteral("No rule '%1'").arg(wanted) };
     return {};
 }
 
@@ -223,7 +224,7 @@ const Rule *RulesControl::find(const QString &id)
 {
     const Rule *rule = m_rules.rule(QUuid::fromString(id));
     if (!rule)
-        fail({RulesNames::kErrorUnknownRule, QStringLiteral("No rule with id '%1'").arg(id)});
+        fail({ RulesNames::kErrorUnknownRule, QStringLiteral("No rule with id '%1'").arg(id) });
     return rule;
 }
 
@@ -266,7 +267,8 @@ QString RulesControl::AddRule(const QString &json)
         return {};
     }
     if (m_rules.rule(rule->id)) {
-        fail({ControlNames::kErrorDuplicate, QStringLiteral("A rule with id '%1' exists already").arg(RuleJsonUtil::uuidText(rule->id))});
+        fail({ ControlNames::kErrorDuplicate,
+               QStringLiteral("A rule with id '%1' exists already").arg(RuleJsonUtil::uuidText(rule->id)) });
         return {};
     }
     checkSaved(m_rules.addRule(*rule));
@@ -338,14 +340,14 @@ void RulesControl::Stop()
 QString RulesControl::GetActivity()
 {
     succeed();
-    static const char *const kTypes[] = {"info", "success", "warning", "error"};
+    static const char *const kTypes[] = { "info", "success", "warning", "error" };
     QJsonArray array;
     for (const RuleEngine::RuleActivity &activity : m_rules.recentActivity()) {
-        array.append(QJsonObject{
-            {QStringLiteral("timestamp"), activity.timestamp.toString(Qt::ISODateWithMs)},
-            {QStringLiteral("message"), activity.message},
-            {QStringLiteral("type"), QString::fromLatin1(kTypes[int(activity.type)])},
-            {QStringLiteral("ruleName"), activity.ruleName ? QJsonValue(*activity.ruleName) : QJsonValue()},
+        array.append(QJsonObject {
+            { QStringLiteral("timestamp"), activity.timestamp.toString(Qt::ISODateWithMs) },
+            { QStringLiteral("message"), activity.message },
+            { QStringLiteral("type"), QString::fromLatin1(kTypes[int(activity.type)]) },
+            { QStringLiteral("ruleName"), activity.ruleName ? QJsonValue(*activity.ruleName) : QJsonValue() },
         });
     }
     return compact(array);
@@ -355,10 +357,10 @@ QString RulesControl::GetStatus()
 {
     succeed();
     const auto last = m_rules.lastEvaluationTime();
-    return compact(QJsonObject{
-        {QStringLiteral("running"), m_rules.isRunning()},
-        {QStringLiteral("lastEvaluationTime"), last ? QJsonValue(last->toString(Qt::ISODate)) : QJsonValue()},
-        {QStringLiteral("ruleCount"), int(m_rules.rules().size())},
-        {QStringLiteral("file"), m_rules.filePath()},
+    return compact(QJsonObject {
+        { QStringLiteral("running"), m_rules.isRunning() },
+        { QStringLiteral("lastEvaluationTime"), last ? QJsonValue(last->toString(Qt::ISODate)) : QJsonValue() },
+        { QStringLiteral("ruleCount"), int(m_rules.rules().size()) },
+        { QStringLiteral("file"), m_rules.filePath() },
     });
 }

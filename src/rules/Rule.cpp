@@ -73,14 +73,14 @@ QJsonObject Rule::toJson() const
     QJsonArray actionArray;
     for (const RuleAction &action : actions)
         actionArray.append(action.toJson());
-    QJsonObject object{
-        {QStringLiteral("id"), RuleJsonUtil::uuidText(id)},
-        {QStringLiteral("name"), name},
-        {QStringLiteral("isEnabled"), isEnabled},
-        {QStringLiteral("conditions"), conditionArray},
-        {QStringLiteral("conditionMode"), modeRawValue(conditionMode)},
-        {QStringLiteral("actions"), actionArray},
-        {QStringLiteral("triggerCount"), triggerCount},
+    QJsonObject object {
+        { QStringLiteral("id"), RuleJsonUtil::uuidText(id) },
+        { QStringLiteral("name"), name },
+        { QStringLiteral("isEnabled"), isEnabled },
+        { QStringLiteral("conditions"), conditionArray },
+        { QStringLiteral("conditionMode"), modeRawValue(conditionMode) },
+        { QStringLiteral("actions"), actionArray },
+        { QStringLiteral("triggerCount"), triggerCount },
     };
     if (lastTriggered)
         object.insert(QStringLiteral("lastTriggered"), toReferenceSeconds(*lastTriggered));
@@ -175,7 +175,9 @@ std::optional<QList<Rule>> Rule::decodeList(const QByteArray &data, QString *err
         const auto rule = value.isObject() ? fromJson(value.toObject(), &why) : std::nullopt;
         if (!rule) {
             if (error)
-                *error = QStringLiteral("rule %1: %2").arg(index).arg(why.isEmpty() ? QStringLiteral("not an object") : why);
+                *error = QStringLiteral("rule %1: %2")
+                             .arg(index)
+                             .arg(why.isEmpty() ? QStringLiteral("not an object") : why);
             return std::nullopt;
         }
         rules.append(*rule);

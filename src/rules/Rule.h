@@ -31,7 +31,7 @@ public:
     std::optional<QDateTime> lastTriggered;
     qint64 triggerCount = 0;
 
-    static QString modeRawValue(ConditionMode mode);  // "all" / "any"
+    static QString modeRawValue(ConditionMode mode); // "all" / "any"
     static QString modeDisplayName(ConditionMode mode); // "All conditions must be true", ...
     static std::optional<ConditionMode> modeFromRawValue(const QString &raw);
 

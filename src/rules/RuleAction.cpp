@@ -36,17 +36,17 @@ struct TypeInfo
     const char *keys;
 };
 
-const std::array<TypeInfo, 9> kTypes{{
-    {RuleAction::Type::mountVolume, "Mount Volume", "volumeId"},
-    {RuleAction::Type::unmountVolume, "Unmount Volume", "volumeId"},
-    {RuleAction::Type::mountAll, "Mount All Volumes", ""},
-    {RuleAction::Type::unmountAll, "Unmount All Volumes", ""},
-    {RuleAction::Type::mountGroup, "Mount Group", "group"},
-    {RuleAction::Type::unmountGroup, "Unmount Group", "group"},
-    {RuleAction::Type::runScript, "Run Script", "scriptPath"},
-    {RuleAction::Type::showNotification, "Show Notification", "title,message"},
-    {RuleAction::Type::delay, "Wait/Delay", "seconds"},
-}};
+const std::array<TypeInfo, 9> kTypes { {
+    { RuleAction::Type::mountVolume, "Mount Volume", "volumeId" },
+    { RuleAction::Type::unmountVolume, "Unmount Volume", "volumeId" },
+    { RuleAction::Type::mountAll, "Mount All Volumes", "" },
+    { RuleAction::Type::unmountAll, "Unmount All Volumes", "" },
+    { RuleAction::Type::mountGroup, "Mount Group", "group" },
+    { RuleAction::Type::unmountGroup, "Unmount Group", "group" },
+    { RuleAction::Type::runScript, "Run Script", "scriptPath" },
+    { RuleAction::Type::showNotification, "Show Notification", "title,message" },
+    { RuleAction::Type::delay, "Wait/Delay", "seconds" },
+} };
 
 const RuleVolume *findVolume(const QList<RuleVolume> &volumes, const QString &idText)
 {
@@ -190,7 +190,7 @@ void RuleAction::execute(const RuleActionEnvironment &env) const
         }
         ProcessLauncher::Request request;
         request.program = env.shell;
-        request.arguments = {QStringLiteral("-c"), path};
+        request.arguments = { QStringLiteral("-c"), path };
         request.mergeOutput = true;
         request.timeoutMs = env.scriptTimeoutMs;
         const ProcessLauncher::Result result = env.launcher->run(request);
@@ -234,9 +234,9 @@ void RuleAction::execute(const RuleActionEnvironment &env) const
 
 QJsonObject RuleAction::toJson() const
 {
-    return QJsonObject{{QStringLiteral("id"), RuleJsonUtil::uuidText(id)},
-                       {QStringLiteral("type"), rawValue(type)},
-                       {QStringLiteral("parameters"), RuleJsonUtil::parametersToJson(parameters)}};
+    return QJsonObject { { QStringLiteral("id"), RuleJsonUtil::uuidText(id) },
+                         { QStringLiteral("type"), rawValue(type) },
+                         { QStringLiteral("parameters"), RuleJsonUtil::parametersToJson(parameters) } };
 }
 
 std::optional<RuleAction> RuleAction::fromJson(const QJsonObject &object, QString *error)

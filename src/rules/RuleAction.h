@@ -29,7 +29,7 @@ struct RuleActionEnvironment
     std::function<void(qint64 id)> eject;
     std::function<void(const QString &title, const QString &body)> notify;
     ProcessLauncher *launcher = nullptr; // scripts; none: the script cannot start
-    QString shell;                       // zsh when installed, else /bin/sh
+    QString shell; // zsh when installed, else /bin/sh
     int scriptTimeoutMs = 10 * 60 * 1000;
     // Blocks for `seconds`; returns early when the engine is going away.
     std::function<void(double seconds)> wait;

@@ -13,20 +13,20 @@ struct TypeInfo
     const char *key;
 };
 
-const std::array<TypeInfo, 12> kTypes{{
-    {RuleCondition::Type::wifiConnected, "WiFi Connected", "ssid"},
-    {RuleCondition::Type::wifiDisconnected, "WiFi Disconnected", "ssid"},
-    {RuleCondition::Type::timeWindow, "Time Window", "timeRange"},
-    {RuleCondition::Type::dayOfWeek, "Day of Week", "days"},
-    {RuleCondition::Type::appRunning, "App Running", "app"},
-    {RuleCondition::Type::appNotRunning, "App Not Running", "app"},
-    {RuleCondition::Type::onPower, "On AC Power", ""},
-    {RuleCondition::Type::onBattery, "On Battery", ""},
-    {RuleCondition::Type::vpnConnected, "VPN Connected", ""},
-    {RuleCondition::Type::vpnDisconnected, "VPN Disconnected", ""},
-    {RuleCondition::Type::volumeMounted, "Volume Mounted", "volumeId"},
-    {RuleCondition::Type::volumeNotMounted, "Volume Not Mounted", "volumeId"},
-}};
+const std::array<TypeInfo, 12> kTypes { {
+    { RuleCondition::Type::wifiConnected, "WiFi Connected", "ssid" },
+    { RuleCondition::Type::wifiDisconnected, "WiFi Disconnected", "ssid" },
+    { RuleCondition::Type::timeWindow, "Time Window", "timeRange" },
+    { RuleCondition::Type::dayOfWeek, "Day of Week", "days" },
+    { RuleCondition::Type::appRunning, "App Running", "app" },
+    { RuleCondition::Type::appNotRunning, "App Not Running", "app" },
+    { RuleCondition::Type::onPower, "On AC Power", "" },
+    { RuleCondition::Type::onBattery, "On Battery", "" },
+    { RuleCondition::Type::vpnConnected, "VPN Connected", "" },
+    { RuleCondition::Type::vpnDisconnected, "VPN Disconnected", "" },
+    { RuleCondition::Type::volumeMounted, "Volume Mounted", "volumeId" },
+    { RuleCondition::Type::volumeNotMounted, "Volume Not Mounted", "volumeId" },
+} };
 
 const TypeInfo &info(RuleCondition::Type type)
 {
@@ -142,10 +142,22 @@ std::optional<std::pair<int, int>> RuleCondition::parseTimeRange(const QString &
 
 QList<int> RuleCondition::parseDays(const QString &text)
 {
-    static const std::array<std::pair<const char *, int>, 14> names{{
-        {"sun", 1}, {"sunday", 1}, {"mon", 2}, {"monday", 2}, {"tue", 3}, {"tuesday", 3}, {"wed", 4},
-        {"wednesday", 4}, {"thu", 5}, {"thursday", 5}, {"fri", 6}, {"friday", 6}, {"sat", 7}, {"saturday", 7},
-    }};
+    static const std::array<std::pair<const char *, int>, 14> names { {
+        { "sun", 1 },
+        { "sunday", 1 },
+        { "mon", 2 },
+        { "monday", 2 },
+        { "tue", 3 },
+        { "tuesday", 3 },
+        { "wed", 4 },
+        { "wednesday", 4 },
+        { "thu", 5 },
+        { "thursday", 5 },
+        { "fri", 6 },
+        { "friday", 6 },
+        { "sat", 7 },
+        { "saturday", 7 },
+    } };
     QList<int> days;
     for (const QString &item : text.split(QLatin1Char(','))) {
         const QString name = item.trimmed().toLower();
@@ -188,10 +200,10 @@ bool RuleCondition::test(const RuleContext &context) const
         return parseDays(parameter(kDays)).contains(context.currentWeekday);
     case Type::appRunning:
     case Type::appNotRunning: {
-        const QString app = parameter(kApp).toLower();
+        const QString app = parameter(kApp);
         bool running = false;
         for (const QString &name : context.runningApps) {
-            if (name.toLower().contains(app)) {
+            if (name.contains(app, Qt::CaseInsensitive)) {
                 running = true;
                 break;
             }
@@ -216,9 +228,9 @@ bool RuleCondition::test(const RuleContext &context) const
 
 QJsonObject RuleCondition::toJson() const
 {
-    return QJsonObject{{QStringLiteral("id"), RuleJsonUtil::uuidText(id)},
-                       {QStringLiteral("type"), rawValue(type)},
-                       {QStringLiteral("parameters"), RuleJsonUtil::parametersToJson(parameters)}};
+    return QJsonObject { { QStringLiteral("id"), RuleJsonUtil::uuidText(id) },
+                         { QStringLiteral("type"), rawValue(type) },
+                         { QStringLiteral("parameters"), RuleJsonUtil::parametersToJson(parameters) } };
 }
 
 std::optional<RuleCondition> RuleCondition::fromJson(const QJsonObject &object, QString *error)

@@ -13,12 +13,12 @@ struct RuleContext
     std::optional<QString> currentSSID; // absent when not on Wi-Fi
     QDateTime currentTime;
     int currentWeekday = 1; // 1 = Sunday ... 7 = Saturday
-    int currentHour = 0;    // 0-23, local time
-    int currentMinute = 0;  // 0-59
+    int currentHour = 0; // 0-23, local time
+    int currentMinute = 0; // 0-59
     bool isOnPower = true;
     QStringList runningApps;
     std::optional<QString> connectedVPN; // first VPN-like interface or connection, absent if none
-    QStringList mountedVolumes;          // decimal internal_ID_Int of the mounted records
+    QStringList mountedVolumes; // decimal internal_ID_Int of the mounted records
 
     // Fills the clock fields from a local date and time (weekday numbering with Sunday = 1).
     void setTime(const QDateTime &now)

@@ -18,10 +18,11 @@
 #include <QPointer>
 #include <QWaitCondition>
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <unistd.h>
 
 namespace {
 const QString kEvaluating = QStringLiteral("🔍 [RULES] Evaluating rules (trigger: %1)");
@@ -60,7 +61,7 @@ RuleAction notification(const QString &message)
 {
     RuleAction a;
     a.type = RuleAction::Type::showNotification;
-    a.parameters = {{RuleAction::kMessage, message}, {RuleAction::kTitle, RuleAction::kDefaultTitle}};
+    a.parameters = { { RuleAction::kMessage, message }, { RuleAction::kTitle, RuleAction::kDefaultTitle } };
     return a;
 }
 } // namespace
@@ -91,7 +92,7 @@ RuleEngine::RuleEngine(const RuleEngineDependencies &dependencies, QObject *pare
     : QObject(parent)
     , m_deps(dependencies)
     , m_filePath(dependencies.rulesFile.isEmpty() ? Paths::appSupportDir() + QLatin1Char('/') + kFileName
-                                                   : dependencies.rulesFile)
+                                                  : dependencies.rulesFile)
     , m_shell(dependencies.shell.isEmpty() ? ScriptRunner::shell() : dependencies.shell)
     , m_cancellation(std::make_shared<Cancellation>())
 {
@@ -254,16 +255,30 @@ void RuleEngine::execute(const Rule &rule)
     const QPointer<RuleEngine> self(this);
     // Mount engine and notifier live on the main thread: the worker hands these calls over.
     env.mount = [self](qint64 id) {
-        QMetaObject::invokeMethod(self.data(), [self, id] { if (self && self->m_deps.mount) self->m_deps.mount(id); },
-                                  Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            self.data(),
+            [self, id] {
+                if (self && self->m_deps.mount)
+                    self->m_deps.mount(id);
+            },
+            Qt::QueuedConnection);
     };
     env.eject = [self](qint64 id) {
-        QMetaObject::invokeMethod(self.data(), [self, id] { if (self && self->m_deps.eject) self->m_deps.eject(id); },
-                                  Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            self.data(),
+            [self, id] {
+                if (self && self->m_deps.eject)
+                    self->m_deps.eject(id);
+            },
+            Qt::QueuedConnection);
     };
     env.notify = [self](const QString &title, const QString &body) {
         QMetaObject::invokeMethod(
-            self.data(), [self, title, body] { if (self && self->m_deps.notifier) self->m_deps.notifier->notify(title, body); },
+            self.data(),
+            [self, title, body] {
+                if (self && self->m_deps.notifier)
+                    self->m_deps.notifier->notify(title, body);
+            },
             Qt::QueuedConnection);
     };
     env.launcher = m_deps.launcher;
@@ -278,7 +293,13 @@ void RuleEngine::execute(const Rule &rule)
         Console::line(kExecuting + name);
         for (const RuleAction &action : actions)
             action.execute(env);
-        QMetaObject::invokeMethod(self.data(), [self, id] { if (self) self->finishExecution(id); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            self.data(),
+            [self, id] {
+                if (self)
+                    self->finishExecution(id);
+            },
+            Qt::QueuedConnection);
     });
 }
 
@@ -386,20 +407,23 @@ bool RuleEngine::addExampleRules()
 {
     Rule work;
     work.name = QStringLiteral("Work Network");
-    work.conditions = {condition(RuleCondition::Type::wifiConnected, RuleCondition::kSsid, QStringLiteral("CorpNetwork"))};
-    work.actions = {notification(QStringLiteral("Connected to work network"))};
+    work.conditions
+        = { condition(RuleCondition::Type::wifiConnected, RuleCondition::kSsid, QStringLiteral("CorpNetwork")) };
+    work.actions = { notification(QStringLiteral("Connected to work network")) };
 
     Rule video;
     video.name = QStringLiteral("Video Editing");
-    video.conditions = {condition(RuleCondition::Type::appRunning, RuleCondition::kApp, QStringLiteral("Final Cut Pro"))};
-    video.actions = {notification(QStringLiteral("Final Cut Pro detected - ready to mount media"))};
+    video.conditions
+        = { condition(RuleCondition::Type::appRunning, RuleCondition::kApp, QStringLiteral("Final Cut Pro")) };
+    video.actions = { notification(QStringLiteral("Final Cut Pro detected - ready to mount media")) };
 
     Rule hours;
     hours.name = QStringLiteral("Business Hours");
-    hours.conditions = {
-        condition(RuleCondition::Type::timeWindow, RuleCondition::kTimeRange, QStringLiteral("09:00") + QStringLiteral("-") + QStringLiteral("17:00")),
-        condition(RuleCondition::Type::dayOfWeek, RuleCondition::kDays, QStringLiteral("Mon,Tue,Wed,Thu,Fri"))};
-    hours.actions = {notification(QStringLiteral("Business hours active"))};
+    hours.conditions
+        = { condition(RuleCondition::Type::timeWindow, RuleCondition::kTimeRange,
+                      QStringLiteral("09:00") + QStringLiteral("-") + QStringLiteral("17:00")),
+            condition(RuleCondition::Type::dayOfWeek, RuleCondition::kDays, QStringLiteral("Mon,Tue,Wed,Thu,Fri")) };
+    hours.actions = { notification(QStringLiteral("Business hours active")) };
 
     m_rules << work << video << hours;
     const bool saved = saveRules();
@@ -411,7 +435,7 @@ bool RuleEngine::addExampleRules()
 void RuleEngine::logActivity(const QString &message, RuleActivity::ActivityType type,
                              const std::optional<QString> &ruleName)
 {
-    m_activity.prepend(RuleActivity{QUuid::createUuid(), m_deps.clock->now(), message, type, ruleName});
+    m_activity.prepend(RuleActivity { QUuid::createUuid(), m_deps.clock->now(), message, type, ruleName });
     while (m_activity.size() > kMaxActivityHistory)
         m_activity.removeLast();
     Q_EMIT activityChanged();
@@ -477,8 +501,8 @@ void RuleEngine::loadRules()
     if (!rules) {
         Console::line(kLoadFailed + error);
         // Kept aside so that the next save cannot destroy what the user may still want back.
-        const QString aside =
-            m_filePath + QStringLiteral(".corrupt-") + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+        const QString aside = m_filePath + QStringLiteral(".corrupt-")
+            + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
         if (QFile::rename(m_filePath, aside))
             Console::line(kKeptAside + aside);
         else

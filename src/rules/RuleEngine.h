@@ -42,7 +42,7 @@ struct RuleEngineDependencies
     std::function<void(qint64 id)> mount;
     std::function<void(qint64 id)> eject;
     QString rulesFile; // empty: $XDG_DATA_HOME/Tarnwell/rules.json
-    QString shell;     // empty: zsh when installed, else /bin/sh
+    QString shell; // empty: zsh when installed, else /bin/sh
 };
 
 // The user's rules, kept on disk, evaluated against a snapshot of the machine at every trigger (the 30 s

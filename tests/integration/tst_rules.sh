@@ -84,6 +84,21 @@ run_ctl 0 add "smb://$TW_SMB_HOST:$TW_SMB_PORT/$TW_SMB_GUEST_SHARE" --nickname "
 share_id=$(sed -n 's/^Added share \([0-9]*\):.*/\1/p' <<<"$out")
 [ -n "$share_id" ] || fail "no share ID in: $out"
 
+step "the served rules interface is the checked-in description"
+timeout 20 gdbus introspect --session --xml --dest io.tarnwell.Tarnwell --object-path /io/tarnwell/Tarnwell/Rules \
+  >"$work/served.xml" || fail "introspection failed"
+python3 - "$work/served.xml" "$TW_SOURCE_DIR/src/control/io.tarnwell.Tarnwell.Rules1.xml" <<'PY' || fail "interface drift"
+import sys, xml.etree.ElementTree as ET
+def members(path):
+    iface = next(i for i in ET.parse(path).getroot().iter("interface") if i.get("name") == "io.tarnwell.Tarnwell.Rules1")
+    def args(m):  # signal arguments have no direction; a method's default to "in"
+        return tuple((a.get("type"), a.get("direction", "in") if m.tag == "method" else "") for a in m.iter("arg"))
+    return {(m.tag, m.get("name"), args(m), m.get("type"), m.get("access"))
+            for m in iface if m.tag in ("method", "signal", "property")}
+served, described = members(sys.argv[1]), members(sys.argv[2])
+assert served == described, ("served only:", served - described, "described only:", described - served)
+PY
+
 step "bad input is refused and nothing is stored"
 run_ctl 2 rules add --name Bad --when moon=full --do mount="$share_id"; expect_err "Unknown condition 'moon'"
 run_ctl 2 rules add --name Bad --when time=9-17 --do mount="$share_id"; expect_err "Malformed time range '9-17'"

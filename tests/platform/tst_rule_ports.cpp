@@ -28,11 +28,16 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("exec");
         QTest::addColumn<QString>("program");
-        QTest::newRow("plain") << "firefox-esr %u" << "firefox-esr";
-        QTest::newRow("absolute") << "/usr/lib/libreoffice/program/soffice --writer %U" << "soffice";
-        QTest::newRow("quoted with space") << "\"/opt/My App/bin/myapp\" --x" << "myapp";
-        QTest::newRow("env prefix") << "env GDK_BACKEND=x11 BAMF=1 /usr/bin/code --new-window" << "code";
-        QTest::newRow("empty") << "" << "";
+        QTest::newRow("plain") << "firefox-esr %u"
+                               << "firefox-esr";
+        QTest::newRow("absolute") << "/usr/lib/libreoffice/program/soffice --writer %U"
+                                  << "soffice";
+        QTest::newRow("quoted with space") << "\"/opt/My App/bin/myapp\" --x"
+                                           << "myapp";
+        QTest::newRow("env prefix") << "env GDK_BACKEND=x11 BAMF=1 /usr/bin/code --new-window"
+                                    << "code";
+        QTest::newRow("empty") << ""
+                               << "";
     }
     void execProgram()
     {
@@ -45,17 +50,24 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("names"); // space-separated
         QTest::addColumn<QString>("vpn"); // empty: none
-        QTest::newRow("none") << "lo eth0 wlan0" << "";
-        QTest::newRow("first in order") << "lo wg0 tun1" << "wg0";
-        QTest::newRow("every prefix") << "eth0 ipsec0" << "ipsec0";
-        QTest::newRow("tap") << "tap3" << "tap3";
-        QTest::newRow("prefix only at the start") << "vethwg0 mytun" << "";
+        QTest::newRow("none") << "lo eth0 wlan0"
+                              << "";
+        QTest::newRow("first in order") << "lo wg0 tun1"
+                                        << "wg0";
+        QTest::newRow("every prefix") << "eth0 ipsec0"
+                                      << "ipsec0";
+        QTest::newRow("tap") << "tap3"
+                             << "tap3";
+        QTest::newRow("prefix only at the start") << "vethwg0 mytun"
+                                                  << "";
     }
     void vpnInterfaces()
     {
         QFETCH(QString, names);
         QFETCH(QString, vpn);
-        QCOMPARE(LinuxVpnMonitor::firstVpnInterface(names.split(QLatin1Char(' '), Qt::SkipEmptyParts)).value_or(QString()), vpn);
+        QCOMPARE(
+            LinuxVpnMonitor::firstVpnInterface(names.split(QLatin1Char(' '), Qt::SkipEmptyParts)).value_or(QString()),
+            vpn);
     }
 
     void mainsSupply()
@@ -82,9 +94,11 @@ private Q_SLOTS:
         write(proc.filePath(QStringLiteral("self/comm")), "ignored\n");
         write(proc.filePath(QStringLiteral("200/comm")), "firefox-esr\n");
         write(apps.filePath(QStringLiteral("firefox-esr.desktop")),
-              "[Desktop Entry]\nName=Firefox ESR\nExec=/usr/lib/firefox-esr/firefox-esr %u\n[Desktop Action new]\nName=New Window\n");
-        write(apps.filePath(QStringLiteral("helper.desktop")), "[Desktop Entry]\nName=Helper\nExec=systemd\nNoDisplay=true\n");
-        ProcRunningApplications running(proc.path(), {apps.path()});
+              "[Desktop Entry]\nName=Firefox ESR\nExec=/usr/lib/firefox-esr/firefox-esr %u\n[Desktop Action "
+              "new]\nName=New Window\n");
+        write(apps.filePath(QStringLiteral("helper.desktop")),
+              "[Desktop Entry]\nName=Helper\nExec=systemd\nNoDisplay=true\n");
+        ProcRunningApplications running(proc.path(), { apps.path() });
         const QStringList names = running.names();
         QVERIFY(names.contains(QStringLiteral("Firefox ESR")));
         QVERIFY(names.contains(QStringLiteral("firefox-esr")));

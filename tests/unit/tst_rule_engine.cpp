@@ -74,14 +74,14 @@ struct Harness
     }
 
     QTemporaryDir dir;
-    FakeClock clock{QDateTime(QDate(2024, 6, 3), QTime(10, 0))};
-    FakeWifiNetwork wifi{QStringLiteral("Home")};
+    FakeClock clock { QDateTime(QDate(2024, 6, 3), QTime(10, 0)) };
+    FakeWifiNetwork wifi { QStringLiteral("Home") };
     FakeSleepMonitor sleep;
     FakePowerSource power;
     FakeRunningApplications apps;
     FakeVpnMonitor vpn;
     FakeDesktopNotifier notifier;
-    QList<RuleVolume> volumes{{1, QStringLiteral("Media"), {}, false}};
+    QList<RuleVolume> volumes { { 1, QStringLiteral("Media"), {}, false } };
     QList<qint64> mounted;
     RuleEngineDependencies deps;
     std::unique_ptr<RuleEngine> engine;
@@ -112,7 +112,7 @@ private Q_SLOTS:
         QCOMPARE(h.count(kTriggered), 2);
         QCOMPARE(h.count(QStringLiteral("🔋 [RULES] Power state changed")), 2);
         h.settle();
-        QCOMPARE(h.mounted, (QList<qint64>{1, 1}));
+        QCOMPARE(h.mounted, (QList<qint64> { 1, 1 }));
         QCOMPARE(h.engine->rule(rule.id)->triggerCount, 2);
         QVERIFY(h.engine->rule(rule.id)->lastTriggered);
     }
@@ -198,7 +198,7 @@ private Q_SLOTS:
             QCOMPARE(h.engine->recentActivity().first().type, RuleEngine::RuleActivity::ActivityType::warning);
             QVERIFY(h.engine->forceRun(copyId));
             h.settle();
-            QCOMPARE(h.mounted, QList<qint64>{1});
+            QCOMPARE(h.mounted, QList<qint64> { 1 });
             QVERIFY(!h.engine->triggeredState(copyId));
         }
         Harness h(file);
@@ -215,15 +215,24 @@ private Q_SLOTS:
         const QString file = dir.filePath(QStringLiteral("rules.json"));
         QFile f(file);
         QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","name":"r","isEnabled":true,"conditions":[],"conditionMode":"sometimes","actions":[],"triggerCount":0}])");
+        f.write(
+            R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","name":"r","isEnabled":true,"conditions":[],"conditionMode":"sometimes","actions":[],"triggerCount":0}])");
         f.close();
         Harness h(file);
         QVERIFY(h.engine->rules().isEmpty());
         QCOMPARE(h.count(QStringLiteral("❌ [RULES] Failed to load rules: ")), 1);
         QCOMPARE(h.count(QStringLiteral("⚠️ [RULES] Kept the unreadable rules file as: ")), 1);
-        QCOMPARE(QDir(dir.path()).entryList({QStringLiteral("rules.json.corrupt-*")}).size(), 1);
+        QCOMPARE(QDir(dir.path()).entryList({ QStringLiteral("rules.json.corrupt-*") }).size(), 1);
         h.addRule(QStringLiteral("new"), RuleCondition::Type::onPower);
-        QCOMPARE(Rule::decodeList([&] { QFile r(file); r.open(QIODevice::ReadOnly); return r.readAll(); }(), nullptr)->size(), 1);
+        QCOMPARE(Rule::decodeList(
+                     [&] {
+                         QFile r(file);
+                         r.open(QIODevice::ReadOnly);
+                         return r.readAll();
+                     }(),
+                     nullptr)
+                     ->size(),
+                 1);
     }
 
     void failedSaveIsReported()

@@ -119,18 +119,42 @@ private Q_SLOTS:
         QTest::addColumn<QString>("apps");
         QTest::addColumn<bool>("expected");
         using T = RuleCondition::Type;
-        QTest::newRow("ssid case-insensitive") << int(T::wifiConnected) << "corpnetwork" << "CorpNetwork" << "" << true;
-        QTest::newRow("ssid whole name only") << int(T::wifiConnected) << "Corp" << "CorpNetwork" << "" << false;
-        QTest::newRow("any network") << int(T::wifiConnected) << "" << "Home" << "" << true;
-        QTest::newRow("any network, Wi-Fi off") << int(T::wifiConnected) << "" << "-" << "" << false;
-        QTest::newRow("disconnected from named, other network") << int(T::wifiDisconnected) << "Office" << "Home" << "" << true;
-        QTest::newRow("disconnected from named, same network") << int(T::wifiDisconnected) << "office" << "Office" << "" << false;
-        QTest::newRow("disconnected from named, Wi-Fi off") << int(T::wifiDisconnected) << "Office" << "-" << "" << true;
-        QTest::newRow("disconnected, any, on Wi-Fi") << int(T::wifiDisconnected) << "" << "Office" << "" << false;
-        QTest::newRow("app substring") << int(T::appRunning) << "final cut" << "-" << "Mail,Final Cut Pro" << true;
-        QTest::newRow("app absent") << int(T::appRunning) << "final cut" << "-" << "Mail" << false;
-        QTest::newRow("app not running") << int(T::appNotRunning) << "Mail" << "-" << "Safari" << true;
-        QTest::newRow("app not running, is") << int(T::appNotRunning) << "mail" << "-" << "Mail" << false;
+        QTest::newRow("ssid case-insensitive") << int(T::wifiConnected) << "corpnetwork"
+                                               << "CorpNetwork"
+                                               << "" << true;
+        QTest::newRow("ssid whole name only") << int(T::wifiConnected) << "Corp"
+                                              << "CorpNetwork"
+                                              << "" << false;
+        QTest::newRow("any network") << int(T::wifiConnected) << ""
+                                     << "Home"
+                                     << "" << true;
+        QTest::newRow("any network, Wi-Fi off") << int(T::wifiConnected) << ""
+                                                << "-"
+                                                << "" << false;
+        QTest::newRow("disconnected from named, other network") << int(T::wifiDisconnected) << "Office"
+                                                                << "Home"
+                                                                << "" << true;
+        QTest::newRow("disconnected from named, same network") << int(T::wifiDisconnected) << "office"
+                                                               << "Office"
+                                                               << "" << false;
+        QTest::newRow("disconnected from named, Wi-Fi off") << int(T::wifiDisconnected) << "Office"
+                                                            << "-"
+                                                            << "" << true;
+        QTest::newRow("disconnected, any, on Wi-Fi") << int(T::wifiDisconnected) << ""
+                                                     << "Office"
+                                                     << "" << false;
+        QTest::newRow("app substring") << int(T::appRunning) << "final cut"
+                                       << "-"
+                                       << "Mail,Final Cut Pro" << true;
+        QTest::newRow("app absent") << int(T::appRunning) << "final cut"
+                                    << "-"
+                                    << "Mail" << false;
+        QTest::newRow("app not running") << int(T::appNotRunning) << "Mail"
+                                         << "-"
+                                         << "Safari" << true;
+        QTest::newRow("app not running, is") << int(T::appNotRunning) << "mail"
+                                             << "-"
+                                             << "Mail" << false;
     }
     void otherConditions()
     {
@@ -150,7 +174,7 @@ private Q_SLOTS:
     {
         RuleContext context;
         context.isOnPower = false;
-        context.mountedVolumes = {QStringLiteral("3")};
+        context.mountedVolumes = { QStringLiteral("3") };
         QVERIFY(!cond(RuleCondition::Type::onPower).test(context));
         QVERIFY(cond(RuleCondition::Type::onBattery).test(context));
         QVERIFY(cond(RuleCondition::Type::vpnDisconnected).test(context));
@@ -166,12 +190,18 @@ private Q_SLOTS:
         QTest::addColumn<QString>("mode");
         QTest::addColumn<QString>("conditions"); // t = true condition, f = false one
         QTest::addColumn<bool>("expected");
-        QTest::newRow("all, none") << "all" << "" << false;
-        QTest::newRow("any, none") << "any" << "" << false;
-        QTest::newRow("all, all true") << "all" << "tt" << true;
-        QTest::newRow("all, one false") << "all" << "tft" << false;
-        QTest::newRow("any, one true") << "any" << "fft" << true;
-        QTest::newRow("any, all false") << "any" << "ff" << false;
+        QTest::newRow("all, none") << "all"
+                                   << "" << false;
+        QTest::newRow("any, none") << "any"
+                                   << "" << false;
+        QTest::newRow("all, all true") << "all"
+                                       << "tt" << true;
+        QTest::newRow("all, one false") << "all"
+                                        << "tft" << false;
+        QTest::newRow("any, one true") << "any"
+                                       << "fft" << true;
+        QTest::newRow("any, all false") << "any"
+                                        << "ff" << false;
     }
     void ruleModes()
     {
@@ -190,8 +220,8 @@ private Q_SLOTS:
     {
         Rule rule;
         QCOMPARE(rule.summary(), QStringLiteral("No conditions"));
-        rule.conditions = {cond(RuleCondition::Type::wifiConnected, QStringLiteral("Office")),
-                           cond(RuleCondition::Type::appRunning, QStringLiteral("Mail"))};
+        rule.conditions = { cond(RuleCondition::Type::wifiConnected, QStringLiteral("Office")),
+                            cond(RuleCondition::Type::appRunning, QStringLiteral("Mail")) };
         QCOMPARE(rule.summary(), QStringLiteral("WiFi = \"Office\" AND Mail running"));
         rule.conditionMode = Rule::ConditionMode::any;
         rule.conditions[0].type = RuleCondition::Type::wifiDisconnected;
@@ -219,7 +249,7 @@ private Q_SLOTS:
         never.name = QStringLiteral("never fired");
 
         QString error;
-        const auto decoded = Rule::decodeList(Rule::encodeList({rule, never}), &error);
+        const auto decoded = Rule::decodeList(Rule::encodeList({ rule, never }), &error);
         QVERIFY2(decoded, qPrintable(error));
         QCOMPARE(decoded->size(), 2);
         QCOMPARE(decoded->at(0), rule);
@@ -251,14 +281,22 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("from");
         QTest::addColumn<QString>("to");
-        QTest::newRow("unknown condition type") << "\"Time Window\"" << "\"Moon Phase\"";
-        QTest::newRow("unknown action type") << "\"Wait/Delay\"" << "\"Reboot\"";
-        QTest::newRow("unknown mode") << "\"all\"" << "\"most\"";
-        QTest::newRow("display name of mode") << "\"all\"" << "\"All conditions must be true\"";
-        QTest::newRow("bad uuid") << "\"E621E1F8-C36C-495A-93FC-0C247A3E6E5F\"" << "\"not-a-uuid\"";
-        QTest::newRow("missing count") << ",\"triggerCount\":3" << "";
-        QTest::newRow("numeric parameter") << "\"2\"" << "2";
-        QTest::newRow("not json") << "[{" << "{";
+        QTest::newRow("unknown condition type") << "\"Time Window\""
+                                                << "\"Moon Phase\"";
+        QTest::newRow("unknown action type") << "\"Wait/Delay\""
+                                             << "\"Reboot\"";
+        QTest::newRow("unknown mode") << "\"all\""
+                                      << "\"most\"";
+        QTest::newRow("display name of mode") << "\"all\""
+                                              << "\"All conditions must be true\"";
+        QTest::newRow("bad uuid") << "\"E621E1F8-C36C-495A-93FC-0C247A3E6E5F\""
+                                  << "\"not-a-uuid\"";
+        QTest::newRow("missing count") << ",\"triggerCount\":3"
+                                       << "";
+        QTest::newRow("numeric parameter") << "\"2\""
+                                           << "2";
+        QTest::newRow("not json") << "[{"
+                                  << "{";
     }
     void decodeFailsWholeFile()
     {
@@ -281,12 +319,15 @@ private Q_SLOTS:
         QTest::addColumn<double>("waited");
         const QString invalid = QStringLiteral("⚠️ [ACTION] Invalid delay duration");
         const QString done = QStringLiteral("⏳ [ACTION] Delay complete");
-        QTest::newRow("word") << "soon" << QStringList{invalid} << -1.0;
-        QTest::newRow("missing") << QString() << QStringList{invalid} << -1.0;
-        QTest::newRow("infinite") << "inf" << QStringList{invalid} << -1.0;
-        QTest::newRow("zero") << "0" << QStringList{QStringLiteral("⏳ [ACTION] Waiting 0.0 seconds..."), done} << -1.0;
-        QTest::newRow("negative") << "-5" << QStringList{QStringLiteral("⏳ [ACTION] Waiting -5.0 seconds..."), done} << -1.0;
-        QTest::newRow("fraction") << "1.5" << QStringList{QStringLiteral("⏳ [ACTION] Waiting 1.5 seconds..."), done} << 1.5;
+        QTest::newRow("word") << "soon" << QStringList { invalid } << -1.0;
+        QTest::newRow("missing") << QString() << QStringList { invalid } << -1.0;
+        QTest::newRow("infinite") << "inf" << QStringList { invalid } << -1.0;
+        QTest::newRow("zero") << "0" << QStringList { QStringLiteral("⏳ [ACTION] Waiting 0.0 seconds..."), done }
+                              << -1.0;
+        QTest::newRow("negative") << "-5" << QStringList { QStringLiteral("⏳ [ACTION] Waiting -5.0 seconds..."), done }
+                                  << -1.0;
+        QTest::newRow("fraction") << "1.5" << QStringList { QStringLiteral("⏳ [ACTION] Waiting 1.5 seconds..."), done }
+                                  << 1.5;
     }
     void delayAction()
     {
@@ -309,9 +350,9 @@ private Q_SLOTS:
     void volumeActions()
     {
         RuleActionEnvironment env;
-        env.volumes = {{1, QStringLiteral("Media"), QStringLiteral("Studio"), false},
-                       {2, QStringLiteral("Docs"), QStringLiteral("studio"), true},
-                       {3, QStringLiteral("Home"), QStringLiteral("Other"), false}};
+        env.volumes = { { 1, QStringLiteral("Media"), QStringLiteral("Studio"), false },
+                        { 2, QStringLiteral("Docs"), QStringLiteral("studio"), true },
+                        { 3, QStringLiteral("Home"), QStringLiteral("Other"), false } };
         QList<qint64> mounted, ejected;
         env.mount = [&](qint64 id) { mounted << id; };
         env.eject = [&](qint64 id) { ejected << id; };
@@ -333,8 +374,8 @@ private Q_SLOTS:
         QCOMPARE(console.lines.last(), QStringLiteral("⚠️ [ACTION] No group specified for unmount"));
         run(RuleAction::Type::mountAll);
         run(RuleAction::Type::unmountAll);
-        QCOMPARE(mounted, (QList<qint64>{3, 1, 1, 3}));
-        QCOMPARE(ejected, (QList<qint64>{2, 2}));
+        QCOMPARE(mounted, (QList<qint64> { 3, 1, 1, 3 }));
+        QCOMPARE(ejected, (QList<qint64> { 2, 2 }));
     }
 
     void scriptAndNotification()
@@ -358,15 +399,17 @@ private Q_SLOTS:
         script.parameters.insert(RuleAction::kScriptPath, QStringLiteral("/tmp/a b.sh"));
         script.execute(env);
         QCOMPARE(launcher.requests().size(), 1);
-        QCOMPARE(launcher.requests().at(0).arguments, (QStringList{QStringLiteral("-c"), QStringLiteral("/tmp/a b.sh")}));
+        QCOMPARE(launcher.requests().at(0).arguments,
+                 (QStringList { QStringLiteral("-c"), QStringLiteral("/tmp/a b.sh") }));
         QVERIFY(launcher.requests().at(0).mergeOutput);
-        QCOMPARE(console.lines, (QStringList{QStringLiteral("📜 [ACTION] Running script: /tmp/a b.sh"),
-                                             QStringLiteral("❌ [ACTION] Script failed with exit code: 3"),
-                                             QStringLiteral("   Output: oops")}));
+        QCOMPARE(console.lines,
+                 (QStringList { QStringLiteral("📜 [ACTION] Running script: /tmp/a b.sh"),
+                                QStringLiteral("❌ [ACTION] Script failed with exit code: 3"),
+                                QStringLiteral("   Output: oops") }));
         RuleAction note;
         note.type = RuleAction::Type::showNotification;
         note.execute(env);
-        QCOMPARE(posted, QStringList{QStringLiteral("Tarnwell|Tarnwell Rule Triggered")});
+        QCOMPARE(posted, QStringList { QStringLiteral("Tarnwell|Tarnwell Rule Triggered") });
     }
 };
 

@@ -10,7 +10,11 @@ public:
     using RunningApplications::RunningApplications;
 
     QStringList names() override { return m_names; }
-    void start() override { ++startCount; m_started = true; }
+    void start() override
+    {
+        ++startCount;
+        m_started = true;
+    }
     void stop() override { m_started = false; }
     bool isStarted() const { return m_started; }
 

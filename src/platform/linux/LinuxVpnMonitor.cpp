@@ -43,8 +43,8 @@ LinuxVpnMonitor::LinuxVpnMonitor(const QDBusConnection &bus, QObject *parent)
 
 std::optional<QString> LinuxVpnMonitor::firstVpnInterface(const QStringList &interfaceNames)
 {
-    static const QStringList prefixes{QStringLiteral("utun"), QStringLiteral("ppp"), QStringLiteral("ipsec"),
-                                      QStringLiteral("tun"),  QStringLiteral("tap"), QStringLiteral("wg")};
+    static const QStringList prefixes { QStringLiteral("utun"), QStringLiteral("ppp"), QStringLiteral("ipsec"),
+                                        QStringLiteral("tun"),  QStringLiteral("tap"), QStringLiteral("wg") };
     for (const QString &name : interfaceNames) {
         for (const QString &prefix : prefixes) {
             if (name.startsWith(prefix))
@@ -81,7 +81,8 @@ void LinuxVpnMonitor::readActiveConnections()
         const QDBusPendingReply<QDBusVariant> reply = *w;
         if (generation != m_generation)
             return;
-        const QList<QDBusObjectPath> paths = reply.isError() ? QList<QDBusObjectPath>{} : objectPaths(reply.value().variant());
+        const QList<QDBusObjectPath> paths
+            = reply.isError() ? QList<QDBusObjectPath> {} : objectPaths(reply.value().variant());
         if (paths.isEmpty()) {
             if (m_networkManagerVpn) {
                 m_networkManagerVpn.reset();
@@ -93,33 +94,35 @@ void LinuxVpnMonitor::readActiveConnections()
         auto found = std::make_shared<QList<std::optional<QString>>>(paths.size());
         auto remaining = std::make_shared<int>(int(paths.size()));
         for (int i = 0; i < paths.size(); ++i) {
-            QDBusMessage get = QDBusMessage::createMethodCall(kService, paths.at(i).path(), kProperties, QStringLiteral("GetAll"));
+            QDBusMessage get
+                = QDBusMessage::createMethodCall(kService, paths.at(i).path(), kProperties, QStringLiteral("GetAll"));
             get << kActive;
             auto *each = new QDBusPendingCallWatcher(m_bus.asyncCall(get), this);
-            connect(each, &QDBusPendingCallWatcher::finished, this, [this, generation, found, remaining, i](QDBusPendingCallWatcher *e) {
-                e->deleteLater();
-                const QDBusPendingReply<QVariantMap> props = *e;
-                if (!props.isError()) {
-                    const QVariantMap map = props.value();
-                    const QString type = map.value(QStringLiteral("Type")).toString();
-                    if ((type == QLatin1String("vpn") || type == QLatin1String("wireguard"))
-                        && map.value(QStringLiteral("State")).toUInt() == kStateActivated)
-                        (*found)[i] = map.value(QStringLiteral("Id")).toString();
-                }
-                if (--*remaining > 0 || generation != m_generation)
-                    return;
-                std::optional<QString> vpn;
-                for (const auto &name : *found) {
-                    if (name) {
-                        vpn = name;
-                        break;
-                    }
-                }
-                if (vpn != m_networkManagerVpn) {
-                    m_networkManagerVpn = vpn;
-                    Q_EMIT vpnChanged();
-                }
-            });
+            connect(each, &QDBusPendingCallWatcher::finished, this,
+                    [this, generation, found, remaining, i](QDBusPendingCallWatcher *e) {
+                        e->deleteLater();
+                        const QDBusPendingReply<QVariantMap> props = *e;
+                        if (!props.isError()) {
+                            const QVariantMap map = props.value();
+                            const QString type = map.value(QStringLiteral("Type")).toString();
+                            if ((type == QLatin1String("vpn") || type == QLatin1String("wireguard"))
+                                && map.value(QStringLiteral("State")).toUInt() == kStateActivated)
+                                (*found)[i] = map.value(QStringLiteral("Id")).toString();
+                        }
+                        if (--*remaining > 0 || generation != m_generation)
+                            return;
+                        std::optional<QString> vpn;
+                        for (const auto &name : *found) {
+                            if (name) {
+                                vpn = name;
+                                break;
+                            }
+                        }
+                        if (vpn != m_networkManagerVpn) {
+                            m_networkManagerVpn = vpn;
+                            Q_EMIT vpnChanged();
+                        }
+                    });
         }
     });
 }

@@ -61,7 +61,8 @@ QString ProcRunningApplications::execProgram(const QString &exec)
     // "env A=1 B=2 program ..." starts program.
     if (!words.isEmpty() && QFileInfo(words.first()).fileName() == QLatin1String("env")) {
         words.removeFirst();
-        while (!words.isEmpty() && (words.first().contains(QLatin1Char('=')) || words.first().startsWith(QLatin1Char('-'))))
+        while (!words.isEmpty()
+               && (words.first().contains(QLatin1Char('=')) || words.first().startsWith(QLatin1Char('-'))))
             words.removeFirst();
     }
     return words.isEmpty() ? QString() : QFileInfo(words.first()).fileName();
@@ -71,7 +72,7 @@ QHash<QString, QString> ProcRunningApplications::readDesktopEntries(const QStrin
 {
     QHash<QString, QString> names;
     for (const QString &dir : applicationDirs) {
-        QDirIterator it(dir, {QStringLiteral("*.desktop")}, QDir::Files, QDirIterator::Subdirectories);
+        QDirIterator it(dir, { QStringLiteral("*.desktop") }, QDir::Files, QDirIterator::Subdirectories);
         while (it.hasNext()) {
             QFile file(it.next());
             if (file.size() > 256 * 1024 || !file.open(QIODevice::ReadOnly | QIODevice::Text))
@@ -129,7 +130,8 @@ QList<ProcRunningApplications::Process> ProcRunningApplications::scan() const
 
 QString ProcRunningApplications::displayName(const Process &process) const
 {
-    if (const auto it = m_entryNames.constFind(process.executable); !process.executable.isEmpty() && it != m_entryNames.cend())
+    if (const auto it = m_entryNames.constFind(process.executable);
+        !process.executable.isEmpty() && it != m_entryNames.cend())
         return *it;
     if (const auto it = m_entryNames.constFind(process.comm); it != m_entryNames.cend())
         return *it;
