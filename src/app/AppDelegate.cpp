@@ -6,6 +6,8 @@
 #include "control/EnterpriseNames.h"
 #include "enterprise1adaptor.h"
 #include "control/DiscoveryControl.h"
+#include "control/RulesControl.h"
+#include "control/RulesNames.h"
 #include "engine/EngineHost.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "UnixSignalWatcher.h"
@@ -36,8 +38,10 @@ AppDelegate::~AppDelegate()
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.unregisterObject(ControlNames::kObjectPath);
         bus.unregisterObject(DiscoveryControl::kObjectPath);
+        bus.unregisterObject(RulesNames::kObjectPath);
         bus.unregisterService(ControlNames::kServiceName);
     }
+    m_rulesControl.reset();
     m_control.reset();
     m_host.reset(); // shuts down if quit() was never reached
 }
@@ -68,8 +72,11 @@ bool AppDelegate::exportControlInterface()
         Console::line(QStringLiteral("❌ [SETUP] Cannot export the control interface: ") + bus.lastError().message());
         return true; // the engine still runs; only remote control is missing
     }
+    if (m_rulesControl && !bus.registerObject(RulesNames::kObjectPath, m_rulesControl.get(), QDBusConnection::ExportAdaptors))
+        Console::line(QStringLiteral("❌ [SETUP] Cannot export the rules interface: ") + bus.lastError().message());
     if (!bus.registerService(ControlNames::kServiceName)) {
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(RulesNames::kObjectPath);
         return false; // lost the race against another instance
     }
     m_exported = true;
@@ -112,9 +119,11 @@ AppDelegate::LaunchResult AppDelegate::launch()
                               [scheduler] { scheduler->resumeAutoMount(); }});
     NotificationCenter *center = &m_host->center();
     m_control->setShowHandler([center] { center->post(Notifications::DisplayMainWindow); });
+    m_rulesControl = std::make_unique<RulesControl>(m_host->rules(), m_host->engine());
 
     if (haveBus && !exportControlInterface()) {
         // Another instance took the name between the check and now. Nothing was started: no launch entry.
+        m_rulesControl.reset();
         m_control.reset();
         m_host.reset();
         return forwardToRunningInstance();
@@ -152,6 +161,7 @@ void AppDelegate::quit()
         bus.unregisterService(ControlNames::kServiceName);
         bus.unregisterObject(ControlNames::kObjectPath);
         bus.unregisterObject(DiscoveryControl::kObjectPath);
+        bus.unregisterObject(RulesNames::kObjectPath);
         m_exported = false;
     }
     if (m_enterpriseExported) {

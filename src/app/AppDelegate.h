@@ -9,6 +9,7 @@
 
 class ControlService;
 class EnterpriseControl;
+class RulesControl;
 class EngineHost;
 class UnixSignalWatcher;
 
@@ -56,6 +57,7 @@ private:
     std::unique_ptr<EngineHost> m_host;
     std::unique_ptr<ControlService> m_control;
     std::unique_ptr<EnterpriseControl> m_enterprise;
+    std::unique_ptr<RulesControl> m_rulesControl; // io.tarnwell.Tarnwell.Rules1, beside the main interface
     std::unique_ptr<UnixSignalWatcher> m_signals;
     bool m_exported = false;
     bool m_enterpriseExported = false;

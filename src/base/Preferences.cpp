@@ -10,9 +10,9 @@
 namespace Preferences {
 
 namespace {
-const std::array<Spec, 10> &specs()
+const std::array<Spec, 11> &specs()
 {
-    static const std::array<Spec, 10> s{{
+    static const std::array<Spec, 11> s{{
         {Keys::TcpConnectionTimeout, Kind::Integer, 2, 1, 5, QStringLiteral("Range: 1 - 5 seconds")},
         {Keys::MountTimeout, Kind::Integer, 60, 10, 300, QStringLiteral("Range: 10 - 300 seconds")},
         {Keys::AutoMountCheckInterval, Kind::Integer, 15, 10, 1440,
@@ -25,6 +25,7 @@ const std::array<Spec, 10> &specs()
         {Keys::AppPresenceMode, Kind::Integer, 0, 0, 2, {}},
         {Keys::AutomaticallyChecksForUpdates, Kind::Boolean, true, std::nullopt, std::nullopt, {}},
         {Keys::UpdateCheckInterval, Kind::Integer, 86400, std::nullopt, std::nullopt, {}},
+        {Keys::StartRuleEngineAtLaunch, Kind::Boolean, false, std::nullopt, std::nullopt, {}},
     }};
     return s;
 }

@@ -28,6 +28,8 @@ inline const QString UpdateCheckInterval = QStringLiteral("update_check_interval
 inline const QString HasLaunchedBefore = QStringLiteral("Tarnwell_HasLaunchedBefore");
 inline const QString VolumeRecordArray = QStringLiteral("Tarnwell_VolumeRecordArray");
 inline const QString LogEventArray = QStringLiteral("Tarnwell_LogEventArray");
+// Headless use: the daemon starts the rule engine at launch (off: it waits for the user's switch).
+inline const QString StartRuleEngineAtLaunch = QStringLiteral("startRuleEngineAtLaunch");
 } // namespace Keys
 
 enum class Kind { Integer, Boolean };

@@ -4,6 +4,7 @@
 #include "ProfileCommand.h"
 #include "DiscoverCommand.h"
 #include "SharesCommand.h"
+#include "RulesCommand.h"
 
 #include <QCoreApplication>
 
@@ -61,6 +62,7 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(std::make_unique<DirectoryCommand>());
     commands.push_back(std::make_unique<DiscoverCommand>());
     commands.push_back(std::make_unique<SharesCommand>());
+    commands.push_back(std::make_unique<RulesCommand>());
     return commands;
 }
 

@@ -1,9 +1,8 @@
 #include "EngineHost.h"
 
-#include "base/Migrations.h"
-
 #include "base/Console.h"
 #include "base/Defaults.h"
+#include "base/Migrations.h"
 #include "base/NotificationCenter.h"
 #include "base/Preferences.h"
 #include "base/ThreadCheck.h"
@@ -12,6 +11,7 @@
 #include "core/FuseBridgeWatchdog.h"
 #include "core/MountEngine.h"
 #include "core/WorkerPools.h"
+#include "discovery/NetworkDiscoveryManager.h"
 #include "enterprise/ActiveDirectoryManager.h"
 #include "enterprise/ManagedPreferencesMonitor.h"
 #include "logging/EnterpriseAuditLog.h"
@@ -19,11 +19,8 @@
 #include "platform/FileSystem.h"
 #include "platform/FuseBridge.h"
 #include "platform/NetworkProbe.h"
-#include "discovery/NetworkDiscoveryManager.h"
-#include "logging/EnterpriseAuditLog.h"
-#include "logging/LogEventManager.h"
-#include "platform/FileSystem.h"
 #include "platform/ServiceBrowser.h"
+#include "rules/RuleEngine.h"
 
 EngineHost::EngineHost(PlatformPorts ports, QObject *parent)
     : EngineHost(std::move(ports), Options{}, parent)
@@ -99,6 +96,26 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     discovery.interfaces = m_ports.networkInterfaces.get();
     discovery.lister = m_ports.shareLister.get();
     m_discovery = std::make_unique<NetworkDiscoveryManager>(discovery);
+    RuleEngineDependencies rules;
+    rules.clock = m_ports.clock.get();
+    rules.wifi = m_ports.wifi.get();
+    rules.sleepMonitor = m_ports.sleepMonitor.get();
+    rules.power = m_ports.powerSource.get();
+    rules.applications = m_ports.runningApplications.get();
+    rules.vpn = m_ports.vpnMonitor.get();
+    rules.launcher = m_ports.processLauncher.get();
+    rules.notifier = m_ports.notifier.get();
+    rules.rulesFile = options.rulesFile;
+    MountEngine *engine = m_engine.get();
+    rules.volumes = [engine] {
+        QList<RuleVolume> volumes;
+        for (const VolumeRecord &record : engine->store().records())
+            volumes.append({record.internal_ID_Int, record.displayName(), record.group_String, record.runtime_isMounted_Bool});
+        return volumes;
+    };
+    rules.mount = [engine](qint64 id) { engine->mount(id, false); };
+    rules.eject = [engine](qint64 id) { engine->eject(id); };
+    m_rules = std::make_unique<RuleEngine>(rules);
 
     m_presentNotice = [](const QString &title, const QString &text) { Console::line(kNoticeLine.arg(title, text)); };
 }
@@ -114,6 +131,8 @@ EngineHost::~EngineHost()
     // Discovery waits for its workers, which use the ports. The scheduler and the watchdog refer to the
     // engine; the engine to the logs and ports.
     m_discovery.reset();
+    // The rules, the scheduler and the watchdog refer to the engine; the engine to the logs and ports.
+    m_rules.reset();
     m_scheduler.reset();
     m_fuseWatchdog.reset();
     m_engine.reset();
@@ -146,6 +165,8 @@ void EngineHost::start()
         m_managedPreferences->check();
         m_managedPreferences->watch();
     }
+    if (m_defaults->boolean(Preferences::Keys::StartRuleEngineAtLaunch).value_or(false))
+        m_rules->start();
 }
 
 void EngineHost::shutdown()
@@ -153,6 +174,7 @@ void EngineHost::shutdown()
     if (!m_started || m_stopped)
         return;
     m_stopped = true;
+    m_rules->stop();
     m_scheduler->stop();
     m_engine->store().save();
     m_auditLog->log(AuditEventType::appQuit, std::nullopt, std::nullopt, kQuitDetails, true);

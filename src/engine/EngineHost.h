@@ -21,6 +21,7 @@ class NetworkDiscoveryManager;
 class NotificationCenter;
 class VolumeRecord;
 struct WorkerPools;
+class RuleEngine;
 
 // The long-lived objects of the engine, created once in a fixed order and destroyed in reverse:
 // preferences domain, notification centre, audit log, event log (both dated by the ports' clock), worker
@@ -54,6 +55,8 @@ public:
         bool restartFuseBridge = true; // the watchdog may restart a lost bridge
         // Replaces the scheduler's liveness probe of mounted servers (benches: always answering).
         std::function<bool(const VolumeRecord &record)> serverReachable;
+        bool watchFuseBridge = true;
+        QString rulesFile;     // empty: $XDG_DATA_HOME/Tarnwell/rules.json
     };
 
     explicit EngineHost(PlatformPorts ports, const Options &options, QObject *parent = nullptr);
@@ -81,6 +84,8 @@ public:
     AutoMountScheduler &scheduler() { return *m_scheduler; }
     FuseBridgeWatchdog *fuseWatchdog() { return m_fuseWatchdog.get(); } // null when not watching
     WorkerPools &pools() { return *m_pools; }
+    // Created with its rules loaded and stopped; start() starts it when "startRuleEngineAtLaunch" is on.
+    RuleEngine &rules() { return *m_rules; }
     PlatformPorts &ports() { return m_ports; }
     // Null when the ports bring no managed-preference source, resp. no directory service.
     ManagedPreferencesMonitor *managedPreferences() { return m_managedPreferences.get(); }
@@ -101,6 +106,7 @@ private:
     std::unique_ptr<ManagedPreferencesMonitor> m_managedPreferences;
     std::unique_ptr<ActiveDirectoryManager> m_directory;
     std::unique_ptr<NetworkDiscoveryManager> m_discovery; // over the discovery ports
+    std::unique_ptr<RuleEngine> m_rules;
     std::function<void(const QString &, const QString &)> m_presentNotice;
     bool m_started = false;
     bool m_stopped = false;

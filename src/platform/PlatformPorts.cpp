@@ -11,10 +11,14 @@
 #include "platform/NetworkInterfaces.h"
 #include "platform/ProcessLauncher.h"
 #include "platform/NetworkProbe.h"
+#include "platform/PowerSource.h"
+#include "platform/ProcessLauncher.h"
+#include "platform/RunningApplications.h"
 #include "platform/SecretStore.h"
 #include "platform/ServiceBrowser.h"
 #include "platform/ShareLister.h"
 #include "platform/SleepMonitor.h"
+#include "platform/VpnMonitor.h"
 #include "platform/WifiNetwork.h"
 
 PlatformPorts::PlatformPorts() = default;

@@ -13,10 +13,14 @@ class MountTable;
 class NetworkInterfaces;
 class ProcessLauncher;
 class NetworkProbe;
+class PowerSource;
+class ProcessLauncher;
+class RunningApplications;
 class SecretStore;
 class ServiceBrowser;
 class ShareLister;
 class SleepMonitor;
+class VpnMonitor;
 class WifiNetwork;
 
 // The operating-system services the engine is built on, one implementation each, chosen once by a
@@ -49,4 +53,8 @@ struct PlatformPorts
     std::unique_ptr<ServiceBrowser> serviceBrowser;
     std::unique_ptr<NetworkInterfaces> networkInterfaces;
     std::unique_ptr<ShareLister> shareLister; // may refer to processLauncher: reset first
+    // Rules: power source, running applications and launches, VPN state.
+    std::unique_ptr<PowerSource> powerSource;
+    std::unique_ptr<RunningApplications> runningApplications;
+    std::unique_ptr<VpnMonitor> vpnMonitor;
 };

@@ -5,6 +5,9 @@
 #include "platform/MountService.h"
 #include "platform/MountTable.h"
 #include "platform/NetworkInterfaces.h"
+#include "platform/PowerSource.h"
+#include "platform/RunningApplications.h"
+#include "platform/VpnMonitor.h"
 #include "platform/SecretStore.h"
 #include "platform/SleepMonitor.h"
 #include "platform/SystemClock.h"
@@ -19,10 +22,13 @@
 #include "platform/linux/LibsecretStore.h"
 #include "platform/linux/LinuxNetworkProbe.h"
 #include "platform/linux/LinuxNetworkInterfaces.h"
+#include "platform/linux/LinuxVpnMonitor.h"
 #include "platform/linux/LogindSleepMonitor.h"
 #include "platform/linux/NetworkManagerWifi.h"
+#include "platform/linux/ProcRunningApplications.h"
 #include "platform/linux/QProcessLauncher.h"
 #include "platform/linux/SmbclientShareLister.h"
+#include "platform/linux/UPowerPowerSource.h"
 
 #include <QDBusConnection>
 
@@ -50,6 +56,9 @@ PlatformPorts createPorts()
     ports.serviceBrowser = std::make_unique<AvahiBrowser>();
     ports.networkInterfaces = std::make_unique<LinuxNetworkInterfaces>();
     ports.shareLister = std::make_unique<SmbclientShareLister>(ports.processLauncher.get());
+    ports.powerSource = std::make_unique<UPowerPowerSource>(QDBusConnection::systemBus());
+    ports.runningApplications = std::make_unique<ProcRunningApplications>();
+    ports.vpnMonitor = std::make_unique<LinuxVpnMonitor>(QDBusConnection::systemBus());
     return ports;
 }
 

@@ -1,8 +1,11 @@
 #!/usr/bin/env bash
-# A private system bus with python3-dbusmock stand-ins for NetworkManager and logind.
+# A private system bus with python3-dbusmock stand-ins for NetworkManager, logind and UPower, and a
+# notification daemon stand-in on the stack's session bus.
 #   mocks.sh start|stop STACK_DIR
 #   mocks.sh ssid STACK_DIR [NAME]     join Wi-Fi network NAME; no NAME: leave Wi-Fi
 #   mocks.sh sleep|resume STACK_DIR    logind's PrepareForSleep(true|false)
+#   mocks.sh power STACK_DIR ac|battery   UPower's OnBattery (with its PropertiesChanged)
+#   mocks.sh notifications STACK_DIR   the notifications posted so far, one "title|body" line each
 # Exports DBUS_SYSTEM_BUS_ADDRESS, so nothing in a test can reach the machine's real system bus.
 set -euo pipefail
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -56,6 +59,18 @@ CONF
   record_pid "$stack" mocks "$logind_pid"
   export_var "$stack" TW_MOCK_LOGIND_PID "$logind_pid"
 
+  $py -m dbusmock --system --template upower >"$stack/logs/mock-upower.log" 2>&1 &
+  upower_pid=$!
+  record_pid "$stack" mocks "$upower_pid"
+  export_var "$stack" TW_MOCK_UPOWER_PID "$upower_pid"
+  if [ -n "${DBUS_SESSION_BUS_ADDRESS:-}" ]; then
+    $py -m dbusmock --session --template notification_daemon >"$stack/logs/mock-notifications.log" 2>&1 &
+    notify_pid=$!
+    record_pid "$stack" mocks "$notify_pid"
+    export_var "$stack" TW_MOCK_NOTIFY_PID "$notify_pid"
+  fi
+
+  wait_for 20 has_name org.freedesktop.UPower || { stack_log "UPower mock did not appear"; exit 1; }
   wait_for 20 has_name org.freedesktop.NetworkManager || { stack_log "NetworkManager mock did not appear"; exit 1; }
   wait_for 20 has_name org.freedesktop.login1 || { stack_log "logind mock did not appear"; exit 1; }
   $py "$ctl" setup
@@ -66,9 +81,13 @@ ssid)
   [ -f "$stack/env" ] && . "$stack/env"
   $py "$ctl" ssid "${3:-}"
   ;;
-sleep|resume)
+sleep|resume|notifications)
   [ -f "$stack/env" ] && . "$stack/env"
   $py "$ctl" "$action"
   ;;
-*) echo "usage: mocks.sh start|stop|ssid|sleep|resume STACK_DIR [NAME]" >&2; exit 2 ;;
+power)
+  [ -f "$stack/env" ] && . "$stack/env"
+  $py "$ctl" power "${3:?ac or battery}"
+  ;;
+*) echo "usage: mocks.sh start|stop|ssid|sleep|resume|power|notifications STACK_DIR [ARG]" >&2; exit 2 ;;
 esac

@@ -5,6 +5,8 @@
   mocks_ctl.py ssid [NAME]    joins the Wi-Fi network NAME (creating its access point and connection on
                               first use); without NAME (or with "") leaves Wi-Fi
   mocks_ctl.py sleep|resume   emits logind's PrepareForSleep(true|false)
+  mocks_ctl.py power ac|battery   sets UPower's OnBattery (emitting PropertiesChanged)
+  mocks_ctl.py notifications  prints the notifications posted to the session bus's mock, "title|body" each
 
 Talks to the bus named by DBUS_SYSTEM_BUS_ADDRESS (the stack's env sets it).
 """
@@ -76,6 +78,26 @@ def prepare_for_sleep(bus, sleeping):
     logind.EmitSignal(LOGIND_IFACE, 'PrepareForSleep', 'b', [dbus.Boolean(sleeping)])
 
 
+UPOWER = 'org.freedesktop.UPower'
+UPOWER_PATH = '/org/freedesktop/UPower'
+NOTIFY = 'org.freedesktop.Notifications'
+NOTIFY_PATH = '/org/freedesktop/Notifications'
+
+
+def set_power(bus, source):
+    # The mock's Properties.Set emits PropertiesChanged, as UPower does.
+    bus.get_object(UPOWER, UPOWER_PATH).Set(UPOWER, 'OnBattery', dbus.Boolean(source == 'battery'),
+                                            dbus_interface=PROPS)
+
+
+def notifications():
+    mock = dbus.Interface(dbus.SessionBus().get_object(NOTIFY, NOTIFY_PATH), MOCK)
+    for _, method, args in mock.GetCalls():
+        if method == 'Notify':
+            # app_name, replaces_id, app_icon, summary, body, ...
+            print('%s|%s' % (args[3], args[4]))
+
+
 def main(argv):
     if len(argv) < 2:
         print(__doc__, file=sys.stderr)
@@ -92,6 +114,10 @@ def main(argv):
             leave(bus)
     elif command in ('sleep', 'resume'):
         prepare_for_sleep(bus, command == 'sleep')
+    elif command == 'power' and len(argv) > 2 and argv[2] in ('ac', 'battery'):
+        set_power(bus, argv[2])
+    elif command == 'notifications':
+        notifications()
     else:
         print(__doc__, file=sys.stderr)
         return 2

@@ -1,0 +1,417 @@
+// Rule model: condition tests, rule modes, summaries, the JSON form and action execution.
+#include "base/Console.h"
+#include "platform/fake/FakeProcessLauncher.h"
+#include "rules/Rule.h"
+
+#include <QMutex>
+#include <QTest>
+
+namespace {
+
+RuleCondition cond(RuleCondition::Type type, const QString &value = {})
+{
+    RuleCondition c;
+    c.type = type;
+    const QString key = RuleCondition::parameterKey(type);
+    if (!key.isEmpty() && !value.isNull())
+        c.parameters.insert(key, value);
+    return c;
+}
+
+RuleContext at(int hour, int minute)
+{
+    RuleContext context;
+    context.currentHour = hour;
+    context.currentMinute = minute;
+    return context;
+}
+
+struct ConsoleCapture
+{
+    ConsoleCapture()
+    {
+        Console::setSink([this](const QString &line) {
+            QMutexLocker lock(&mutex);
+            lines << line;
+        });
+    }
+    ~ConsoleCapture() { Console::setSink({}); }
+    QMutex mutex;
+    QStringList lines;
+};
+
+} // namespace
+
+class TestRuleModel : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void timeWindow_data()
+    {
+        QTest::addColumn<QString>("range");
+        QTest::addColumn<int>("hour");
+        QTest::addColumn<int>("minute");
+        QTest::addColumn<bool>("expected");
+        QTest::newRow("overnight late") << "22:00-06:00" << 23 << 30 << true;
+        QTest::newRow("overnight early") << "22:00-06:00" << 5 << 59 << true;
+        QTest::newRow("overnight end excluded") << "22:00-06:00" << 6 << 0 << false;
+        QTest::newRow("overnight before start") << "22:00-06:00" << 21 << 59 << false;
+        QTest::newRow("day start included") << "09:00-17:00" << 9 << 0 << true;
+        QTest::newRow("day last minute") << "09:00-17:00" << 16 << 59 << true;
+        QTest::newRow("day end excluded") << "09:00-17:00" << 17 << 0 << false;
+        QTest::newRow("equal bounds all day") << "08:00-08:00" << 3 << 17 << true;
+        QTest::newRow("hours only") << "9-17" << 12 << 0 << false;
+        QTest::newRow("single time") << "09:00" << 9 << 0 << false;
+        QTest::newRow("letters") << "aa:bb-cc:dd" << 12 << 0 << false;
+        QTest::newRow("explicit plus sign") << "+09:00-17:00" << 10 << 0 << true;
+        QTest::newRow("space inside") << "09:00 -17:00" << 10 << 0 << false;
+        QTest::newRow("three parts") << "09:00-12:00-17:00" << 10 << 0 << false;
+        QTest::newRow("empty") << "" << 10 << 0 << false;
+    }
+    void timeWindow()
+    {
+        QFETCH(QString, range);
+        QFETCH(int, hour);
+        QFETCH(int, minute);
+        QFETCH(bool, expected);
+        QCOMPARE(cond(RuleCondition::Type::timeWindow, range).test(at(hour, minute)), expected);
+    }
+
+    void dayOfWeek_data()
+    {
+        QTest::addColumn<QString>("days");
+        QTest::addColumn<int>("weekday");
+        QTest::addColumn<bool>("expected");
+        QTest::newRow("spaces and case, Monday") << "MON , friday" << 2 << true;
+        QTest::newRow("spaces and case, Friday") << "MON , friday" << 6 << true;
+        QTest::newRow("spaces and case, Tuesday") << "MON , friday" << 3 << false;
+        QTest::newRow("Sunday is 1") << "sun" << 1 << true;
+        QTest::newRow("Saturday is 7") << "Saturday" << 7 << true;
+        QTest::newRow("unknown word") << "Weekdays" << 2 << false;
+        QTest::newRow("unknown items skipped") << "funday,tue" << 3 << true;
+        QTest::newRow("empty") << "" << 2 << false;
+    }
+    void dayOfWeek()
+    {
+        QFETCH(QString, days);
+        QFETCH(int, weekday);
+        QFETCH(bool, expected);
+        RuleContext context;
+        context.currentWeekday = weekday;
+        QCOMPARE(cond(RuleCondition::Type::dayOfWeek, days).test(context), expected);
+    }
+
+    void contextWeekdayFromDate()
+    {
+        RuleContext context;
+        context.setTime(QDateTime(QDate(2024, 6, 2), QTime(23, 5))); // a Sunday
+        QCOMPARE(context.currentWeekday, 1);
+        QCOMPARE(context.currentHour, 23);
+        context.setTime(QDateTime(QDate(2024, 6, 8), QTime(0, 0))); // a Saturday
+        QCOMPARE(context.currentWeekday, 7);
+    }
+
+    void otherConditions_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("ssid"); // "-" = off Wi-Fi
+        QTest::addColumn<QString>("apps");
+        QTest::addColumn<bool>("expected");
+        using T = RuleCondition::Type;
+        QTest::newRow("ssid case-insensitive") << int(T::wifiConnected) << "corpnetwork"
+                                               << "CorpNetwork"
+                                               << "" << true;
+        QTest::newRow("ssid whole name only") << int(T::wifiConnected) << "Corp"
+                                              << "CorpNetwork"
+                                              << "" << false;
+        QTest::newRow("any network") << int(T::wifiConnected) << ""
+                                     << "Home"
+                                     << "" << true;
+        QTest::newRow("any network, Wi-Fi off") << int(T::wifiConnected) << ""
+                                                << "-"
+                                                << "" << false;
+        QTest::newRow("disconnected from named, other network") << int(T::wifiDisconnected) << "Office"
+                                                                << "Home"
+                                                                << "" << true;
+        QTest::newRow("disconnected from named, same network") << int(T::wifiDisconnected) << "office"
+                                                               << "Office"
+                                                               << "" << false;
+        QTest::newRow("disconnected from named, Wi-Fi off") << int(T::wifiDisconnected) << "Office"
+                                                            << "-"
+                                                            << "" << true;
+        QTest::newRow("disconnected, any, on Wi-Fi") << int(T::wifiDisconnected) << ""
+                                                     << "Office"
+                                                     << "" << false;
+        QTest::newRow("app substring") << int(T::appRunning) << "final cut"
+                                       << "-"
+                                       << "Mail,Final Cut Pro" << true;
+        QTest::newRow("app absent") << int(T::appRunning) << "final cut"
+                                    << "-"
+                                    << "Mail" << false;
+        QTest::newRow("app not running") << int(T::appNotRunning) << "Mail"
+                                         << "-"
+                                         << "Safari" << true;
+        QTest::newRow("app not running, is") << int(T::appNotRunning) << "mail"
+                                             << "-"
+                                             << "Mail" << false;
+    }
+    void otherConditions()
+    {
+        QFETCH(int, type);
+        QFETCH(QString, value);
+        QFETCH(QString, ssid);
+        QFETCH(QString, apps);
+        QFETCH(bool, expected);
+        RuleContext context;
+        if (ssid != QLatin1String("-"))
+            context.currentSSID = ssid;
+        context.runningApps = apps.split(QLatin1Char(','), Qt::SkipEmptyParts);
+        QCOMPARE(cond(RuleCondition::Type(type), value).test(context), expected);
+    }
+
+    void powerVpnVolumes()
+    {
+        RuleContext context;
+        context.isOnPower = false;
+        context.mountedVolumes = { QStringLiteral("3") };
+        QVERIFY(!cond(RuleCondition::Type::onPower).test(context));
+        QVERIFY(cond(RuleCondition::Type::onBattery).test(context));
+        QVERIFY(cond(RuleCondition::Type::vpnDisconnected).test(context));
+        context.connectedVPN = QStringLiteral("wg0");
+        QVERIFY(cond(RuleCondition::Type::vpnConnected).test(context));
+        QVERIFY(cond(RuleCondition::Type::volumeMounted, QStringLiteral("3")).test(context));
+        QVERIFY(!cond(RuleCondition::Type::volumeMounted, QStringLiteral("03")).test(context));
+        QVERIFY(cond(RuleCondition::Type::volumeNotMounted, QStringLiteral("4")).test(context));
+    }
+
+    void ruleModes_data()
+    {
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<QString>("conditions"); // t = true condition, f = false one
+        QTest::addColumn<bool>("expected");
+        QTest::newRow("all, none") << "all"
+                                   << "" << false;
+        QTest::newRow("any, none") << "any"
+                                   << "" << false;
+        QTest::newRow("all, all true") << "all"
+                                       << "tt" << true;
+        QTest::newRow("all, one false") << "all"
+                                        << "tft" << false;
+        QTest::newRow("any, one true") << "any"
+                                       << "fft" << true;
+        QTest::newRow("any, all false") << "any"
+                                        << "ff" << false;
+    }
+    void ruleModes()
+    {
+        QFETCH(QString, mode);
+        QFETCH(QString, conditions);
+        QFETCH(bool, expected);
+        Rule rule;
+        rule.conditionMode = *Rule::modeFromRawValue(mode);
+        for (const QChar c : conditions)
+            rule.conditions << cond(c == u't' ? RuleCondition::Type::onPower : RuleCondition::Type::onBattery);
+        RuleContext context; // on power
+        QCOMPARE(rule.test(context), expected);
+    }
+
+    void summaries()
+    {
+        Rule rule;
+        QCOMPARE(rule.summary(), QStringLiteral("No conditions"));
+        rule.conditions = { cond(RuleCondition::Type::wifiConnected, QStringLiteral("Office")),
+                            cond(RuleCondition::Type::appRunning, QStringLiteral("Mail")) };
+        QCOMPARE(rule.summary(), QStringLiteral("WiFi = \"Office\" AND Mail running"));
+        rule.conditionMode = Rule::ConditionMode::any;
+        rule.conditions[0].type = RuleCondition::Type::wifiDisconnected;
+        QCOMPARE(rule.summary(), QStringLiteral("WiFi ≠ \"Office\" OR Mail running"));
+    }
+
+    void jsonRoundTrip()
+    {
+        Rule rule;
+        rule.name = QStringLiteral("Night \"backup\"");
+        rule.isEnabled = false;
+        rule.conditionMode = Rule::ConditionMode::any;
+        for (RuleCondition::Type type : RuleCondition::allTypes())
+            rule.conditions << cond(type, QStringLiteral("x"));
+        for (RuleAction::Type type : RuleAction::allTypes()) {
+            RuleAction action;
+            action.type = type;
+            for (const QString &key : RuleAction::parameterKeys(type))
+                action.parameters.insert(key, QStringLiteral("v-") + key);
+            rule.actions << action;
+        }
+        rule.lastTriggered = QDateTime(QDate(2024, 3, 1), QTime(10, 30, 15, 250), Qt::UTC).toLocalTime();
+        rule.triggerCount = 7;
+        Rule never;
+        never.name = QStringLiteral("never fired");
+
+        QString error;
+        const auto decoded = Rule::decodeList(Rule::encodeList({ rule, never }), &error);
+        QVERIFY2(decoded, qPrintable(error));
+        QCOMPARE(decoded->size(), 2);
+        QCOMPARE(decoded->at(0), rule);
+        QCOMPARE(decoded->at(1), never);
+        QVERIFY(!decoded->at(1).lastTriggered);
+    }
+
+    void jsonForm()
+    {
+        // The file's own form: type raw values, seconds since 2001-01-01 UTC, null lastTriggered accepted.
+        const QByteArray file = R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","name":"r","isEnabled":true,
+            "conditions":[{"id":"11111111-2222-3333-4444-555555555555","type":"Time Window","parameters":{"timeRange":"09:00-17:00"}}],
+            "conditionMode":"all","actions":[{"id":"11111111-2222-3333-4444-666666666666","type":"Wait/Delay","parameters":{"seconds":"2"}}],
+            "lastTriggered":86400,"triggerCount":3},
+            {"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E50","name":"n","isEnabled":false,"conditions":[],"conditionMode":"any",
+            "actions":[],"lastTriggered":null,"triggerCount":0}])";
+        QString error;
+        const auto rules = Rule::decodeList(file, &error);
+        QVERIFY2(rules, qPrintable(error));
+        QCOMPARE(rules->at(0).lastTriggered->toUTC(), QDateTime(QDate(2001, 1, 2), QTime(0, 0), Qt::UTC));
+        QCOMPARE(rules->at(0).actions.at(0).type, RuleAction::Type::delay);
+        QCOMPARE(rules->at(0).toJson().value(QStringLiteral("id")).toString(),
+                 QStringLiteral("E621E1F8-C36C-495A-93FC-0C247A3E6E5F"));
+        QCOMPARE(rules->at(0).toJson().value(QStringLiteral("lastTriggered")).toDouble(), 86400.0);
+        QVERIFY(!rules->at(1).lastTriggered);
+    }
+
+    void decodeFailsWholeFile_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::newRow("unknown condition type") << "\"Time Window\""
+                                                << "\"Moon Phase\"";
+        QTest::newRow("unknown action type") << "\"Wait/Delay\""
+                                             << "\"Reboot\"";
+        QTest::newRow("unknown mode") << "\"all\""
+                                      << "\"most\"";
+        QTest::newRow("display name of mode") << "\"all\""
+                                              << "\"All conditions must be true\"";
+        QTest::newRow("bad uuid") << "\"E621E1F8-C36C-495A-93FC-0C247A3E6E5F\""
+                                  << "\"not-a-uuid\"";
+        QTest::newRow("missing count") << ",\"triggerCount\":3"
+                                       << "";
+        QTest::newRow("numeric parameter") << "\"2\""
+                                           << "2";
+        QTest::newRow("not json") << "[{"
+                                  << "{";
+    }
+    void decodeFailsWholeFile()
+    {
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QString file = QStringLiteral(
+            R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","name":"r","isEnabled":true,"conditions":[{"id":"11111111-2222-3333-4444-555555555555","type":"Time Window","parameters":{"timeRange":"09:00-17:00"}}],"conditionMode":"all","actions":[{"id":"11111111-2222-3333-4444-666666666666","type":"Wait/Delay","parameters":{"seconds":"2"}}],"triggerCount":3},
+                {"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E50","name":"good","isEnabled":true,"conditions":[],"conditionMode":"any","actions":[],"triggerCount":0}])");
+        QVERIFY(Rule::decodeList(file.toUtf8(), nullptr));
+        file.replace(file.indexOf(from), from.size(), to);
+        QString error;
+        QVERIFY(!Rule::decodeList(file.toUtf8(), &error));
+        QVERIFY(!error.isEmpty());
+    }
+
+    void delayAction_data()
+    {
+        QTest::addColumn<QString>("seconds"); // null: parameter missing
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<double>("waited");
+        const QString invalid = QStringLiteral("⚠️ [ACTION] Invalid delay duration");
+        const QString done = QStringLiteral("⏳ [ACTION] Delay complete");
+        QTest::newRow("word") << "soon" << QStringList { invalid } << -1.0;
+        QTest::newRow("missing") << QString() << QStringList { invalid } << -1.0;
+        QTest::newRow("infinite") << "inf" << QStringList { invalid } << -1.0;
+        QTest::newRow("zero") << "0" << QStringList { QStringLiteral("⏳ [ACTION] Waiting 0.0 seconds..."), done }
+                              << -1.0;
+        QTest::newRow("negative") << "-5" << QStringList { QStringLiteral("⏳ [ACTION] Waiting -5.0 seconds..."), done }
+                                  << -1.0;
+        QTest::newRow("fraction") << "1.5" << QStringList { QStringLiteral("⏳ [ACTION] Waiting 1.5 seconds..."), done }
+                                  << 1.5;
+    }
+    void delayAction()
+    {
+        QFETCH(QString, seconds);
+        QFETCH(QStringList, lines);
+        QFETCH(double, waited);
+        RuleAction action;
+        action.type = RuleAction::Type::delay;
+        if (!seconds.isNull())
+            action.parameters.insert(RuleAction::kSeconds, seconds);
+        double asked = -1.0;
+        RuleActionEnvironment env;
+        env.wait = [&asked](double s) { asked = s; };
+        ConsoleCapture console;
+        action.execute(env);
+        QCOMPARE(console.lines, lines);
+        QCOMPARE(asked, waited);
+    }
+
+    void volumeActions()
+    {
+        RuleActionEnvironment env;
+        env.volumes = { { 1, QStringLiteral("Media"), QStringLiteral("Studio"), false },
+                        { 2, QStringLiteral("Docs"), QStringLiteral("studio"), true },
+                        { 3, QStringLiteral("Home"), QStringLiteral("Other"), false } };
+        QList<qint64> mounted, ejected;
+        env.mount = [&](qint64 id) { mounted << id; };
+        env.eject = [&](qint64 id) { ejected << id; };
+        auto run = [&](RuleAction::Type type, const QString &key = {}, const QString &value = {}) {
+            RuleAction a;
+            a.type = type;
+            if (!key.isEmpty())
+                a.parameters.insert(key, value);
+            a.execute(env);
+        };
+        ConsoleCapture console;
+        run(RuleAction::Type::mountVolume, RuleAction::kVolumeId, QStringLiteral("9"));
+        QCOMPARE(console.lines.last(), QStringLiteral("⚠️ [ACTION] Volume not found for mount: 9"));
+        run(RuleAction::Type::mountVolume, RuleAction::kVolumeId, QStringLiteral("3"));
+        QCOMPARE(console.lines.last(), QStringLiteral("🔌 [ACTION] Mounting volume: Home"));
+        run(RuleAction::Type::mountGroup, RuleAction::kGroup, QStringLiteral("STUDIO"));
+        run(RuleAction::Type::unmountGroup, RuleAction::kGroup, QStringLiteral("studio"));
+        run(RuleAction::Type::unmountGroup);
+        QCOMPARE(console.lines.last(), QStringLiteral("⚠️ [ACTION] No group specified for unmount"));
+        run(RuleAction::Type::mountAll);
+        run(RuleAction::Type::unmountAll);
+        QCOMPARE(mounted, (QList<qint64> { 3, 1, 1, 3 }));
+        QCOMPARE(ejected, (QList<qint64> { 2, 2 }));
+    }
+
+    void scriptAndNotification()
+    {
+        FakeProcessLauncher launcher;
+        launcher.setHandler([](const ProcessLauncher::Request &) {
+            ProcessLauncher::Result r;
+            r.started = true;
+            r.exitCode = 3;
+            r.standardOutput = "oops\n";
+            return r;
+        });
+        RuleActionEnvironment env;
+        env.launcher = &launcher;
+        env.shell = QStringLiteral("/bin/sh");
+        QStringList posted;
+        env.notify = [&](const QString &title, const QString &body) { posted << title + QLatin1Char('|') + body; };
+        ConsoleCapture console;
+        RuleAction script;
+        script.type = RuleAction::Type::runScript;
+        script.parameters.insert(RuleAction::kScriptPath, QStringLiteral("/tmp/a b.sh"));
+        script.execute(env);
+        QCOMPARE(launcher.requests().size(), 1);
+        QCOMPARE(launcher.requests().at(0).arguments,
+                 (QStringList { QStringLiteral("-c"), QStringLiteral("/tmp/a b.sh") }));
+        QVERIFY(launcher.requests().at(0).mergeOutput);
+        QCOMPARE(console.lines,
+                 (QStringList { QStringLiteral("📜 [ACTION] Running script: /tmp/a b.sh"),
+                                QStringLiteral("❌ [ACTION] Script failed with exit code: 3"),
+                                QStringLiteral("   Output: oops") }));
+        RuleAction note;
+        note.type = RuleAction::Type::showNotification;
+        note.execute(env);
+        QCOMPARE(posted, QStringList { QStringLiteral("Tarnwell|Tarnwell Rule Triggered") });
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRuleModel)
+#include "tst_rule_model.moc"
