@@ -1,0 +1,133 @@
+#include "TrayController.h"
+
+#include "ActionSounds.h"
+#include "ShareStatusLabel.h"
+
+#include "base/Defaults.h"
+#include "core/AutoMountScheduler.h"
+#include "core/MountEngine.h"
+
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+TrayController::TrayController(const UiContext &context, QObject *parent)
+    : QObject(parent)
+    , m_context(context)
+    , m_icon(new QSystemTrayIcon(this))
+    , m_menu(new QMenu)
+{
+    m_menu->setObjectName(QStringLiteral("trayMenu"));
+    m_icon->setContextMenu(m_menu);
+    m_icon->setToolTip(tr("Tarnwell"));
+    connect(m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
+            Q_EMIT dashboardRequested();
+    });
+    m_rebuild.setSingleShot(true);
+    m_rebuild.setInterval(0);
+    connect(&m_rebuild, &QTimer::timeout, this, &TrayController::rebuild);
+    connect(context.engine, &MountEngine::recordChanged, this, &TrayController::scheduleRebuild);
+    connect(context.engine, &MountEngine::recordsChanged, this, &TrayController::scheduleRebuild);
+    if (context.scheduler)
+        connect(context.scheduler, &AutoMountScheduler::pausedChanged, this, &TrayController::scheduleRebuild);
+    rebuild();
+}
+
+TrayController::~TrayController()
+{
+    delete m_menu;
+}
+
+void TrayController::setVisible(bool visible)
+{
+    m_visible = visible;
+    m_icon->setVisible(visible);
+}
+
+void TrayController::scheduleRebuild()
+{
+    if (!m_rebuild.isActive())
+        m_rebuild.start();
+}
+
+void TrayController::rebuild()
+{
+    MountEngine *engine = m_context.engine;
+    const bool paused = m_context.scheduler && m_context.scheduler->isAutoMountPaused();
+
+    // Submenus are not owned by the menu's actions: clear() alone would keep them.
+    m_menu->clear();
+    qDeleteAll(m_shareMenus);
+    m_shareMenus.clear();
+    bool anyMounted = false;
+    bool anyFailing = false;
+    bool anyBusy = false;
+    for (const VolumeRecord &record : engine->store().records()) {
+        const qint64 id = record.internal_ID_Int;
+        const ShareStatusLabel::Label label = ShareStatusLabel::derive(
+            {record.runtime_isMounted_Bool, paused, record.runtime_status_String, record.hostname_String});
+        const auto severity = ShareStatusLabel::severity(label.kind);
+        anyMounted = anyMounted || record.runtime_isMounted_Bool;
+        anyFailing = anyFailing || severity == ShareStatusLabel::Severity::Failure;
+        anyBusy = anyBusy || severity == ShareStatusLabel::Severity::Busy;
+
+        auto *share = new QMenu(QStringLiteral("%1 — %2").arg(record.displayName(), label.text), m_menu);
+        m_menu->addMenu(share);
+        m_shareMenus.append(share);
+        share->setObjectName(QStringLiteral("share_%1").arg(id));
+        const bool busy = engine->isMountInProgress(id);
+        QAction *mount = share->addAction(tr("Mount"), this, [this, id] {
+            ActionSounds::play(*m_context.defaults, ActionSounds::Action::Mount);
+            m_context.engine->mount(id, true);
+        });
+        mount->setEnabled(!record.runtime_isMounted_Bool && !busy);
+        QAction *eject = share->addAction(tr("Eject"), this, [this, id] {
+            ActionSounds::play(*m_context.defaults, ActionSounds::Action::Eject);
+            if (m_context.engine->isMountInProgress(id))
+                m_context.engine->cancelMount(id);
+            else
+                m_context.engine->eject(id, false, true);
+        });
+        eject->setEnabled(record.runtime_isMounted_Bool || busy);
+        QAction *clean = share->addAction(tr("Clean Up"), this, [this, id] {
+            ActionSounds::play(*m_context.defaults, ActionSounds::Action::CleanUp);
+            m_context.engine->cleanUp(id);
+        });
+        clean->setEnabled(!record.runtime_isMounted_Bool && !busy);
+    }
+    if (engine->store().isEmpty())
+        m_menu->addAction(tr("No shares configured"))->setEnabled(false);
+    m_menu->addSeparator();
+
+    if (m_context.scheduler) {
+        QAction *pause = m_menu->addAction(paused ? tr("Resume Auto-Mount") : tr("Pause Auto-Mount"), this, [this] {
+            ActionSounds::play(*m_context.defaults, ActionSounds::Action::Pause);
+            if (m_context.scheduler->isAutoMountPaused())
+                m_context.scheduler->resumeAutoMount();
+            else
+                m_context.scheduler->pauseAutoMount();
+        });
+        pause->setEnabled(paused || anyMounted);
+    }
+    m_menu->addSeparator();
+    m_menu->addAction(tr("Open Dashboard"), this, &TrayController::dashboardRequested);
+    m_menu->addAction(tr("Log Manager…"), this, &TrayController::logManagerRequested);
+    m_menu->addAction(tr("Preferences…"), this, &TrayController::preferencesRequested);
+    m_menu->addSeparator();
+    m_menu->addAction(tr("Quit Tarnwell"), this, &TrayController::quitRequested);
+
+    using StatusIcons::Overall;
+    Overall state = Overall::Idle;
+    if (paused)
+        state = Overall::Paused;
+    else if (anyFailing)
+        state = Overall::Failing;
+    else if (anyBusy)
+        state = Overall::Busy;
+    else if (anyMounted)
+        state = Overall::AllMounted;
+    if (state != m_state || m_icon->icon().isNull()) {
+        m_state = state;
+        m_icon->setIcon(StatusIcons::trayIcon(state));
+    }
+}
