@@ -69,9 +69,9 @@ DashboardWindow::DashboardWindow(const UiContext &context, QWidget *parent)
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + 10);
     m_table->horizontalHeader()->setSectionResizeMode(ShareTableModel::StatusColumn, QHeaderView::Stretch);
-    m_table->setColumnWidth(ShareTableModel::NameColumn, 200);
-    m_table->setColumnWidth(ShareTableModel::UrlColumn, 240);
-    m_table->setColumnWidth(ShareTableModel::LabelColumn, 170);
+    m_table->setColumnWidth(ShareTableModel::NameColumn, 180);
+    m_table->setColumnWidth(ShareTableModel::UrlColumn, 260);
+    m_table->setColumnWidth(ShareTableModel::LabelColumn, 200);
     m_table->setColumnWidth(ShareTableModel::GroupColumn, 90);
     m_table->setShowGrid(false);
     m_table->setAlternatingRowColors(true);

@@ -84,5 +84,5 @@ ErrorCodeReferenceDialog::ErrorCodeReferenceDialog(QWidget *parent)
     done->setObjectName(QStringLiteral("doneButton"));
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     layout->addWidget(buttons);
-    resize(760, 520);
+    resize(760, 470);
 }

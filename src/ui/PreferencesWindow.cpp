@@ -50,11 +50,11 @@ PreferencesWindow::PreferencesWindow(const UiContext &context, QWidget *parent)
     auto *connections = new QGroupBox(tr("Connections"));
     auto *cform = new QFormLayout(connections);
     addSpin(cform, Preferences::Keys::TcpConnectionTimeout, tr("Connection test timeout:"), tr(" s"));
-    cform->addRow(QString(), helpLabel(tr("Range: 1 - 5 seconds")));
+    cform->addRow(helpLabel(tr("Range: 1 - 5 seconds")));
     addSpin(cform, Preferences::Keys::MountTimeout, tr("Mount timeout:"), tr(" s"));
-    cform->addRow(QString(), helpLabel(tr("Range: 10 - 300 seconds")));
+    cform->addRow(helpLabel(tr("Range: 10 - 300 seconds")));
     addSpin(cform, Preferences::Keys::AutoMountCheckInterval, tr("Auto-remount interval:"), tr(" s"));
-    cform->addRow(QString(),
+    cform->addRow(
                   helpLabel(tr("Range: 10 - 1440 seconds (default 15). How often Tarnwell re-checks Auto-Mount and "
                                "Scheduled Mount shares. Lower = faster reconnect after a drop; higher = quieter on "
                                "the network.")));
@@ -64,7 +64,7 @@ PreferencesWindow::PreferencesWindow(const UiContext &context, QWidget *parent)
     auto *logs = new QGroupBox(tr("Logs"));
     auto *lform = new QFormLayout(logs);
     addSpin(lform, Preferences::Keys::MaxNumberOfLogLines, tr("Keep at most:"), tr(" entries"));
-    lform->addRow(QString(), helpLabel(tr("Range: 10 - 2000 entries")));
+    lform->addRow(helpLabel(tr("Range: 10 - 2000 entries")));
     addCheck(lform, Preferences::Keys::DeleteAssociatedLogEntries, tr("Auto-delete logs when share is removed"),
              tr("Removes log history for a share when it's deleted"));
     auto *clear = new QPushButton(tr("Clear All Logs…"));
@@ -171,7 +171,7 @@ PreferencesWindow::PreferencesWindow(const UiContext &context, QWidget *parent)
     right->addStretch();
 
     reload();
-    resize(820, 460);
+    resize(820, 410);
 }
 
 QSpinBox *PreferencesWindow::addSpin(QFormLayout *form, const QString &key, const QString &label,
@@ -205,7 +205,7 @@ QCheckBox *PreferencesWindow::addCheck(QFormLayout *form, const QString &key, co
     });
     form->addRow(QString(), box);
     if (!help.isEmpty())
-        form->addRow(QString(), helpLabel(help));
+        form->addRow(helpLabel(help));
     return box;
 }
 

@@ -92,6 +92,7 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
 
     m_host = addLine(QStringLiteral("host"));
     m_host->setPlaceholderText(tr("Server name or address"));
+    m_host->setMinimumWidth(280);
     form->addRow(tr("Server:"), m_host);
     form->addRow(QString(), errorLabel(QStringLiteral("host")));
 
@@ -115,7 +116,7 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
     auto *urlHelpLabel = new QLabel(urlHelp());
     urlHelpLabel->setWordWrap(true);
     urlHelpLabel->setStyleSheet(QStringLiteral("QLabel { color: palette(mid); font-size: small; }"));
-    form->addRow(QString(), urlHelpLabel);
+    form->addRow(urlHelpLabel); // full width: a wrapped label in the field column is cut short
 
     m_guest = new QCheckBox(tr("Guest login (no password)"));
     m_guest->setObjectName(QStringLiteral("guest"));
@@ -179,7 +180,7 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
     m_ssids->setToolTip(tr("Comma-separated Wi-Fi network names the share may mount on. Empty: any network."));
     auto_->addRow(tr("Allowed Wi-Fi:"), m_ssids);
     m_mac = addLine(QStringLiteral("mac"));
-    m_mac->setPlaceholderText(QStringLiteral("00:11:22:33:44:55"));
+    m_mac->setPlaceholderText(tr("e.g. 00:11:22:33:44:55"));
     m_mac->setToolTip(tr("Hardware address of the server, woken with a Wake-on-LAN packet before mounting."));
     auto_->addRow(tr("Wake-on-LAN:"), m_mac);
     auto_->addRow(QString(), errorLabel(QStringLiteral("mac")));
@@ -232,6 +233,9 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
 
     if (m_readOnly) {
         content->setEnabled(false);
+        // A disabled field's placeholder reads like a value; a managed share shows only what it holds.
+        for (QLineEdit *edit : content->findChildren<QLineEdit *>())
+            edit->setPlaceholderText(QString());
     } else if (!m_isNew) {
         loadPassword();
     }
