@@ -12,34 +12,33 @@ namespace ErrorCodeReference {
 
 QList<ErrorCodeInfo> rows()
 {
-    const auto t = [](const char *text) { return QCoreApplication::translate("ErrorCodeReference", text); };
     // Two rows are kept as they stand although other parts of the system read them differently: 88 carries the
     // name EIDRM, and -6600 is explained as a permission issue while the pipeline reports it as an internal
     // authentication error. The reference says what the user may check.
     return {
         {2, QStringLiteral("ENOENT"),
-         t("Share not found. The share name doesn't exist on this server. Verify the exact share name (case-sensitive).")},
+         QCoreApplication::translate("ErrorCodeReference", "Share not found. The share name doesn't exist on this server. Verify the exact share name (case-sensitive).")},
         {5, QStringLiteral("EIO"),
-         t("I/O Error / Access Denied. Server rejected connection. Account may not have access, WebDAV not enabled, or "
+         QCoreApplication::translate("ErrorCodeReference", "I/O Error / Access Denied. Server rejected connection. Account may not have access, WebDAV not enabled, or "
            "2FA blocking access.")},
         {13, QStringLiteral("EACCES"),
-         t("Permission denied. You don't have access rights to this share. Contact your server administrator.")},
+         QCoreApplication::translate("ErrorCodeReference", "Permission denied. You don't have access rights to this share. Contact your server administrator.")},
         {17, QStringLiteral("EEXIST"),
-         t("Mount point already exists. Another volume is already mounted at this location.")},
+         QCoreApplication::translate("ErrorCodeReference", "Mount point already exists. Another volume is already mounted at this location.")},
         {19, QStringLiteral("ENODEV"),
-         t("No such device. The share path does not exist on this server. For WebDAV, leave Share Name blank to mount "
+         QCoreApplication::translate("ErrorCodeReference", "No such device. The share path does not exist on this server. For WebDAV, leave Share Name blank to mount "
            "the server root.")},
         {60, QStringLiteral("ETIMEDOUT"),
-         t("Connection timed out. Server took too long to respond. Check network or try again.")},
+         QCoreApplication::translate("ErrorCodeReference", "Connection timed out. Server took too long to respond. Check network or try again.")},
         {64, QStringLiteral("EHOSTDOWN"),
-         t("Host is down. The server is not responding. Check if it's powered on and connected to the network.")},
+         QCoreApplication::translate("ErrorCodeReference", "Host is down. The server is not responding. Check if it's powered on and connected to the network.")},
         {65, QStringLiteral("EHOSTUNREACH"),
-         t("No route to host. Cannot reach the server. Check hostname/IP, firewall settings, and network connectivity.")},
+         QCoreApplication::translate("ErrorCodeReference", "No route to host. Cannot reach the server. Check hostname/IP, firewall settings, and network connectivity.")},
         {80, QStringLiteral("EAUTH"),
-         t("Authentication failed. Username or password incorrect. For guest access, enable 'Guest Login'.")},
-        {88, QStringLiteral("EIDRM"), t("Identifier removed. The mount point or share was disconnected unexpectedly.")},
-        {-6600, t("Permission Issue"),
-         t("macOS sandbox or permission issue. May need to grant Full Disk Access in System Settings > Privacy.")},
+         QCoreApplication::translate("ErrorCodeReference", "Authentication failed. Username or password incorrect. For guest access, enable 'Guest Login'.")},
+        {88, QStringLiteral("EIDRM"), QCoreApplication::translate("ErrorCodeReference", "Identifier removed. The mount point or share was disconnected unexpectedly.")},
+        {-6600, QCoreApplication::translate("ErrorCodeReference", "Permission Issue"),
+         QCoreApplication::translate("ErrorCodeReference", "macOS sandbox or permission issue. May need to grant Full Disk Access in System Settings > Privacy.")},
     };
 }
 

@@ -3,17 +3,19 @@
 #include "StatusIcons.h"
 #include "UiContext.h"
 
+#include <QHash>
 #include <QObject>
 #include <QTimer>
 
+class QAction;
 class QMenu;
 class QSystemTrayIcon;
 
 // The tray item (a StatusNotifierItem on current desktops): an icon for the overall state (all mounted,
 // something failing, paused, busy, idle), a left click that opens the dashboard, and a menu with each
-// share (its status label; Mount / Eject / Clean Up), pause/resume, the windows and Quit. The menu and the
-// icon are rebuilt shortly after the engine reports a change (coalesced, so a burst of status changes costs
-// one rebuild).
+// share (its status label; Mount / Eject / Clean Up), pause/resume, the windows and Quit. A status change
+// updates that share's entry only; the menu is rebuilt when shares are added, removed or edited, or the pause
+// switch flips (coalesced on a zero timer); the overall icon is recomputed at most every 200 ms.
 // Thread: main thread.
 class TrayController : public QObject
 {
@@ -38,12 +40,25 @@ Q_SIGNALS:
 
 private:
     void scheduleRebuild();
+    void updateShare(qint64 id);
+    void onRecordsChanged();
+    void updateIcon();
+
+    struct ShareEntry
+    {
+        QMenu *menu = nullptr;
+        QAction *mount = nullptr;
+        QAction *eject = nullptr;
+        QAction *cleanUp = nullptr;
+    };
 
     UiContext m_context;
     QSystemTrayIcon *m_icon;
     QMenu *m_menu;
-    QList<QMenu *> m_shareMenus;
+    QHash<qint64, ShareEntry> m_shares;
+    QList<qint64> m_order; // the shares in the menu, in order
     QTimer m_rebuild;
+    QTimer m_iconTimer;
     StatusIcons::Overall m_state = StatusIcons::Overall::Idle;
     bool m_visible = false;
 };

@@ -6,6 +6,7 @@
 #include "ui/Languages.h"
 #include "ui/LoginItem.h"
 #include "ui/PreferencesWindow.h"
+#include "ui/ShareStatusLabel.h"
 #include "ui/TrayController.h"
 
 #include "base/Preferences.h"
@@ -18,6 +19,7 @@
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTest>
+#include <QTranslator>
 
 class TestPreferencesWindow : public QObject
 {
@@ -34,6 +36,7 @@ private Q_SLOTS:
     void startAtLoginWritesAutostartEntry();
     void languageChangeAsksForRestart();
     void trayMenuListsSharesAndMounts();
+    void germanTranslationIsBuiltIn();
 
 private:
     static DesktopShell::Hooks hooks(bool tray = true)
@@ -208,6 +211,21 @@ void TestPreferencesWindow::trayMenuListsSharesAndMounts()
     share = tray.menu()->findChild<QMenu *>(QStringLiteral("share_%1").arg(id));
     QCOMPARE(share->title(), QStringLiteral("127.0.0.1/docs — MOUNTED ✓"));
     QVERIFY(!share->actions().first()->isEnabled());
+}
+
+void TestPreferencesWindow::germanTranslationIsBuiltIn()
+{
+    GuiHarness h;
+    Languages::store(h.defaults, QStringLiteral("de"));
+    QTranslator *translator = Languages::install(h.defaults);
+    QVERIFY(translator);
+    const auto label = ShareStatusLabel::derive({false, false, QStringLiteral("Host unreachable (Error 65)"), {}});
+    const auto idle = ShareStatusLabel::derive({false, false, QStringLiteral("Ready"), {}});
+    QCoreApplication::removeTranslator(translator);
+    delete translator;
+    QCOMPARE(label.text, QStringLiteral("HOST NICHT ERREICHBAR"));
+    // The engine's own status texts stay English, so the idle test still recognises them.
+    QCOMPARE(idle.text, QStringLiteral("BEREIT"));
 }
 
 QTEST_MAIN(TestPreferencesWindow)
