@@ -8,6 +8,8 @@ packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-base-dev-tools libqt6dbus6 libqt6network6 libqt6widgets6
   libglib2.0-dev libplist-dev libsecret-1-dev libavahi-client-dev
+  # tray application: action sounds (desktop sound theme), translations (Qt Linguist tools)
+  libcanberra-dev qt6-l10n-tools qt6-tools-dev
   # run time
   gvfs gvfs-backends gvfs-fuse fuse3 dbus dbus-x11 smbclient libsecret-tools zsh
   # test stack: real servers and daemons on loopback

@@ -6,6 +6,20 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
+#ifdef TARNWELL_WITH_GUI
+#include "ui/DesktopShell.h"
+#include "ui/Languages.h"
+
+#include "base/Defaults.h"
+#include "engine/EngineHost.h"
+
+#include <QApplication>
+#include <QSystemTrayIcon>
+#endif
+
+#include <cstring>
+#include <memory>
+
 namespace {
 
 #ifdef TARNWELL_WITH_GUI
@@ -19,7 +33,23 @@ bool hasDisplay()
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
+    // The application object's kind depends on the mode, which is known before the parser runs.
+    bool headlessRequested = false;
+    for (int i = 1; i < argc; ++i)
+        headlessRequested = headlessRequested || std::strcmp(argv[i], "--headless") == 0;
+#ifdef TARNWELL_WITH_GUI
+    const bool guiApplication = !headlessRequested && hasDisplay();
+#else
+    const bool guiApplication = false;
+#endif
+    std::unique_ptr<QCoreApplication> application;
+#ifdef TARNWELL_WITH_GUI
+    if (guiApplication)
+        application = std::make_unique<QApplication>(argc, argv);
+#endif
+    if (!application)
+        application = std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication &app = *application;
     QCoreApplication::setApplicationName(QStringLiteral("tarnwell"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TARNWELL_VERSION));
 
@@ -37,11 +67,7 @@ int main(int argc, char *argv[])
                                  QStringLiteral("[url...]"));
     parser.process(app);
 
-#ifdef TARNWELL_WITH_GUI
-    const bool withUserInterface = !parser.isSet(headless) && hasDisplay();
-#else
-    const bool withUserInterface = false;
-#endif
+    const bool withUserInterface = guiApplication && !parser.isSet(headless);
 
     AppDelegate delegate(parser.positionalArguments());
     switch (delegate.launch()) {
@@ -53,10 +79,34 @@ int main(int argc, char *argv[])
         break;
     }
 
-    // Seam for the tray user interface: it attaches here to delegate.host() and delegate.control() (and the
-    // application object becomes a QApplication). Until it is built the engine runs the same either way.
-    if (withUserInterface)
-        Console::line(QStringLiteral("🔧 [SETUP] Tray interface not in this build yet; running the engine only"));
+#ifdef TARNWELL_WITH_GUI
+    // The tray application attaches to the running engine (its launch entry written, its notice queued).
+    std::unique_ptr<DesktopShell> shell;
+    if (withUserInterface) {
+        EngineHost *host = delegate.host();
+        Languages::install(host->defaults());
+        UiContext context;
+        context.engine = &host->engine();
+        context.eventLog = &host->eventLog();
+        context.defaults = &host->defaults();
+        context.center = &host->center();
+        context.scheduler = &host->scheduler();
+        context.credentials = &host->credentials();
+        context.control = delegate.control();
+        DesktopShell::Hooks hooks;
+        hooks.quit = [&delegate] { delegate.quit(); };
+        hooks.setNoticePresenter = [host](const auto &presenter) { host->setNoticePresenter(presenter); };
+        hooks.trayAvailable = QSystemTrayIcon::isSystemTrayAvailable();
+        shell = std::make_unique<DesktopShell>(context, std::move(hooks));
+        shell->start();
+    }
+#else
+    Q_UNUSED(withUserInterface);
+#endif
 
-    return app.exec();
+    const int status = app.exec();
+#ifdef TARNWELL_WITH_GUI
+    shell.reset(); // the windows go before the engine they show
+#endif
+    return status;
 }

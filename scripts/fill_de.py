@@ -1,0 +1,184 @@
+#!/usr/bin/python3
+# Fills src/ui/translations/tarnwell_de.ts from the table below (run after lupdate when texts change).
+import sys
+import xml.etree.ElementTree as ET
+
+DE = {
+ 'Tarnwell': 'Tarnwell', 'Mount': 'Verbinden', 'Eject': 'Auswerfen', 'Clean Up': 'Aufräumen', 'Verify': 'Prüfen',
+ 'Add': 'Hinzufügen', 'Edit': 'Bearbeiten', 'Duplicate': 'Duplizieren', 'Delete': 'Löschen',
+ 'Pause Auto-Mount': 'Auto-Mount pausieren', 'Shares': 'Freigaben', 'Logs': 'Protokolle',
+ '%1 is mounted.': '%1 ist verbunden.', '%1: %2': '%1: %2', '%1 was ejected.': '%1 wurde ausgeworfen.',
+ '%1 could not be ejected.': '%1 konnte nicht ausgeworfen werden.',
+ 'Clean Up finished for %1.': 'Aufräumen für %1 abgeschlossen.', 'Auto-mount paused.': 'Auto-Mount pausiert.',
+ 'Auto-mount resumed.': 'Auto-Mount fortgesetzt.', 'View': 'Ansehen', 'Resume Auto-Mount': 'Auto-Mount fortsetzen',
+ 'Mounted at %1.': 'Verbunden unter %1.',
+ 'Mounted; auto-mount is paused and will not reconnect it after a drop.':
+   'Verbunden; Auto-Mount ist pausiert und verbindet nach einem Abbruch nicht neu.',
+ 'Auto-mount is paused: this share is not mounted automatically until you resume.':
+   'Auto-Mount ist pausiert: Diese Freigabe wird erst nach dem Fortsetzen wieder automatisch verbunden.',
+ 'Empty folders left by lost connections were removed.':
+   'Leere Ordner verlorener Verbindungen wurden entfernt.',
+ 'Not mounted. Select Mount to connect.': 'Nicht verbunden. Wählen Sie „Verbinden“.',
+ 'Ejected. Auto-mount shares are mounted again at the next check.':
+   'Ausgeworfen. Auto-Mount-Freigaben werden bei der nächsten Prüfung wieder verbunden.',
+ 'Connecting to %1…': 'Verbinde mit %1…',
+ 'The server does not answer. Check that it is on and reachable from this network.':
+   'Der Server antwortet nicht. Prüfen Sie, ob er eingeschaltet und aus diesem Netz erreichbar ist.',
+ 'The server has no share of that name. Check the share name (it is case-sensitive).':
+   'Der Server hat keine Freigabe dieses Namens. Prüfen Sie den Freigabenamen (Groß-/Kleinschreibung).',
+ "The server refused access. Check the account's rights on this share.":
+   'Der Server verweigert den Zugriff. Prüfen Sie die Rechte des Kontos auf dieser Freigabe.',
+ 'User name or password incorrect. Edit the share to correct them.':
+   'Benutzername oder Passwort falsch. Bearbeiten Sie die Freigabe, um sie zu korrigieren.',
+ 'The server took too long to answer. Try again, or raise the mount timeout in Preferences.':
+   'Der Server hat zu lange gebraucht. Versuchen Sie es erneut oder erhöhen Sie das Verbindungs-Zeitlimit in den Einstellungen.',
+ 'No connection to the server could be made.': 'Es konnte keine Verbindung zum Server hergestellt werden.',
+ "The server's name could not be resolved. Check the name, or use its address.":
+   'Der Servername konnte nicht aufgelöst werden. Prüfen Sie den Namen oder verwenden Sie die Adresse.',
+ 'The last attempt failed; see the Logs tab for details.':
+   'Der letzte Versuch ist fehlgeschlagen; Details im Tab „Protokolle“.',
+ '%1 is no longer mounted.': '%1 ist nicht mehr verbunden.', 'Share added.': 'Freigabe hinzugefügt.',
+ 'Share duplicated.': 'Freigabe dupliziert.', 'Delete Share?': 'Freigabe löschen?',
+ '"%1" will be removed from Tarnwell. This action cannot be undone.':
+   '„%1“ wird aus Tarnwell entfernt. Dies kann nicht rückgängig gemacht werden.',
+ 'Share deleted.': 'Freigabe gelöscht.',
+ 'Auto-mount can be paused only while at least one share is mounted':
+   'Auto-Mount kann nur pausiert werden, solange mindestens eine Freigabe verbunden ist',
+ '&Tarnwell': '&Tarnwell', 'Preferences…': 'Einstellungen…', 'Log Manager…': 'Protokollverwaltung…',
+ 'Quit Tarnwell': 'Tarnwell beenden', 'Error Codes Reference': 'Fehlercode-Referenz',
+ "These are the error codes in a mount failure's status and log line. This system's mount service (GVfs) reports its failures in this numbering, which follows the BSD system error codes.":
+   'Dies sind die Fehlercodes im Status und in der Protokollzeile eines fehlgeschlagenen Verbindens. Der Verbindungsdienst dieses Systems (GVfs) meldet seine Fehler in dieser Nummerierung, die den BSD-Systemfehlercodes folgt.',
+ 'Code': 'Code', 'Name': 'Name', 'Description': 'Beschreibung', 'Done': 'Fertig',
+ 'System Default': 'Systemstandard', 'Date': 'Datum', 'Time': 'Zeit', 'Status': 'Status',
+ 'Status Text': 'Statustext', 'Message': 'Meldung', 'Server': 'Server', 'Copy': 'Kopieren',
+ 'Clear Log': 'Protokoll leeren', 'Error Codes': 'Fehlercodes',
+ 'View a reference of common error codes and their meanings':
+   'Eine Übersicht häufiger Fehlercodes und ihrer Bedeutung anzeigen',
+ 'Clear All Logs?': 'Alle Protokolle löschen?',
+ 'This will permanently delete all log entries. This action cannot be undone.':
+   'Alle Protokolleinträge werden dauerhaft gelöscht. Dies kann nicht rückgängig gemacht werden.',
+ 'Clear Logs': 'Protokolle löschen', 'Log Manager': 'Protokollverwaltung',
+ 'Tarnwell Preferences': 'Tarnwell-Einstellungen', 'Connections': 'Verbindungen',
+ 'Connection test timeout:': 'Zeitlimit Verbindungstest:', ' s': ' s', 'Range: 1 - 5 seconds': 'Bereich: 1 - 5 Sekunden',
+ 'Mount timeout:': 'Zeitlimit Verbinden:', 'Range: 10 - 300 seconds': 'Bereich: 10 - 300 Sekunden',
+ 'Auto-remount interval:': 'Intervall Auto-Remount:',
+ 'Range: 10 - 1440 seconds (default 15). How often Tarnwell re-checks Auto-Mount and Scheduled Mount shares. Lower = faster reconnect after a drop; higher = quieter on the network.':
+   'Bereich: 10 - 1440 Sekunden (Standard 15). Wie oft Tarnwell Auto-Mount- und geplante Freigaben prüft. Niedriger = schnelleres Neuverbinden nach einem Abbruch; höher = weniger Netzverkehr.',
+ 'Keep at most:': 'Höchstens behalten:', ' entries': ' Einträge', 'Range: 10 - 2000 entries': 'Bereich: 10 - 2000 Einträge',
+ 'Auto-delete logs when share is removed': 'Protokolle beim Entfernen einer Freigabe automatisch löschen',
+ "Removes log history for a share when it's deleted": 'Entfernt den Protokollverlauf einer Freigabe, wenn sie gelöscht wird',
+ 'Clear All Logs…': 'Alle Protokolle löschen…',
+ 'Clear all logs if needed for security or privacy reasons.':
+   'Alle Protokolle löschen, falls aus Sicherheits- oder Datenschutzgründen nötig.',
+ 'Open Logs': 'Protokolle öffnen',
+ 'Bring Tarnwell to the front and open the Logs tab.': 'Tarnwell in den Vordergrund holen und den Tab „Protokolle“ öffnen.',
+ 'Application': 'Anwendung', 'Open Dashboard at Startup': 'Übersicht beim Start öffnen',
+ 'Play action sounds': 'Aktionstöne abspielen',
+ 'Play a short sound when you click Mount, Eject, Pause, or Clean Up. Silent when the desktop is muted.':
+   'Spielt einen kurzen Ton bei Verbinden, Auswerfen, Pause oder Aufräumen. Stumm, wenn der Desktop stummgeschaltet ist.',
+ 'This build plays no sounds.': 'Diese Version spielt keine Töne ab.', 'Tray only': 'Nur im Infobereich',
+ 'Tray and taskbar': 'Infobereich und Taskleiste', 'Taskbar only': 'Nur in der Taskleiste',
+ 'Show Tarnwell in:': 'Tarnwell anzeigen in:', 'Start at login': 'Bei der Anmeldung starten',
+ 'Restart Required': 'Neustart erforderlich',
+ 'The language change will take effect after restarting Tarnwell.':
+   'Die neue Sprache gilt nach einem Neustart von Tarnwell.',
+ 'Language:': 'Sprache:', 'Configuration': 'Konfiguration', 'Import…': 'Importieren…', 'Export…': 'Exportieren…',
+ 'Configuration import and export are not part of this build yet.':
+   'Import und Export der Konfiguration sind in dieser Version noch nicht enthalten.',
+ "Updates come with your distribution's packages.": 'Aktualisierungen kommen mit den Paketen Ihrer Distribution.',
+ 'Network port number. Leave empty for defaults:\n• SMB: 445\n• AFP: 548\n• NFS: 2049\n• WebDAV: 80\n• WebDAV Secure: 443\n\nOnly change if your server uses a non-standard port.':
+   'Netzwerk-Port. Leer lassen für die Standardwerte:\n• SMB: 445\n• AFP: 548\n• NFS: 2049\n• WebDAV: 80\n• WebDAV Secure: 443\n\nNur ändern, wenn Ihr Server einen anderen Port verwendet.',
+ 'This is the URL Tarnwell will mount. Select the text to copy it.\nA Share Name of RAW becomes /RAW on the server; leave it blank for /.':
+   'Diese URL verbindet Tarnwell. Markieren Sie den Text, um ihn zu kopieren.\nDer Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.',
+ 'For WebDAV, leave Share Name blank to mount the server root.':
+   'Bei WebDAV den Freigabenamen leer lassen, um das Stammverzeichnis des Servers zu verbinden.',
+ 'Add Share': 'Freigabe hinzufügen', 'Edit Share': 'Freigabe bearbeiten', 'IT-Managed Share': 'Von der IT verwaltete Freigabe',
+ 'This share is managed by %1. Settings cannot be modified.':
+   'Diese Freigabe wird von %1 verwaltet. Die Einstellungen können nicht geändert werden.',
+ 'Connection': 'Verbindung', 'Optional display name': 'Optionaler Anzeigename', 'Name:': 'Name:',
+ 'SMB': 'SMB', 'AFP': 'AFP', 'NFS': 'NFS', 'WebDAV': 'WebDAV', 'WebDAV Secure': 'WebDAV Secure',
+ 'Protocol:': 'Protokoll:', 'Server name or address': 'Servername oder Adresse', 'Server:': 'Server:',
+ 'Default': 'Standard', 'Port:': 'Port:', 'Share Name:': 'Freigabename:', 'Mount URL:': 'Verbindungs-URL:',
+ 'Guest login (no password)': 'Gastzugang (ohne Passwort)', 'User:': 'Benutzer:',
+ 'Stored in the keyring': 'Im Schlüsselbund gespeichert', 'No keyring available': 'Kein Schlüsselbund verfügbar',
+ 'Password:': 'Passwort:', 'e.g., Work, Media': 'z. B. Arbeit, Medien', 'Group:': 'Gruppe:',
+ 'Mounting and automation': 'Verbinden und Automatik', 'Mount at a custom folder': 'In einem eigenen Ordner verbinden',
+ 'Folder:': 'Ordner:', 'Auto-mount (keep mounted)': 'Auto-Mount (verbunden halten)', 'Scheduled mount': 'Geplantes Verbinden',
+ 'until': 'bis', 'Mount from:': 'Verbinden von:', 'Days:': 'Tage:', 'Any network': 'Jedes Netz',
+ 'Comma-separated Wi-Fi network names the share may mount on. Empty: any network.':
+   'Kommagetrennte WLAN-Namen, in denen die Freigabe verbunden werden darf. Leer: jedes Netz.',
+ 'Allowed Wi-Fi:': 'Erlaubtes WLAN:', 'e.g. 00:11:22:33:44:55': 'z. B. 00:11:22:33:44:55',
+ 'Hardware address of the server, woken with a Wake-on-LAN packet before mounting.':
+   'Hardware-Adresse des Servers; er wird vor dem Verbinden per Wake-on-LAN geweckt.',
+ 'Wake-on-LAN:': 'Wake-on-LAN:', 'After mount:': 'Nach dem Verbinden:', 'Before eject:': 'Vor dem Auswerfen:',
+ 'Choose…': 'Auswählen…', 'Choose Mount Folder': 'Ordner zum Verbinden wählen', 'Choose Script': 'Skript wählen',
+ '(enter a server)': '(Server eingeben)', 'Loading…': 'Wird geladen…',
+ "Enter the server's name or address.": 'Geben Sie den Namen oder die Adresse des Servers ein.',
+ 'A server name has no spaces or slashes; enter the share name below.':
+   'Ein Servername enthält keine Leerzeichen oder Schrägstriche; den Freigabenamen unten eingeben.',
+ "A port is a number from 1 to 65535, or empty for the protocol's default.":
+   'Ein Port ist eine Zahl von 1 bis 65535, oder leer für den Standard des Protokolls.',
+ 'Enter the share name. %1': 'Geben Sie den Freigabenamen ein. %1',
+ 'Enter a user name, or choose guest login.': 'Geben Sie einen Benutzernamen ein oder wählen Sie den Gastzugang.',
+ 'Choose a full folder path (beginning with /).': 'Wählen Sie einen vollständigen Ordnerpfad (beginnend mit /).',
+ 'A scheduled mount needs at least one day.': 'Ein geplantes Verbinden braucht mindestens einen Tag.',
+ 'Enter six hexadecimal pairs, e.g. 00:11:22:33:44:55.': 'Geben Sie sechs Hexadezimalpaare ein, z. B. 00:11:22:33:44:55.',
+ 'Choose a script by its full path.': 'Wählen Sie ein Skript mit vollständigem Pfad.',
+ # The engine's status texts are not translated: the idle test compares with them as they stand.
+ 'Ready': 'Ready',
+ 'MOUNTED · PAUSED': 'VERBUNDEN · PAUSIERT', 'MOUNTED ✓': 'VERBUNDEN ✓', 'PAUSED': 'PAUSIERT',
+ 'CLEANED UP': 'AUFGERÄUMT', 'READY': 'BEREIT', 'EJECTED': 'AUSGEWORFEN', 'CONNECTING %1': 'VERBINDE %1',
+ 'CONNECTING...': 'VERBINDE...', 'MOUNTING...': 'EINHÄNGEN...', 'HOST UNREACHABLE': 'HOST NICHT ERREICHBAR',
+ 'SHARE NOT FOUND': 'FREIGABE NICHT GEFUNDEN', 'ACCESS DENIED': 'ZUGRIFF VERWEIGERT', 'AUTH FAILED': 'ANMELDUNG FEHLGESCHLAGEN',
+ 'TIMED OUT': 'ZEITÜBERSCHREITUNG', 'CONNECT FAILED': 'VERBINDUNG FEHLGESCHLAGEN', 'HOST UNRESOLVED': 'HOST NICHT AUFGELÖST',
+ 'ERROR': 'FEHLER', 'RESOLVED': 'AUFGELÖST', 'LOCAL OK': 'LOKAL OK', 'AUTHENTICATING': 'ANMELDUNG',
+ 'Managed by %1': 'Verwaltet von %1', 'Share': 'Freigabe', 'URL': 'URL', 'State': 'Zustand', 'Group': 'Gruppe',
+ 'No shares configured': 'Keine Freigaben eingerichtet', 'Open Dashboard': 'Übersicht öffnen',
+ 'Permission Issue': 'Berechtigungsproblem',
+ "Share not found. The share name doesn't exist on this server. Verify the exact share name (case-sensitive).":
+   'Freigabe nicht gefunden. Der Freigabename existiert auf diesem Server nicht. Prüfen Sie den genauen Namen (Groß-/Kleinschreibung).',
+ 'I/O Error / Access Denied. Server rejected connection. Account may not have access, WebDAV not enabled, or 2FA blocking access.':
+   'E/A-Fehler / Zugriff verweigert. Der Server hat die Verbindung abgelehnt. Das Konto hat evtl. keinen Zugriff, WebDAV ist nicht aktiviert oder 2FA blockiert.',
+ "Permission denied. You don't have access rights to this share. Contact your server administrator.":
+   'Zugriff verweigert. Sie haben keine Rechte für diese Freigabe. Wenden Sie sich an die Serververwaltung.',
+ 'Mount point already exists. Another volume is already mounted at this location.':
+   'Einhängepunkt existiert bereits. An dieser Stelle ist bereits ein anderes Volume eingehängt.',
+ 'No such device. The share path does not exist on this server. For WebDAV, leave Share Name blank to mount the server root.':
+   'Kein solches Gerät. Der Freigabepfad existiert auf diesem Server nicht. Bei WebDAV den Freigabenamen leer lassen, um das Stammverzeichnis zu verbinden.',
+ 'Connection timed out. Server took too long to respond. Check network or try again.':
+   'Zeitüberschreitung. Der Server hat zu lange gebraucht. Netzwerk prüfen oder erneut versuchen.',
+ "Host is down. The server is not responding. Check if it's powered on and connected to the network.":
+   'Host ist nicht verfügbar. Der Server antwortet nicht. Prüfen Sie, ob er eingeschaltet und mit dem Netz verbunden ist.',
+ 'No route to host. Cannot reach the server. Check hostname/IP, firewall settings, and network connectivity.':
+   'Keine Route zum Host. Der Server ist nicht erreichbar. Hostname/IP, Firewall und Netzwerkverbindung prüfen.',
+ "Authentication failed. Username or password incorrect. For guest access, enable 'Guest Login'.":
+   "Anmeldung fehlgeschlagen. Benutzername oder Passwort falsch. Für Gastzugriff 'Gastzugang' aktivieren.",
+ 'Identifier removed. The mount point or share was disconnected unexpectedly.':
+   'Kennung entfernt. Der Einhängepunkt oder die Freigabe wurde unerwartet getrennt.',
+ 'macOS sandbox or permission issue. May need to grant Full Disk Access in System Settings > Privacy.':
+   'macOS-Sandbox- oder Berechtigungsproblem. Eventuell muss in den Systemeinstellungen > Datenschutz der vollständige Festplattenzugriff gewährt werden.',
+}
+PLURAL = {'%n share(s) configured.': ['%n Freigabe eingerichtet.', '%n Freigaben eingerichtet.']}
+
+path = sys.argv[1]
+tree = ET.parse(path)
+tree.getroot().set('language', 'de_DE')
+missing = []
+for m in tree.iter('message'):
+    src = m.find('source').text
+    tr = m.find('translation')
+    if src in PLURAL:
+        for child in list(tr):
+            tr.remove(child)
+        tr.text = None
+        for form in PLURAL[src]:
+            ET.SubElement(tr, 'numerusform').text = form
+    elif src in DE:
+        tr.text = DE[src]
+    else:
+        missing.append(src)
+        continue
+    tr.attrib.pop('type', None)
+tree.write(path, encoding='utf-8', xml_declaration=True)
+if missing:
+    sys.exit('untranslated: ' + repr(missing))

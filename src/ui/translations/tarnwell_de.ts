@@ -1,0 +1,1176 @@
+<?xml version='1.0' encoding='utf-8'?>
+<TS version="2.1" language="de_DE">
+<context>
+    <name>DashboardWindow</name>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="37" />
+        <source>Tarnwell</source>
+        <translation>Tarnwell</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="50" />
+        <source>Mount</source>
+        <translation>Verbinden</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="51" />
+        <source>Eject</source>
+        <translation>Auswerfen</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="52" />
+        <source>Clean Up</source>
+        <translation>Aufräumen</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="53" />
+        <source>Verify</source>
+        <translation>Prüfen</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="55" />
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="56" />
+        <location filename="../DashboardWindow.cpp" line="175" />
+        <source>Edit</source>
+        <translation>Bearbeiten</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="57" />
+        <source>Duplicate</source>
+        <translation>Duplizieren</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="58" />
+        <location filename="../DashboardWindow.cpp" line="329" />
+        <source>Delete</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="60" />
+        <location filename="../DashboardWindow.cpp" line="179" />
+        <source>Pause Auto-Mount</source>
+        <translation>Auto-Mount pausieren</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="94" />
+        <source>Shares</source>
+        <translation>Freigaben</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="95" />
+        <source>Logs</source>
+        <translation>Protokolle</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="112" />
+        <source>%1 is mounted.</source>
+        <translation>%1 ist verbunden.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="113" />
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="116" />
+        <source>%1 was ejected.</source>
+        <translation>%1 wurde ausgeworfen.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="116" />
+        <source>%1 could not be ejected.</source>
+        <translation>%1 konnte nicht ausgeworfen werden.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="119" />
+        <source>Clean Up finished for %1.</source>
+        <translation>Aufräumen für %1 abgeschlossen.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="122" />
+        <source>Auto-mount paused.</source>
+        <translation>Auto-Mount pausiert.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="122" />
+        <source>Auto-mount resumed.</source>
+        <translation>Auto-Mount fortgesetzt.</translation>
+    </message>
+    <message numerus="yes">
+        <location filename="../DashboardWindow.cpp" line="128" />
+        <source>%n share(s) configured.</source>
+        <translation><numerusform>%n Freigabe eingerichtet.</numerusform><numerusform>%n Freigaben eingerichtet.</numerusform></translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="175" />
+        <source>View</source>
+        <translation>Ansehen</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="179" />
+        <source>Resume Auto-Mount</source>
+        <translation>Auto-Mount fortsetzen</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="190" />
+        <source>Mounted at %1.</source>
+        <translation>Verbunden unter %1.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="192" />
+        <source>Mounted; auto-mount is paused and will not reconnect it after a drop.</source>
+        <translation>Verbunden; Auto-Mount ist pausiert und verbindet nach einem Abbruch nicht neu.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="194" />
+        <source>Auto-mount is paused: this share is not mounted automatically until you resume.</source>
+        <translation>Auto-Mount ist pausiert: Diese Freigabe wird erst nach dem Fortsetzen wieder automatisch verbunden.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="196" />
+        <source>Empty folders left by lost connections were removed.</source>
+        <translation>Leere Ordner verlorener Verbindungen wurden entfernt.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="198" />
+        <source>Not mounted. Select Mount to connect.</source>
+        <translation>Nicht verbunden. Wählen Sie „Verbinden“.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="200" />
+        <source>Ejected. Auto-mount shares are mounted again at the next check.</source>
+        <translation>Ausgeworfen. Auto-Mount-Freigaben werden bei der nächsten Prüfung wieder verbunden.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="203" />
+        <source>Connecting to %1…</source>
+        <translation>Verbinde mit %1…</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="205" />
+        <source>The server does not answer. Check that it is on and reachable from this network.</source>
+        <translation>Der Server antwortet nicht. Prüfen Sie, ob er eingeschaltet und aus diesem Netz erreichbar ist.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="207" />
+        <source>The server has no share of that name. Check the share name (it is case-sensitive).</source>
+        <translation>Der Server hat keine Freigabe dieses Namens. Prüfen Sie den Freigabenamen (Groß-/Kleinschreibung).</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="209" />
+        <source>The server refused access. Check the account's rights on this share.</source>
+        <translation>Der Server verweigert den Zugriff. Prüfen Sie die Rechte des Kontos auf dieser Freigabe.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="211" />
+        <source>User name or password incorrect. Edit the share to correct them.</source>
+        <translation>Benutzername oder Passwort falsch. Bearbeiten Sie die Freigabe, um sie zu korrigieren.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="213" />
+        <source>The server took too long to answer. Try again, or raise the mount timeout in Preferences.</source>
+        <translation>Der Server hat zu lange gebraucht. Versuchen Sie es erneut oder erhöhen Sie das Verbindungs-Zeitlimit in den Einstellungen.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="215" />
+        <source>No connection to the server could be made.</source>
+        <translation>Es konnte keine Verbindung zum Server hergestellt werden.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="217" />
+        <source>The server's name could not be resolved. Check the name, or use its address.</source>
+        <translation>Der Servername konnte nicht aufgelöst werden. Prüfen Sie den Namen oder verwenden Sie die Adresse.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="219" />
+        <source>The last attempt failed; see the Logs tab for details.</source>
+        <translation>Der letzte Versuch ist fehlgeschlagen; Details im Tab „Protokolle“.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="275" />
+        <source>%1 is no longer mounted.</source>
+        <translation>%1 ist nicht mehr verbunden.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="284" />
+        <source>Share added.</source>
+        <translation>Freigabe hinzugefügt.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="310" />
+        <source>Share duplicated.</source>
+        <translation>Freigabe dupliziert.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="326" />
+        <source>Delete Share?</source>
+        <translation>Freigabe löschen?</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="327" />
+        <source>"%1" will be removed from Tarnwell. This action cannot be undone.</source>
+        <translation>„%1“ wird aus Tarnwell entfernt. Dies kann nicht rückgängig gemacht werden.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="336" />
+        <source>Share deleted.</source>
+        <translation>Freigabe gelöscht.</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="349" />
+        <source>Auto-mount can be paused only while at least one share is mounted</source>
+        <translation>Auto-Mount kann nur pausiert werden, solange mindestens eine Freigabe verbunden ist</translation>
+    </message>
+</context>
+<context>
+    <name>DesktopShell</name>
+    <message>
+        <location filename="../DesktopShell.cpp" line="51" />
+        <source>&amp;Tarnwell</source>
+        <translation>&amp;Tarnwell</translation>
+    </message>
+    <message>
+        <location filename="../DesktopShell.cpp" line="52" />
+        <source>Preferences…</source>
+        <translation>Einstellungen…</translation>
+    </message>
+    <message>
+        <location filename="../DesktopShell.cpp" line="53" />
+        <source>Log Manager…</source>
+        <translation>Protokollverwaltung…</translation>
+    </message>
+    <message>
+        <location filename="../DesktopShell.cpp" line="55" />
+        <source>Quit Tarnwell</source>
+        <translation>Tarnwell beenden</translation>
+    </message>
+</context>
+<context>
+    <name>ErrorCodeReference</name>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="20" />
+        <source>Share not found. The share name doesn't exist on this server. Verify the exact share name (case-sensitive).</source>
+        <translation>Freigabe nicht gefunden. Der Freigabename existiert auf diesem Server nicht. Prüfen Sie den genauen Namen (Groß-/Kleinschreibung).</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="22" />
+        <source>I/O Error / Access Denied. Server rejected connection. Account may not have access, WebDAV not enabled, or 2FA blocking access.</source>
+        <translation>E/A-Fehler / Zugriff verweigert. Der Server hat die Verbindung abgelehnt. Das Konto hat evtl. keinen Zugriff, WebDAV ist nicht aktiviert oder 2FA blockiert.</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="25" />
+        <source>Permission denied. You don't have access rights to this share. Contact your server administrator.</source>
+        <translation>Zugriff verweigert. Sie haben keine Rechte für diese Freigabe. Wenden Sie sich an die Serververwaltung.</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="27" />
+        <source>Mount point already exists. Another volume is already mounted at this location.</source>
+        <translation>Einhängepunkt existiert bereits. An dieser Stelle ist bereits ein anderes Volume eingehängt.</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="29" />
+        <source>No such device. The share path does not exist on this server. For WebDAV, leave Share Name blank to mount the server root.</source>
+        <translation>Kein solches Gerät. Der Freigabepfad existiert auf diesem Server nicht. Bei WebDAV den Freigabenamen leer lassen, um das Stammverzeichnis zu verbinden.</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="32" />
+        <source>Connection timed out. Server took too long to respond. Check network or try again.</source>
+        <translation>Zeitüberschreitung. Der Server hat zu lange gebraucht. Netzwerk prüfen oder erneut versuchen.</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="34" />
+        <source>Host is down. The server is not responding. Check if it's powered on and connected to the network.</source>
+        <translation>Host ist nicht verfügbar. Der Server antwortet nicht. Prüfen Sie, ob er eingeschaltet und mit dem Netz verbunden ist.</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="36" />
+        <source>No route to host. Cannot reach the server. Check hostname/IP, firewall settings, and network connectivity.</source>
+        <translation>Keine Route zum Host. Der Server ist nicht erreichbar. Hostname/IP, Firewall und Netzwerkverbindung prüfen.</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="38" />
+        <source>Authentication failed. Username or password incorrect. For guest access, enable 'Guest Login'.</source>
+        <translation>Anmeldung fehlgeschlagen. Benutzername oder Passwort falsch. Für Gastzugriff 'Gastzugang' aktivieren.</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="39" />
+        <source>Identifier removed. The mount point or share was disconnected unexpectedly.</source>
+        <translation>Kennung entfernt. Der Einhängepunkt oder die Freigabe wurde unerwartet getrennt.</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="40" />
+        <source>Permission Issue</source>
+        <translation>Berechtigungsproblem</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="41" />
+        <source>macOS sandbox or permission issue. May need to grant Full Disk Access in System Settings &gt; Privacy.</source>
+        <translation>macOS-Sandbox- oder Berechtigungsproblem. Eventuell muss in den Systemeinstellungen &gt; Datenschutz der vollständige Festplattenzugriff gewährt werden.</translation>
+    </message>
+</context>
+<context>
+    <name>ErrorCodeReferenceDialog</name>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="51" />
+        <source>Error Codes Reference</source>
+        <translation>Fehlercode-Referenz</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="53" />
+        <source>These are the error codes in a mount failure's status and log line. This system's mount service (GVfs) reports its failures in this numbering, which follows the BSD system error codes.</source>
+        <translation>Dies sind die Fehlercodes im Status und in der Protokollzeile eines fehlgeschlagenen Verbindens. Der Verbindungsdienst dieses Systems (GVfs) meldet seine Fehler in dieser Nummerierung, die den BSD-Systemfehlercodes folgt.</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="63" />
+        <source>Code</source>
+        <translation>Code</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="63" />
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="63" />
+        <source>Description</source>
+        <translation>Beschreibung</translation>
+    </message>
+    <message>
+        <location filename="../ErrorCodeReference.cpp" line="82" />
+        <source>Done</source>
+        <translation>Fertig</translation>
+    </message>
+</context>
+<context>
+    <name>Languages</name>
+    <message>
+        <location filename="../Languages.cpp" line="14" />
+        <source>System Default</source>
+        <translation>Systemstandard</translation>
+    </message>
+</context>
+<context>
+    <name>LogEventTableModel</name>
+    <message>
+        <location filename="../LogEventTableModel.cpp" line="80" />
+        <source>Date</source>
+        <translation>Datum</translation>
+    </message>
+    <message>
+        <location filename="../LogEventTableModel.cpp" line="82" />
+        <source>Time</source>
+        <translation>Zeit</translation>
+    </message>
+    <message>
+        <location filename="../LogEventTableModel.cpp" line="84" />
+        <source>Status</source>
+        <translation>Status</translation>
+    </message>
+    <message>
+        <location filename="../LogEventTableModel.cpp" line="86" />
+        <source>Status Text</source>
+        <translation>Statustext</translation>
+    </message>
+    <message>
+        <location filename="../LogEventTableModel.cpp" line="88" />
+        <source>Message</source>
+        <translation>Meldung</translation>
+    </message>
+    <message>
+        <location filename="../LogEventTableModel.cpp" line="90" />
+        <source>Server</source>
+        <translation>Server</translation>
+    </message>
+</context>
+<context>
+    <name>LogManagerWidget</name>
+    <message>
+        <location filename="../LogManagerWidget.cpp" line="66" />
+        <location filename="../LogManagerWidget.cpp" line="69" />
+        <source>Copy</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <location filename="../LogManagerWidget.cpp" line="78" />
+        <source>Clear Log</source>
+        <translation>Protokoll leeren</translation>
+    </message>
+    <message>
+        <location filename="../LogManagerWidget.cpp" line="81" />
+        <source>Error Codes</source>
+        <translation>Fehlercodes</translation>
+    </message>
+    <message>
+        <location filename="../LogManagerWidget.cpp" line="83" />
+        <source>View a reference of common error codes and their meanings</source>
+        <translation>Eine Übersicht häufiger Fehlercodes und ihrer Bedeutung anzeigen</translation>
+    </message>
+    <message>
+        <location filename="../LogManagerWidget.cpp" line="107" />
+        <source>Clear All Logs?</source>
+        <translation>Alle Protokolle löschen?</translation>
+    </message>
+    <message>
+        <location filename="../LogManagerWidget.cpp" line="108" />
+        <source>This will permanently delete all log entries. This action cannot be undone.</source>
+        <translation>Alle Protokolleinträge werden dauerhaft gelöscht. Dies kann nicht rückgängig gemacht werden.</translation>
+    </message>
+    <message>
+        <location filename="../LogManagerWidget.cpp" line="109" />
+        <source>Clear Logs</source>
+        <translation>Protokolle löschen</translation>
+    </message>
+</context>
+<context>
+    <name>LogManagerWindow</name>
+    <message>
+        <location filename="../LogManagerWidget.cpp" line="127" />
+        <source>Log Manager</source>
+        <translation>Protokollverwaltung</translation>
+    </message>
+</context>
+<context>
+    <name>PreferencesWindow</name>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="42" />
+        <source>Tarnwell Preferences</source>
+        <translation>Tarnwell-Einstellungen</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="50" />
+        <source>Connections</source>
+        <translation>Verbindungen</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="52" />
+        <source>Connection test timeout:</source>
+        <translation>Zeitlimit Verbindungstest:</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="52" />
+        <location filename="../PreferencesWindow.cpp" line="54" />
+        <location filename="../PreferencesWindow.cpp" line="56" />
+        <source> s</source>
+        <translation> s</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="53" />
+        <source>Range: 1 - 5 seconds</source>
+        <translation>Bereich: 1 - 5 Sekunden</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="54" />
+        <source>Mount timeout:</source>
+        <translation>Zeitlimit Verbinden:</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="55" />
+        <source>Range: 10 - 300 seconds</source>
+        <translation>Bereich: 10 - 300 Sekunden</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="56" />
+        <source>Auto-remount interval:</source>
+        <translation>Intervall Auto-Remount:</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="58" />
+        <source>Range: 10 - 1440 seconds (default 15). How often Tarnwell re-checks Auto-Mount and Scheduled Mount shares. Lower = faster reconnect after a drop; higher = quieter on the network.</source>
+        <translation>Bereich: 10 - 1440 Sekunden (Standard 15). Wie oft Tarnwell Auto-Mount- und geplante Freigaben prüft. Niedriger = schnelleres Neuverbinden nach einem Abbruch; höher = weniger Netzverkehr.</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="64" />
+        <source>Logs</source>
+        <translation>Protokolle</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="66" />
+        <source>Keep at most:</source>
+        <translation>Höchstens behalten:</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="66" />
+        <source> entries</source>
+        <translation> Einträge</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="67" />
+        <source>Range: 10 - 2000 entries</source>
+        <translation>Bereich: 10 - 2000 Einträge</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="68" />
+        <source>Auto-delete logs when share is removed</source>
+        <translation>Protokolle beim Entfernen einer Freigabe automatisch löschen</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="69" />
+        <source>Removes log history for a share when it's deleted</source>
+        <translation>Entfernt den Protokollverlauf einer Freigabe, wenn sie gelöscht wird</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="70" />
+        <source>Clear All Logs…</source>
+        <translation>Alle Protokolle löschen…</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="72" />
+        <source>Clear all logs if needed for security or privacy reasons.</source>
+        <translation>Alle Protokolle löschen, falls aus Sicherheits- oder Datenschutzgründen nötig.</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="76" />
+        <source>Clear All Logs?</source>
+        <translation>Alle Protokolle löschen?</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="77" />
+        <source>This will permanently delete all log entries. This action cannot be undone.</source>
+        <translation>Alle Protokolleinträge werden dauerhaft gelöscht. Dies kann nicht rückgängig gemacht werden.</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="77" />
+        <source>Clear Logs</source>
+        <translation>Protokolle löschen</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="83" />
+        <source>Open Logs</source>
+        <translation>Protokolle öffnen</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="85" />
+        <source>Bring Tarnwell to the front and open the Logs tab.</source>
+        <translation>Tarnwell in den Vordergrund holen und den Tab „Protokolle“ öffnen.</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="96" />
+        <source>Application</source>
+        <translation>Anwendung</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="98" />
+        <source>Open Dashboard at Startup</source>
+        <translation>Übersicht beim Start öffnen</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="99" />
+        <source>Play action sounds</source>
+        <translation>Aktionstöne abspielen</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="100" />
+        <source>Play a short sound when you click Mount, Eject, Pause, or Clean Up. Silent when the desktop is muted.</source>
+        <translation>Spielt einen kurzen Ton bei Verbinden, Auswerfen, Pause oder Aufräumen. Stumm, wenn der Desktop stummgeschaltet ist.</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="104" />
+        <source>This build plays no sounds.</source>
+        <translation>Diese Version spielt keine Töne ab.</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="108" />
+        <source>Tray only</source>
+        <translation>Nur im Infobereich</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="109" />
+        <source>Tray and taskbar</source>
+        <translation>Infobereich und Taskleiste</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="110" />
+        <source>Taskbar only</source>
+        <translation>Nur in der Taskleiste</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="118" />
+        <source>Show Tarnwell in:</source>
+        <translation>Tarnwell anzeigen in:</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="119" />
+        <source>Start at login</source>
+        <translation>Bei der Anmeldung starten</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="146" />
+        <source>Restart Required</source>
+        <translation>Neustart erforderlich</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="147" />
+        <source>The language change will take effect after restarting Tarnwell.</source>
+        <translation>Die neue Sprache gilt nach einem Neustart von Tarnwell.</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="149" />
+        <source>Language:</source>
+        <translation>Sprache:</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="153" />
+        <source>Configuration</source>
+        <translation>Konfiguration</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="156" />
+        <source>Import…</source>
+        <translation>Importieren…</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="157" />
+        <source>Export…</source>
+        <translation>Exportieren…</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="161" />
+        <source>Configuration import and export are not part of this build yet.</source>
+        <translation>Import und Export der Konfiguration sind in dieser Version noch nicht enthalten.</translation>
+    </message>
+    <message>
+        <location filename="../PreferencesWindow.cpp" line="166" />
+        <source>Updates come with your distribution's packages.</source>
+        <translation>Aktualisierungen kommen mit den Paketen Ihrer Distribution.</translation>
+    </message>
+</context>
+<context>
+    <name>ShareEditorDialog</name>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="29" />
+        <source>Network port number. Leave empty for defaults:
+• SMB: 445
+• AFP: 548
+• NFS: 2049
+• WebDAV: 80
+• WebDAV Secure: 443
+
+Only change if your server uses a non-standard port.</source>
+        <translation>Netzwerk-Port. Leer lassen für die Standardwerte:
+• SMB: 445
+• AFP: 548
+• NFS: 2049
+• WebDAV: 80
+• WebDAV Secure: 443
+
+Nur ändern, wenn Ihr Server einen anderen Port verwendet.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="35" />
+        <source>This is the URL Tarnwell will mount. Select the text to copy it.
+A Share Name of RAW becomes /RAW on the server; leave it blank for /.</source>
+        <translation>Diese URL verbindet Tarnwell. Markieren Sie den Text, um ihn zu kopieren.
+Der Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="41" />
+        <source>For WebDAV, leave Share Name blank to mount the server root.</source>
+        <translation>Bei WebDAV den Freigabenamen leer lassen, um das Stammverzeichnis des Servers zu verbinden.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="56" />
+        <source>Add Share</source>
+        <translation>Freigabe hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="56" />
+        <source>Edit Share</source>
+        <translation>Freigabe bearbeiten</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="64" />
+        <source>IT-Managed Share</source>
+        <translation>Von der IT verwaltete Freigabe</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="65" />
+        <source>This share is managed by %1. Settings cannot be modified.</source>
+        <translation>Diese Freigabe wird von %1 verwaltet. Die Einstellungen können nicht geändert werden.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="78" />
+        <source>Connection</source>
+        <translation>Verbindung</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="81" />
+        <source>Optional display name</source>
+        <translation>Optionaler Anzeigename</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="82" />
+        <source>Name:</source>
+        <translation>Name:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="86" />
+        <source>SMB</source>
+        <translation>SMB</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="87" />
+        <source>AFP</source>
+        <translation>AFP</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="88" />
+        <source>NFS</source>
+        <translation>NFS</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="89" />
+        <source>WebDAV</source>
+        <translation>WebDAV</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="90" />
+        <source>WebDAV Secure</source>
+        <translation>WebDAV Secure</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="91" />
+        <source>Protocol:</source>
+        <translation>Protokoll:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="94" />
+        <source>Server name or address</source>
+        <translation>Servername oder Adresse</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="96" />
+        <source>Server:</source>
+        <translation>Server:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="100" />
+        <source>Default</source>
+        <translation>Standard</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="102" />
+        <source>Port:</source>
+        <translation>Port:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="107" />
+        <source>Share Name:</source>
+        <translation>Freigabename:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="115" />
+        <source>Mount URL:</source>
+        <translation>Verbindungs-URL:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="121" />
+        <source>Guest login (no password)</source>
+        <translation>Gastzugang (ohne Passwort)</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="125" />
+        <source>User:</source>
+        <translation>Benutzer:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="129" />
+        <location filename="../ShareEditorDialog.cpp" line="351" />
+        <source>Stored in the keyring</source>
+        <translation>Im Schlüsselbund gespeichert</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="129" />
+        <source>No keyring available</source>
+        <translation>Kein Schlüsselbund verfügbar</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="130" />
+        <source>Password:</source>
+        <translation>Passwort:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="133" />
+        <source>e.g., Work, Media</source>
+        <translation>z. B. Arbeit, Medien</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="134" />
+        <source>Group:</source>
+        <translation>Gruppe:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="138" />
+        <source>Mounting and automation</source>
+        <translation>Verbinden und Automatik</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="140" />
+        <source>Mount at a custom folder</source>
+        <translation>In einem eigenen Ordner verbinden</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="144" />
+        <source>Folder:</source>
+        <translation>Ordner:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="147" />
+        <source>Auto-mount (keep mounted)</source>
+        <translation>Auto-Mount (verbunden halten)</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="150" />
+        <source>Scheduled mount</source>
+        <translation>Geplantes Verbinden</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="161" />
+        <source>until</source>
+        <translation>bis</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="164" />
+        <source>Mount from:</source>
+        <translation>Verbinden von:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="176" />
+        <source>Days:</source>
+        <translation>Tage:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="179" />
+        <source>Any network</source>
+        <translation>Jedes Netz</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="180" />
+        <source>Comma-separated Wi-Fi network names the share may mount on. Empty: any network.</source>
+        <translation>Kommagetrennte WLAN-Namen, in denen die Freigabe verbunden werden darf. Leer: jedes Netz.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="181" />
+        <source>Allowed Wi-Fi:</source>
+        <translation>Erlaubtes WLAN:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="183" />
+        <source>e.g. 00:11:22:33:44:55</source>
+        <translation>z. B. 00:11:22:33:44:55</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="184" />
+        <source>Hardware address of the server, woken with a Wake-on-LAN packet before mounting.</source>
+        <translation>Hardware-Adresse des Servers; er wird vor dem Verbinden per Wake-on-LAN geweckt.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="185" />
+        <source>Wake-on-LAN:</source>
+        <translation>Wake-on-LAN:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="188" />
+        <source>After mount:</source>
+        <translation>Nach dem Verbinden:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="191" />
+        <source>Before eject:</source>
+        <translation>Vor dem Auswerfen:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="269" />
+        <source>Choose…</source>
+        <translation>Auswählen…</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="274" />
+        <source>Choose Mount Folder</source>
+        <translation>Ordner zum Verbinden wählen</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="274" />
+        <source>Choose Script</source>
+        <translation>Skript wählen</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="315" />
+        <source>(enter a server)</source>
+        <translation>(Server eingeben)</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="341" />
+        <source>Loading…</source>
+        <translation>Wird geladen…</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="401" />
+        <source>Enter the server's name or address.</source>
+        <translation>Geben Sie den Namen oder die Adresse des Servers ein.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="403" />
+        <source>A server name has no spaces or slashes; enter the share name below.</source>
+        <translation>Ein Servername enthält keine Leerzeichen oder Schrägstriche; den Freigabenamen unten eingeben.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="412" />
+        <source>A port is a number from 1 to 65535, or empty for the protocol's default.</source>
+        <translation>Ein Port ist eine Zahl von 1 bis 65535, oder leer für den Standard des Protokolls.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="422" />
+        <source>Enter the share name. %1</source>
+        <translation>Geben Sie den Freigabenamen ein. %1</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="426" />
+        <source>Enter a user name, or choose guest login.</source>
+        <translation>Geben Sie einen Benutzernamen ein oder wählen Sie den Gastzugang.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="433" />
+        <source>Choose a full folder path (beginning with /).</source>
+        <translation>Wählen Sie einen vollständigen Ordnerpfad (beginnend mit /).</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="441" />
+        <source>A scheduled mount needs at least one day.</source>
+        <translation>Ein geplantes Verbinden braucht mindestens einen Tag.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="445" />
+        <source>Enter six hexadecimal pairs, e.g. 00:11:22:33:44:55.</source>
+        <translation>Geben Sie sechs Hexadezimalpaare ein, z. B. 00:11:22:33:44:55.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="451" />
+        <source>Choose a script by its full path.</source>
+        <translation>Wählen Sie ein Skript mit vollständigem Pfad.</translation>
+    </message>
+</context>
+<context>
+    <name>ShareStatusLabel</name>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="20" />
+        <source>Ready</source>
+        <comment>Idle status text</comment>
+        <translation>Ready</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="41" />
+        <source>MOUNTED · PAUSED</source>
+        <comment>Mounted while auto-mount is paused</comment>
+        <translation>VERBUNDEN · PAUSIERT</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="42" />
+        <source>MOUNTED ✓</source>
+        <comment>Mounted status indicator</comment>
+        <translation>VERBUNDEN ✓</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="47" />
+        <source>PAUSED</source>
+        <comment>Auto-mount paused status</comment>
+        <translation>PAUSIERT</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="49" />
+        <source>CLEANED UP</source>
+        <comment>Clean Up status indicator</comment>
+        <translation>AUFGERÄUMT</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="51" />
+        <source>READY</source>
+        <comment>Ready status indicator</comment>
+        <translation>BEREIT</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="53" />
+        <source>EJECTED</source>
+        <comment>Ejected status indicator</comment>
+        <translation>AUSGEWORFEN</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="58" />
+        <source>CONNECTING %1</source>
+        <comment>Connecting with countdown</comment>
+        <translation>VERBINDE %1</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="59" />
+        <source>CONNECTING...</source>
+        <comment>Connecting status</comment>
+        <translation>VERBINDE...</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="62" />
+        <source>MOUNTING...</source>
+        <comment>Mounting status</comment>
+        <translation>EINHÄNGEN...</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="64" />
+        <source>HOST UNREACHABLE</source>
+        <comment>Host unreachable error</comment>
+        <translation>HOST NICHT ERREICHBAR</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="67" />
+        <source>SHARE NOT FOUND</source>
+        <comment>Share not found error</comment>
+        <translation>FREIGABE NICHT GEFUNDEN</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="69" />
+        <source>ACCESS DENIED</source>
+        <comment>Access denied error</comment>
+        <translation>ZUGRIFF VERWEIGERT</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="71" />
+        <source>AUTH FAILED</source>
+        <comment>Authentication failed error</comment>
+        <translation>ANMELDUNG FEHLGESCHLAGEN</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="73" />
+        <source>TIMED OUT</source>
+        <comment>Timeout error</comment>
+        <translation>ZEITÜBERSCHREITUNG</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="75" />
+        <source>CONNECT FAILED</source>
+        <comment>Connection failed error</comment>
+        <translation>VERBINDUNG FEHLGESCHLAGEN</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="77" />
+        <source>HOST UNRESOLVED</source>
+        <comment>Hostname unresolved error</comment>
+        <translation>HOST NICHT AUFGELÖST</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="79" />
+        <source>ERROR</source>
+        <comment>Generic error status</comment>
+        <translation>FEHLER</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="81" />
+        <source>RESOLVED</source>
+        <comment>Hostname resolved status</comment>
+        <translation>AUFGELÖST</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="83" />
+        <source>LOCAL OK</source>
+        <comment>Local connection OK status</comment>
+        <translation>LOKAL OK</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="85" />
+        <source>AUTHENTICATING</source>
+        <comment>Authenticating status</comment>
+        <translation>ANMELDUNG</translation>
+    </message>
+</context>
+<context>
+    <name>ShareTableModel</name>
+    <message>
+        <location filename="../ShareTableModel.cpp" line="101" />
+        <source>Managed by %1</source>
+        <translation>Verwaltet von %1</translation>
+    </message>
+    <message>
+        <location filename="../ShareTableModel.cpp" line="144" />
+        <source>Share</source>
+        <translation>Freigabe</translation>
+    </message>
+    <message>
+        <location filename="../ShareTableModel.cpp" line="146" />
+        <source>URL</source>
+        <translation>URL</translation>
+    </message>
+    <message>
+        <location filename="../ShareTableModel.cpp" line="148" />
+        <source>State</source>
+        <translation>Zustand</translation>
+    </message>
+    <message>
+        <location filename="../ShareTableModel.cpp" line="150" />
+        <source>Status</source>
+        <translation>Status</translation>
+    </message>
+    <message>
+        <location filename="../ShareTableModel.cpp" line="152" />
+        <source>Group</source>
+        <translation>Gruppe</translation>
+    </message>
+</context>
+<context>
+    <name>TrayController</name>
+    <message>
+        <location filename="../TrayController.cpp" line="21" />
+        <source>Tarnwell</source>
+        <translation>Tarnwell</translation>
+    </message>
+    <message>
+        <location filename="../TrayController.cpp" line="79" />
+        <source>Mount</source>
+        <translation>Verbinden</translation>
+    </message>
+    <message>
+        <location filename="../TrayController.cpp" line="84" />
+        <source>Eject</source>
+        <translation>Auswerfen</translation>
+    </message>
+    <message>
+        <location filename="../TrayController.cpp" line="92" />
+        <source>Clean Up</source>
+        <translation>Aufräumen</translation>
+    </message>
+    <message>
+        <location filename="../TrayController.cpp" line="99" />
+        <source>No shares configured</source>
+        <translation>Keine Freigaben eingerichtet</translation>
+    </message>
+    <message>
+        <location filename="../TrayController.cpp" line="103" />
+        <source>Resume Auto-Mount</source>
+        <translation>Auto-Mount fortsetzen</translation>
+    </message>
+    <message>
+        <location filename="../TrayController.cpp" line="103" />
+        <source>Pause Auto-Mount</source>
+        <translation>Auto-Mount pausieren</translation>
+    </message>
+    <message>
+        <location filename="../TrayController.cpp" line="113" />
+        <source>Open Dashboard</source>
+        <translation>Übersicht öffnen</translation>
+    </message>
+    <message>
+        <location filename="../TrayController.cpp" line="114" />
+        <source>Log Manager…</source>
+        <translation>Protokollverwaltung…</translation>
+    </message>
+    <message>
+        <location filename="../TrayController.cpp" line="115" />
+        <source>Preferences…</source>
+        <translation>Einstellungen…</translation>
+    </message>
+    <message>
+        <location filename="../TrayController.cpp" line="117" />
+        <source>Quit Tarnwell</source>
+        <translation>Tarnwell beenden</translation>
+    </message>
+</context>
+</TS>

@@ -1,0 +1,155 @@
+// The log manager and its error-code reference over the real event log.
+#include "GuiHarness.h"
+
+#include "ui/ErrorCodeReference.h"
+#include "ui/LogEventTableModel.h"
+#include "ui/LogManagerWidget.h"
+
+#include "base/Preferences.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QSortFilterProxyModel>
+#include <QTableView>
+#include <QTableWidget>
+#include <QTest>
+
+namespace {
+LogEvent eventAt(const QString &host, const QDateTime &date)
+{
+    LogEvent e(1, host, QStringLiteral("docs"), QString(), QStringLiteral("Ready"), EVENT_TYPE_ENUM::MOUNT_SUCCESS,
+               LogEvent::message(EVENT_TYPE_ENUM::MOUNT_SUCCESS, host));
+    e.eventDate = date;
+    return e;
+}
+} // namespace
+
+class TestLogManager : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void referenceHasElevenRows();
+    void columnsShowLocalTime();
+    void clearThenOneEvent();
+    void clearRefusedKeepsLog();
+    void sortThenTrimRemovesOldest();
+    void copyPutsEntryOnClipboard();
+};
+
+void TestLogManager::referenceHasElevenRows()
+{
+    GuiHarness h;
+    LogManagerWidget view(h.eventLog, &h.center);
+    view.findChild<QPushButton *>(QStringLiteral("errorCodesButton"))->click();
+    auto *dialog = view.findChild<ErrorCodeReferenceDialog *>();
+    QVERIFY(dialog);
+    QCOMPARE(dialog->windowTitle(), QStringLiteral("Error Codes Reference"));
+    auto *table = dialog->findChild<QTableWidget *>(QStringLiteral("errorCodeTable"));
+    QCOMPARE(table->rowCount(), 11);
+    QCOMPARE(table->columnCount(), 3);
+    const QList<int> codes{2, 5, 13, 17, 19, 60, 64, 65, 80, 88, -6600};
+    for (int row = 0; row < 11; ++row)
+        QCOMPARE(table->item(row, 0)->text(), QString::number(codes[row]));
+    QCOMPARE(table->item(10, 0)->text(), QStringLiteral("-6600"));
+    QCOMPARE(table->item(10, 1)->text(), QStringLiteral("Permission Issue"));
+    QCOMPARE(table->item(9, 1)->text(), QStringLiteral("EIDRM"));
+    dialog->findChild<QPushButton *>(QStringLiteral("doneButton"))->click();
+    QTRY_VERIFY(!view.findChild<ErrorCodeReferenceDialog *>());
+}
+
+void TestLogManager::columnsShowLocalTime()
+{
+    GuiHarness h;
+    const QDateTime when(QDate(2026, 3, 4), QTime(5, 6, 7), Qt::UTC);
+    h.eventLog.addEvent(eventAt(QStringLiteral("nas"), when));
+    LogManagerWidget view(h.eventLog, &h.center);
+    QAbstractItemModel *model = view.table()->model();
+    QCOMPARE(model->columnCount(), 6);
+    QStringList headers;
+    for (int c = 0; c < 6; ++c)
+        headers << model->headerData(c, Qt::Horizontal).toString();
+    QCOMPARE(headers, (QStringList{QStringLiteral("Date"), QStringLiteral("Time"), QStringLiteral("Status"), QStringLiteral("Status Text"), QStringLiteral("Message"), QStringLiteral("Server")}));
+    const QDateTime local = when.toLocalTime();
+    QCOMPARE(model->index(0, 0).data().toString(), local.toString(QStringLiteral("yyyy-MM-dd")));
+    QCOMPARE(model->index(0, 1).data().toString(), local.toString(QStringLiteral("HH:mm:ss")));
+    QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("MOUNT_SUCCESS"));
+    QCOMPARE(model->index(0, 5).data().toString(), QStringLiteral("nas"));
+}
+
+void TestLogManager::clearThenOneEvent()
+{
+    GuiHarness h;
+    for (int i = 0; i < 4; ++i)
+        h.eventLog.addEvent(eventAt(QStringLiteral("old%1").arg(i), QDateTime::currentDateTime()));
+    LogManagerWidget view(h.eventLog, &h.center);
+    QCOMPARE(view.table()->model()->rowCount(), 4);
+
+    view.findChild<QPushButton *>(QStringLiteral("clearLogButton"))->click();
+    QCOMPARE(h.questions.size(), 1);
+    QVERIFY(h.questions.first().startsWith(QStringLiteral("Clear All Logs?|")));
+    QTRY_COMPARE(view.table()->model()->rowCount(), 0);
+
+    h.eventLog.addEvent(eventAt(QStringLiteral("new"), QDateTime::currentDateTime()));
+    QTRY_COMPARE(view.table()->model()->rowCount(), 1);
+    QCOMPARE(view.table()->model()->index(0, 5).data().toString(), QStringLiteral("new"));
+}
+
+void TestLogManager::clearRefusedKeepsLog()
+{
+    GuiHarness h;
+    h.eventLog.addEvent(eventAt(QStringLiteral("kept"), QDateTime::currentDateTime()));
+    LogManagerWidget view(h.eventLog, &h.center);
+    h.answer = false;
+    view.clearLog();
+    QCOMPARE(h.eventLog.events().size(), 1);
+    QCOMPARE(view.table()->model()->rowCount(), 1);
+}
+
+void TestLogManager::sortThenTrimRemovesOldest()
+{
+    GuiHarness h;
+    h.defaults.setValue(Preferences::Keys::MaxNumberOfLogLines, qint64(3));
+    const QDateTime base = QDateTime::currentDateTime();
+    // Newest first in the log, but the oldest entry is NOT the last one.
+    h.eventLog.addEvent(eventAt(QStringLiteral("middle"), base.addSecs(-60)));
+    h.eventLog.addEvent(eventAt(QStringLiteral("oldest"), base.addSecs(-3600)));
+    h.eventLog.addEvent(eventAt(QStringLiteral("recent"), base.addSecs(-10)));
+    LogManagerWidget view(h.eventLog, &h.center);
+    QVERIFY(!h.eventLog.isSorted());
+
+    // The user sorts by Server.
+    QTest::mouseClick(view.table()->horizontalHeader()->viewport(), Qt::LeftButton, {},
+                      QPoint(view.table()->horizontalHeader()->sectionViewportPosition(LogEventTableModel::ServerColumn)
+                                 + 5,
+                             5));
+    QVERIFY(h.eventLog.isSorted());
+    QCOMPARE(view.proxy()->sortColumn(), int(LogEventTableModel::ServerColumn));
+
+    h.eventLog.addEvent(eventAt(QStringLiteral("newest"), base));
+    QStringList hosts;
+    for (const LogEvent &e : h.eventLog.events())
+        hosts << e.hostname_String;
+    QCOMPARE(hosts, (QStringList{QStringLiteral("newest"), QStringLiteral("recent"), QStringLiteral("middle")}));
+    QTRY_COMPARE(view.table()->model()->rowCount(), 3);
+    // Sorted by server: middle, newest, recent.
+    QCOMPARE(view.table()->model()->index(0, LogEventTableModel::ServerColumn).data().toString(),
+             QStringLiteral("middle"));
+}
+
+void TestLogManager::copyPutsEntryOnClipboard()
+{
+    GuiHarness h;
+    const QDateTime when = QDateTime::currentDateTime();
+    h.eventLog.addEvent(eventAt(QStringLiteral("nas"), when));
+    LogManagerWidget view(h.eventLog, &h.center);
+    view.copyRow(0);
+    const QString text = QGuiApplication::clipboard()->text();
+    QVERIFY(text.startsWith(h.eventLog.events().first().timestampText()));
+    QVERIFY(text.contains(QStringLiteral("MOUNT_SUCCESS: nas")));
+}
+
+QTEST_MAIN(TestLogManager)
+#include "tst_log_manager.moc"

@@ -1,0 +1,164 @@
+// Renders every window with sample shares and checks that each picture has content. With
+// TW_SCREENSHOT_DIR set (scripts/screenshots.sh), the pictures are written there for the documentation.
+#include "GuiHarness.h"
+
+#include "ui/DashboardWindow.h"
+#include "ui/ErrorCodeReference.h"
+#include "ui/LogManagerWidget.h"
+#include "ui/PreferencesWindow.h"
+#include "ui/ShareEditorDialog.h"
+#include "ui/StatusIcons.h"
+#include "ui/TrayController.h"
+
+#include "core/RecordEvent.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QImage>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPainter>
+#include <QTableView>
+#include <QTest>
+
+class TestScreenshots : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void everyWindow();
+
+private:
+    void save(QWidget *widget, const QString &name);
+    QString m_dir;
+    QTemporaryDir m_temp;
+};
+
+void TestScreenshots::initTestCase()
+{
+    m_dir = qEnvironmentVariable("TW_SCREENSHOT_DIR");
+    if (m_dir.isEmpty())
+        m_dir = m_temp.path();
+    QDir().mkpath(m_dir);
+    QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 10));
+}
+
+void TestScreenshots::save(QWidget *widget, const QString &name)
+{
+    widget->show();
+    QVERIFY(QTest::qWaitForWindowExposed(widget));
+    QTest::qWait(50);
+    const QImage image = widget->grab().toImage();
+    QVERIFY2(!image.isNull(), qPrintable(name));
+    // Something besides the background colour was drawn.
+    const QRgb background = image.pixel(2, 2);
+    int different = 0;
+    for (int y = 0; y < image.height(); y += 4) {
+        for (int x = 0; x < image.width(); x += 4)
+            different += image.pixel(x, y) != background;
+    }
+    QVERIFY2(different > 200, qPrintable(name));
+    QVERIFY(image.save(m_dir + QLatin1Char('/') + name + QStringLiteral(".png")));
+}
+
+void TestScreenshots::everyWindow()
+{
+    GuiHarness h;
+    h.startScheduler();
+    struct Sample
+    {
+        const char *nick, *host, *share;
+        MountUsingProtocol_Enum protocol;
+        const char *status;
+        bool mounted;
+        bool locked;
+    };
+    const QList<Sample> samples{
+        {"Team Files", "nas.office.lan", "team", MountUsingProtocol_Enum::SMB, "Mounted", true, false},
+        {"Media", "192.168.1.20", "media", MountUsingProtocol_Enum::SMB, "Host unreachable (Error 65)", false, false},
+        {"Projects", "files.example.com", "projects", MountUsingProtocol_Enum::WebDAVS, "Connecting... 7s", false, false},
+        {"Archive", "backup.lan", "archive", MountUsingProtocol_Enum::NFS, "Authentication failed", false, false},
+        {"Scans", "printer.lan", "scans", MountUsingProtocol_Enum::SMB, "", false, false},
+        {"Company Drive", "dc01.corp.example", "company", MountUsingProtocol_Enum::SMB, "Ejected", false, true},
+    };
+    for (const Sample &s : samples) {
+        const qint64 id = h.addRecord([&s](VolumeRecord &r) {
+            r.nickname_String = QString::fromUtf8(s.nick);
+            r.hostname_String = QString::fromUtf8(s.host);
+            r.volume_String = QString::fromUtf8(s.share);
+            r.mounting_using_protocol_Enum = s.protocol;
+            r.isLocked = s.locked;
+            r.managedBy = s.locked ? QStringLiteral("MDM") : QString();
+            r.group_String = s.locked ? QStringLiteral("Company") : QStringLiteral("Home");
+            r.auto_Mount = 1;
+        });
+        h.engine->updateRuntime(id, [&s](VolumeRecord &r) {
+            r.runtime_status_String = QString::fromUtf8(s.status);
+            r.runtime_isMounted_Bool = s.mounted;
+            r.runtime_computed_mountpoint_String = QStringLiteral("/run/user/1000/gvfs/smb-share:server=nas,share=team");
+        });
+        h.eventLog.addEvent(recordEvent(h.engine->record(id),
+                                        s.mounted ? EVENT_TYPE_ENUM::MOUNT_SUCCESS : EVENT_TYPE_ENUM::CONNECTION_FAILED,
+                                        LogEvent::message(s.mounted ? EVENT_TYPE_ENUM::MOUNT_SUCCESS
+                                                                    : EVENT_TYPE_ENUM::CONNECTION_FAILED,
+                                                          *s.status ? QString::fromUtf8(s.status) : QStringLiteral("Ready"))));
+    }
+    const VolumeRecord first = h.engine->store().records().first();
+
+    DashboardWindow dashboard(h.context());
+    dashboard.selectShare(h.engine->store().records().at(1).internal_ID_Int);
+    save(&dashboard, QStringLiteral("dashboard"));
+    dashboard.showTab(DashboardWindow::LogsTab);
+    save(&dashboard, QStringLiteral("dashboard-logs"));
+    dashboard.hide();
+
+    ShareEditorDialog editor(h.context(), first);
+    save(&editor, QStringLiteral("share-editor"));
+    editor.findChild<QLineEdit *>(QStringLiteral("port"))->setText(QStringLiteral("99999"));
+    editor.findChild<QLineEdit *>(QStringLiteral("mac"))->setText(QStringLiteral("00:11:22"));
+    editor.validate();
+    save(&editor, QStringLiteral("share-editor-invalid"));
+    editor.hide();
+
+    ShareEditorDialog managed(h.context(), h.engine->store().records().last());
+    save(&managed, QStringLiteral("share-editor-managed"));
+    managed.hide();
+
+    LogManagerWindow logs(h.eventLog, &h.center);
+    save(&logs, QStringLiteral("log-manager"));
+    logs.hide();
+
+    ErrorCodeReferenceDialog codes;
+    save(&codes, QStringLiteral("error-codes"));
+    codes.hide();
+
+    PreferencesWindow preferences(h.context());
+    save(&preferences, QStringLiteral("preferences"));
+    preferences.hide();
+
+    TrayController tray(h.context());
+    tray.rebuild();
+    tray.menu()->popup(QPoint(0, 0));
+    save(tray.menu(), QStringLiteral("tray-menu"));
+    tray.menu()->hide();
+
+    // The tray icons side by side on a light and a dark strip.
+    QImage icons(5 * 40, 80, QImage::Format_ARGB32);
+    icons.fill(QColor(0xf0, 0xf0, 0xf0));
+    {
+        QPainter p(&icons);
+        p.fillRect(0, 40, icons.width(), 40, QColor(0x30, 0x30, 0x30));
+        int x = 4;
+        for (auto state : {StatusIcons::Overall::Idle, StatusIcons::Overall::AllMounted, StatusIcons::Overall::Busy,
+                           StatusIcons::Overall::Failing, StatusIcons::Overall::Paused}) {
+            const QPixmap pm = StatusIcons::trayIcon(state).pixmap(32, 32);
+            p.drawPixmap(x, 4, pm);
+            p.drawPixmap(x, 44, pm);
+            x += 40;
+        }
+    }
+    QVERIFY(icons.save(m_dir + QStringLiteral("/tray-icons.png")));
+}
+
+QTEST_MAIN(TestScreenshots)
+#include "tst_screenshots.moc"
