@@ -2,6 +2,9 @@
 
 #include "control/ControlNames.h"
 #include "control/ControlService.h"
+#include "control/ExchangeControl.h"
+#include "control/ExchangeNames.h"
+#include "ExchangeAdaptor.h"
 #include "engine/EngineHost.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "UnixSignalWatcher.h"
@@ -28,8 +31,10 @@ AppDelegate::~AppDelegate()
     if (m_exported) {
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(ExchangeNames::kObjectPath);
         bus.unregisterService(ControlNames::kServiceName);
     }
+    m_exchange.reset();
     m_control.reset();
     m_host.reset(); // shuts down if quit() was never reached
 }
@@ -60,8 +65,13 @@ bool AppDelegate::exportControlInterface()
         Console::line(QStringLiteral("❌ [SETUP] Cannot export the control interface: ") + bus.lastError().message());
         return true; // the engine still runs; only remote control is missing
     }
+    // The exchange interface, served through the adaptor generated from its XML (owned by m_exchange).
+    new ExchangeAdaptor(m_exchange.get());
+    if (!bus.registerObject(ExchangeNames::kObjectPath, m_exchange.get(), QDBusConnection::ExportAdaptors))
+        Console::line(QStringLiteral("❌ [SETUP] Cannot export the exchange interface: ") + bus.lastError().message());
     if (!bus.registerService(ControlNames::kServiceName)) {
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(ExchangeNames::kObjectPath);
         return false; // lost the race against another instance
     }
     m_exported = true;
@@ -85,9 +95,12 @@ AppDelegate::LaunchResult AppDelegate::launch()
                               [scheduler] { scheduler->resumeAutoMount(); }});
     NotificationCenter *center = &m_host->center();
     m_control->setShowHandler([center] { center->post(Notifications::DisplayMainWindow); });
+    m_exchange = std::make_unique<ExchangeControl>(m_host->configuration(), m_host->shareSets(),
+                                                   m_host->legacyImporter());
 
     if (haveBus && !exportControlInterface()) {
         // Another instance took the name between the check and now. Nothing was started: no launch entry.
+        m_exchange.reset();
         m_control.reset();
         m_host.reset();
         return forwardToRunningInstance();
@@ -121,6 +134,7 @@ void AppDelegate::quit()
         QDBusConnection bus = QDBusConnection::sessionBus();
         bus.unregisterService(ControlNames::kServiceName);
         bus.unregisterObject(ControlNames::kObjectPath);
+        bus.unregisterObject(ExchangeNames::kObjectPath);
         m_exported = false;
     }
     if (m_host)

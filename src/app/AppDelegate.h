@@ -8,6 +8,7 @@
 #include <memory>
 
 class ControlService;
+class ExchangeControl;
 class EngineHost;
 class UnixSignalWatcher;
 
@@ -53,6 +54,7 @@ private:
     QStringList m_urls;
     std::unique_ptr<EngineHost> m_host;
     std::unique_ptr<ControlService> m_control;
+    std::unique_ptr<ExchangeControl> m_exchange; // share sets and configuration exchange, beside the control
     std::unique_ptr<UnixSignalWatcher> m_signals;
     bool m_exported = false;
     bool m_quitting = false;

@@ -10,6 +10,9 @@
 #include "core/CredentialStore.h"
 #include "core/FuseBridgeWatchdog.h"
 #include "core/MountEngine.h"
+#include "exchange/ConfigurationManager.h"
+#include "exchange/LegacyImporter.h"
+#include "exchange/ShareSetManager.h"
 #include "logging/EnterpriseAuditLog.h"
 #include "logging/LogEventManager.h"
 #include "platform/FileSystem.h"
@@ -61,6 +64,11 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     sched.clock = m_ports.clock.get();
     m_scheduler = std::make_unique<AutoMountScheduler>(sched);
 
+    m_shareSets = std::make_unique<ShareSetManager>(*m_defaults, *m_engine);
+    m_configuration = std::make_unique<ConfigurationManager>(ConfigurationManager::Dependencies{
+        m_engine.get(), m_shareSets.get(), m_defaults.get(), m_center.get(), m_credentials.get()});
+    m_legacyImporter = std::make_unique<LegacyImporter>(*m_configuration, *m_eventLog);
+
     m_presentNotice = [](const QString &title, const QString &text) { Console::line(kNoticeLine.arg(title, text)); };
 }
 
@@ -69,6 +77,9 @@ EngineHost::~EngineHost()
     if (m_started)
         shutdown();
     // The scheduler and the watchdog refer to the engine; the engine to the logs and ports.
+    m_legacyImporter.reset();
+    m_configuration.reset();
+    m_shareSets.reset();
     m_scheduler.reset();
     m_fuseWatchdog.reset();
     m_engine.reset();

@@ -9,6 +9,9 @@
 #include <memory>
 
 class AutoMountScheduler;
+class ConfigurationManager;
+class LegacyImporter;
+class ShareSetManager;
 class CredentialStore;
 class Defaults;
 class EnterpriseAuditLog;
@@ -69,6 +72,10 @@ public:
     MountEngine &engine() { return *m_engine; }
     AutoMountScheduler &scheduler() { return *m_scheduler; }
     PlatformPorts &ports() { return m_ports; }
+    // Share sets and the configuration exchange (their policy gate and rules exchange are set by the caller).
+    ShareSetManager &shareSets() { return *m_shareSets; }
+    ConfigurationManager &configuration() { return *m_configuration; }
+    LegacyImporter &legacyImporter() { return *m_legacyImporter; }
 
 private:
     PlatformPorts m_ports;
@@ -80,6 +87,9 @@ private:
     std::unique_ptr<MountEngine> m_engine;
     std::unique_ptr<FuseBridgeWatchdog> m_fuseWatchdog;
     std::unique_ptr<AutoMountScheduler> m_scheduler;
+    std::unique_ptr<ShareSetManager> m_shareSets;
+    std::unique_ptr<ConfigurationManager> m_configuration;
+    std::unique_ptr<LegacyImporter> m_legacyImporter;
     std::function<void(const QString &, const QString &)> m_presentNotice;
     bool m_started = false;
     bool m_stopped = false;
