@@ -1,5 +1,8 @@
 #include "Command.h"
 
+#include "ConfigCommand.h"
+#include "SetCommand.h"
+
 #include <QCoreApplication>
 
 #include <cstdio>
@@ -52,6 +55,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
 {
     std::vector<std::unique_ptr<Command>> commands;
     // One line per command class, in the order of the global help.
+    commands.push_back(std::make_unique<ConfigCommand>());
+    commands.push_back(std::make_unique<SetCommand>());
     return commands;
 }
 
