@@ -5,6 +5,7 @@
 #include "ExchangeProxy.h"
 
 #include <QEventLoop>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -175,18 +176,22 @@ int SetCommand::run(const QStringList &arguments)
     }
     QEventLoop loop;
     QString setId;
+    QHash<QString, std::array<int, 3>> finished; // by set id; kept until we know which set we asked for
     std::optional<std::array<int, 3>> outcome;
     QObject::connect(exchange.get(), &ExchangeProxy::SetOperationFinished, &loop,
                      [&](const QString &id, const QString &, int started, int succeeded, int skipped) {
-                         if (id != setId)
-                             return;
-                         outcome = std::array<int, 3>{started, succeeded, skipped};
-                         loop.quit();
+                         finished.insert(id, std::array<int, 3>{started, succeeded, skipped});
+                         if (id == setId) {
+                             outcome = finished.value(id);
+                             loop.quit();
+                         }
                      });
     const auto answer = ExchangeCli::wait(mounting ? exchange->MountSet(args.at(0)) : exchange->EjectSet(args.at(0)), &status);
     if (!answer)
         return status;
     setId = *answer;
+    if (finished.contains(setId))
+        outcome = finished.value(setId);
     if (parser.isSet(noWait))
         return kExitOk;
     QTimer::singleShot(seconds * 1000, &loop, &QEventLoop::quit);

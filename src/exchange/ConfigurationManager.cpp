@@ -499,7 +499,6 @@ ConfigurationManager::Result<ImportResult> ConfigurationManager::importConfigura
     ImportResult result;
     QStringList saveErrors;
 
-    QList<ShareSet> sets = m_deps.sets->sets();
     if (mode == ImportMode::Replace) {
         QList<qint64> removable;
         for (const VolumeRecord &r : store.records()) {
@@ -508,8 +507,12 @@ ConfigurationManager::Result<ImportResult> ConfigurationManager::importConfigura
         }
         for (qint64 id : std::as_const(removable))
             engine.removeRecord(id); // refuses locked records; saves, audits, drops the log entries
-        sets.removeIf([](const ShareSet &s) { return !s.isLocked; });
     }
+    // Taken after the removals, which already dropped the removed records from every set.
+    QList<ShareSet> sets = m_deps.sets->sets();
+    const qsizetype setsBefore = sets.size();
+    if (mode == ImportMode::Replace)
+        sets.removeIf([](const ShareSet &s) { return !s.isLocked; });
 
     // Shares.
     QHash<QString, qint64> local;
@@ -567,7 +570,7 @@ ConfigurationManager::Result<ImportResult> ConfigurationManager::importConfigura
         names.insert(s.name.toCaseFolded());
         ids.insert(s.id);
     }
-    bool setsChanged = mode == ImportMode::Replace && sets.size() != m_deps.sets->sets().size();
+    bool setsChanged = sets.size() != setsBefore;
     for (const QJsonValue &v : root.value(QStringLiteral("shareSets")).toArray()) {
         ShareSet set = *ShareSet::fromJson(v.toObject());
         if (names.contains(set.name.toCaseFolded())) {

@@ -279,7 +279,7 @@ void TestConfiguration::replaceKeepsLockedSharesAndSets()
     const qint64 gone = f.h.addShare(QStringLiteral("old"), QStringLiteral("share"));
     ShareSet lockedSet;
     lockedSet.name = QStringLiteral("Corporate");
-    lockedSet.shareIDs = {locked};
+    lockedSet.shareIDs = {locked, gone};
     lockedSet.isLocked = true;
     f.sets->addSet(lockedSet);
     f.makeSet(QStringLiteral("Mine"), {gone});
@@ -294,6 +294,7 @@ void TestConfiguration::replaceKeepsLockedSharesAndSets()
     for (const ShareSet &s : f.sets->sets())
         names << s.name;
     QCOMPARE(names, (strs({"Corporate", "Fresh"})));
+    QCOMPARE(f.sets->sets().first().shareIDs, QList<qint64>{locked}); // the removed share left the kept set too
     QCOMPARE(f.sets->findByIdOrName(QStringLiteral("Fresh"))->shareIDs,
              (QList<qint64>{locked, f.idOf(QStringLiteral("n"), QStringLiteral("s"))}));
     QCOMPARE(result.value.sharesSkipped, 1);
