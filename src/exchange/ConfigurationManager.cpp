@@ -223,18 +223,27 @@ QJsonObject ConfigurationManager::shareToJson(const VolumeRecord &r)
     return o;
 }
 
+bool ConfigurationManager::isValidShare(const QJsonObject &o, QString *error)
+{
+    const std::optional<qint64> id = integerOf(o.value(QStringLiteral("id")));
+    if (!id) {
+        if (error)
+            *error = QStringLiteral("a share without an integer id");
+        return false;
+    }
+    if (!o.value(QStringLiteral("hostname")).isString() || !o.value(QStringLiteral("shareName")).isString()) {
+        if (error)
+            *error = QStringLiteral("share ") + QString::number(*id) + QStringLiteral(" without hostname or shareName");
+        return false;
+    }
+    return true;
+}
+
 std::optional<VolumeRecord> ConfigurationManager::shareFromJson(const QJsonObject &o, QString *error)
 {
-    auto fail = [&](const QString &why) -> std::optional<VolumeRecord> {
-        if (error)
-            *error = why;
+    if (!isValidShare(o, error))
         return std::nullopt;
-    };
     const std::optional<qint64> id = integerOf(o.value(QStringLiteral("id")));
-    if (!id)
-        return fail(QStringLiteral("a share without an integer id"));
-    if (!o.value(QStringLiteral("hostname")).isString() || !o.value(QStringLiteral("shareName")).isString())
-        return fail(QStringLiteral("share ") + QString::number(*id) + QStringLiteral(" without hostname or shareName"));
     VolumeRecord r;
     r.internal_ID_Int = *id;
     r.hostname_String = o.value(QStringLiteral("hostname")).toString();
@@ -385,7 +394,7 @@ ConfigurationManager::Result<QJsonObject> ConfigurationManager::decode(const QBy
     // Every element must decode, as the whole document would with a strict decoder.
     for (const QJsonValue &v : root.value(QStringLiteral("shares")).toArray()) {
         QString why;
-        if (!v.isObject() || !shareFromJson(v.toObject(), &why)) {
+        if (!v.isObject() || !isValidShare(v.toObject(), &why)) {
             Console::line(kImportFailedLine + (why.isEmpty() ? QStringLiteral("a share that is not an object") : why));
             return failure<QJsonObject>(ErrorKind::InvalidFormat);
         }

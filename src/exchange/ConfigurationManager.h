@@ -132,6 +132,7 @@ public:
     // The ExportableShare form of a record, and back (nullopt when a required key is missing or mistyped).
     static QJsonObject shareToJson(const VolumeRecord &record);
     static std::optional<VolumeRecord> shareFromJson(const QJsonObject &object, QString *error = nullptr);
+    static bool isValidShare(const QJsonObject &object, QString *error = nullptr);
 
     static QString readFile(const QString &path, QByteArray *bytes); // error text, empty on success
     static QString writeFile(const QString &path, const QByteArray &bytes);

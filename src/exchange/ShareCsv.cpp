@@ -74,6 +74,11 @@ Parsed parse(const QString &text)
     const QStringList lines = body.split(QLatin1Char('\n'));
 
     QHash<QString, int> column;
+    struct
+    {
+        int nickname, protocol, username, guest, port, group, automount, password;
+    } columns{-1, -1, -1, -1, -1, -1, -1, -1};
+    const VolumeRecord fresh;
     bool haveHeader = false;
     for (int i = 0; i < lines.size(); ++i) {
         const int lineNumber = i + 1;
@@ -92,6 +97,9 @@ Parsed parse(const QString &text)
                 parsed.error = kMissingColumns;
                 return parsed;
             }
+            auto at = [&column](const char *name) { return column.value(QLatin1String(name), -1); };
+            columns = {at("nickname"), at("protocol"), at("username"), at("guest"),
+                       at("port"),     at("group"),    at("automount"), at("password")};
             continue;
         }
         for (QString &f : fields)
@@ -108,36 +116,36 @@ Parsed parse(const QString &text)
             parsed.warningLines.append(lineNumber);
             continue;
         }
-        auto cell = [&](const char *name) -> std::optional<QString> {
-            const auto it = column.constFind(QLatin1String(name));
-            if (it == column.cend() || *it >= fields.size())
+        auto cell = [&](int index) -> std::optional<QString> {
+            if (index < 0 || index >= fields.size())
                 return std::nullopt;
-            return fields.at(*it);
+            return fields.at(index);
         };
         Row row;
         row.line = lineNumber;
+        row.record = fresh; // a copy: building a record from scratch reads the clock and time zone
         VolumeRecord &r = row.record;
         r.hostname_String = fields.at(hostColumn);
         r.volume_String = fields.at(shareColumn);
-        if (auto v = cell("nickname"))
+        if (auto v = cell(columns.nickname))
             r.nickname_String = *v;
-        if (auto v = cell("protocol"))
+        if (auto v = cell(columns.protocol))
             r.mounting_using_protocol_Enum = parseProtocol(*v);
-        if (auto v = cell("username"))
+        if (auto v = cell(columns.username))
             r.username_String = *v;
-        if (auto v = cell("guest"))
+        if (auto v = cell(columns.guest))
             r.no_password_guest_login = parseBool(*v) ? 1 : 0;
-        if (auto v = cell("port")) {
+        if (auto v = cell(columns.port)) {
             bool ok = false;
             const qint64 port = v->toLongLong(&ok);
             if (ok && port >= 1 && port <= 65535)
                 r.port_Int = port;
         }
-        if (auto v = cell("group"))
+        if (auto v = cell(columns.group))
             r.group_String = *v;
-        if (auto v = cell("automount"))
+        if (auto v = cell(columns.automount))
             r.auto_Mount = parseBool(*v) ? 1 : 0;
-        if (auto v = cell("password"); v && isRealPassword(*v))
+        if (auto v = cell(columns.password); v && isRealPassword(*v))
             row.password = *v;
         parsed.rows.append(row);
     }
