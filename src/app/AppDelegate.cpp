@@ -1,20 +1,20 @@
 #include "AppDelegate.h"
 
-#include "control/ControlNames.h"
-#include "control/ControlService.h"
-#include "control/EnterpriseControl.h"
-#include "control/EnterpriseNames.h"
-#include "enterprise1adaptor.h"
-#include "control/DiscoveryControl.h"
-#include "control/RulesControl.h"
-#include "control/RulesNames.h"
-#include "engine/EngineHost.h"
-#include "platform/linux/LinuxPlatform.h"
 #include "UnixSignalWatcher.h"
-
 #include "base/Console.h"
 #include "base/NotificationCenter.h"
+#include "control/ControlNames.h"
+#include "control/ControlService.h"
+#include "control/DiscoveryControl.h"
+#include "control/EnterpriseControl.h"
+#include "control/EnterpriseNames.h"
+#include "control/ExchangeControl.h"
+#include "control/ExchangeNames.h"
+#include "control/RulesControl.h"
+#include "control/RulesNames.h"
 #include "core/AutoMountScheduler.h"
+#include "engine/EngineHost.h"
+#include "platform/linux/LinuxPlatform.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -31,17 +31,8 @@ AppDelegate::AppDelegate(QStringList urls, QObject *parent)
 
 AppDelegate::~AppDelegate()
 {
-    if (m_enterpriseExported)
-        QDBusConnection::sessionBus().unregisterObject(EnterpriseNames::kObjectPath);
-    m_enterprise.reset();
-    if (m_exported) {
-        QDBusConnection bus = QDBusConnection::sessionBus();
-        bus.unregisterObject(ControlNames::kObjectPath);
-        bus.unregisterObject(DiscoveryControl::kObjectPath);
-        bus.unregisterObject(RulesNames::kObjectPath);
-        bus.unregisterService(ControlNames::kServiceName);
-    }
-    m_rulesControl.reset();
+    unexport();
+    m_served.clear();
     m_control.reset();
     m_host.reset(); // shuts down if quit() was never reached
 }
@@ -64,42 +55,54 @@ AppDelegate::LaunchResult AppDelegate::forwardToRunningInstance()
     return ok ? LaunchResult::AlreadyRunning : LaunchResult::Failed;
 }
 
+void AppDelegate::createServedObjects()
+{
+    EngineHost &host = *m_host;
+    m_served.push_back({RulesNames::kObjectPath, QStringLiteral("rules"),
+                        std::make_unique<RulesControl>(host.rules(), host.engine())});
+    m_served.push_back({ExchangeNames::kObjectPath, QStringLiteral("exchange"),
+                        std::make_unique<ExchangeControl>(host.configuration(), host.shareSets(),
+                                                          host.legacyImporter())});
+    m_served.push_back({EnterpriseNames::kObjectPath, QStringLiteral("enterprise"),
+                        std::make_unique<EnterpriseControl>(host.engine(), host.managedPreferences(),
+                                                            host.directoryMappings())});
+    m_served.push_back({DiscoveryControl::kObjectPath, QStringLiteral("discovery"),
+                        std::make_unique<DiscoveryControl>(host.discovery(), host.engine())});
+}
+
 bool AppDelegate::exportControlInterface()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
-    // The object goes first: a client that sees the name must find the object behind it.
+    // The objects go first: a client that sees the name must find the objects behind it. A subsystem's
+    // interface that cannot be exported costs only remote access to that subsystem.
     if (!bus.registerObject(ControlNames::kObjectPath, m_control.get(), QDBusConnection::ExportScriptableContents)) {
         Console::line(QStringLiteral("❌ [SETUP] Cannot export the control interface: ") + bus.lastError().message());
         return true; // the engine still runs; only remote control is missing
     }
-    if (m_rulesControl && !bus.registerObject(RulesNames::kObjectPath, m_rulesControl.get(), QDBusConnection::ExportAdaptors))
-        Console::line(QStringLiteral("❌ [SETUP] Cannot export the rules interface: ") + bus.lastError().message());
-    if (!bus.registerService(ControlNames::kServiceName)) {
-        bus.unregisterObject(ControlNames::kObjectPath);
-        bus.unregisterObject(RulesNames::kObjectPath);
-        return false; // lost the race against another instance
+    for (const Served &served : m_served) {
+        if (!bus.registerObject(served.path, served.object.get(), QDBusConnection::ExportAdaptors)) {
+            Console::line(QStringLiteral("❌ [SETUP] Cannot export the %1 interface: ").arg(served.what)
+                          + bus.lastError().message());
+        }
     }
     m_exported = true;
-    // Discovery is served beside the main interface, by an object the control service owns.
-    auto *discovery = new DiscoveryControl(m_host->discovery(), m_host->engine(), m_control.get());
-    if (!bus.registerObject(DiscoveryControl::kObjectPath, discovery, QDBusConnection::ExportAdaptors))
-        Console::line(QStringLiteral("❌ [SETUP] Cannot export the discovery interface: ") + bus.lastError().message());
+    if (!bus.registerService(ControlNames::kServiceName)) {
+        unexport();
+        return false; // lost the race against another instance
+    }
     return true;
 }
 
-// The enterprise interface lives on the same bus name at its own path; it is registered once the main
-// interface owns the name, and a failure costs only remote access to it.
-void AppDelegate::exportEnterpriseInterface()
+void AppDelegate::unexport()
 {
-    m_enterprise = std::make_unique<EnterpriseControl>(m_host->engine(), m_host->managedPreferences(),
-                                                       m_host->directoryMappings());
-    new Enterprise1Adaptor(m_enterprise.get()); // owned by the object it adapts
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.registerObject(EnterpriseNames::kObjectPath, m_enterprise.get(), QDBusConnection::ExportAdaptors)) {
-        Console::line(QStringLiteral("❌ [SETUP] Cannot export the enterprise interface: ") + bus.lastError().message());
+    if (!m_exported)
         return;
-    }
-    m_enterpriseExported = true;
+    m_exported = false;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    bus.unregisterService(ControlNames::kServiceName);
+    bus.unregisterObject(ControlNames::kObjectPath);
+    for (const Served &served : m_served)
+        bus.unregisterObject(served.path);
 }
 
 AppDelegate::LaunchResult AppDelegate::launch()
@@ -119,18 +122,15 @@ AppDelegate::LaunchResult AppDelegate::launch()
                               [scheduler] { scheduler->resumeAutoMount(); }});
     NotificationCenter *center = &m_host->center();
     m_control->setShowHandler([center] { center->post(Notifications::DisplayMainWindow); });
-    m_rulesControl = std::make_unique<RulesControl>(m_host->rules(), m_host->engine());
+    createServedObjects();
 
     if (haveBus && !exportControlInterface()) {
         // Another instance took the name between the check and now. Nothing was started: no launch entry.
-        m_rulesControl.reset();
+        m_served.clear();
         m_control.reset();
         m_host.reset();
         return forwardToRunningInstance();
     }
-
-    if (m_exported)
-        exportEnterpriseInterface();
 
     m_signals = std::make_unique<UnixSignalWatcher>(QList<int>{SIGINT, SIGTERM, SIGHUP});
     connect(m_signals.get(), &UnixSignalWatcher::signalReceived, this, [this](int) { quit(); });
@@ -155,19 +155,8 @@ void AppDelegate::quit()
     if (m_quitting)
         return;
     m_quitting = true;
-    if (m_exported) {
-        // Stop answering first, so no client talks to an engine that is going away.
-        QDBusConnection bus = QDBusConnection::sessionBus();
-        bus.unregisterService(ControlNames::kServiceName);
-        bus.unregisterObject(ControlNames::kObjectPath);
-        bus.unregisterObject(DiscoveryControl::kObjectPath);
-        bus.unregisterObject(RulesNames::kObjectPath);
-        m_exported = false;
-    }
-    if (m_enterpriseExported) {
-        QDBusConnection::sessionBus().unregisterObject(EnterpriseNames::kObjectPath);
-        m_enterpriseExported = false;
-    }
+    // Stop answering first, so no client talks to an engine that is going away.
+    unexport();
     if (m_host)
         m_host->shutdown();
     QCoreApplication::exit(0);

@@ -6,10 +6,9 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 class ControlService;
-class EnterpriseControl;
-class RulesControl;
 class EngineHost;
 class UnixSignalWatcher;
 
@@ -49,17 +48,25 @@ public:
     ControlService *control() const { return m_control.get(); }
 
 private:
+    // One object served on the session bus: the main control interface, or a subsystem's interface at its own
+    // path (rules, exchange, enterprise, discovery).
+    struct Served
+    {
+        QString path;
+        QString what; // for the console line when it cannot be exported
+        std::unique_ptr<QObject> object;
+    };
+
     LaunchResult forwardToRunningInstance();
+    void createServedObjects();
     bool exportControlInterface();
-    void exportEnterpriseInterface();
+    void unexport();
 
     QStringList m_urls;
     std::unique_ptr<EngineHost> m_host;
     std::unique_ptr<ControlService> m_control;
-    std::unique_ptr<EnterpriseControl> m_enterprise;
-    std::unique_ptr<RulesControl> m_rulesControl; // io.tarnwell.Tarnwell.Rules1, beside the main interface
+    std::vector<Served> m_served; // besides m_control; destroyed before the host they refer to
     std::unique_ptr<UnixSignalWatcher> m_signals;
     bool m_exported = false;
-    bool m_enterpriseExported = false;
     bool m_quitting = false;
 };

@@ -5,6 +5,8 @@
 #include "DiscoverCommand.h"
 #include "SharesCommand.h"
 #include "RulesCommand.h"
+#include "ConfigCommand.h"
+#include "SetCommand.h"
 
 #include <QCoreApplication>
 
@@ -63,6 +65,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(std::make_unique<DiscoverCommand>());
     commands.push_back(std::make_unique<SharesCommand>());
     commands.push_back(std::make_unique<RulesCommand>());
+    commands.push_back(std::make_unique<ConfigCommand>());
+    commands.push_back(std::make_unique<SetCommand>());
     return commands;
 }
 

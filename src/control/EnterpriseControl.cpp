@@ -1,5 +1,7 @@
 #include "EnterpriseControl.h"
 
+#include "enterprise1adaptor.h" // generated from io.tarnwell.Tarnwell.Enterprise1.xml
+
 #include "control/ControlNames.h"
 #include "core/MountEngine.h"
 #include "enterprise/ActiveDirectoryManager.h"
@@ -30,6 +32,7 @@ EnterpriseControl::EnterpriseControl(MountEngine &engine, ManagedPreferencesMoni
     , m_managed(managed)
     , m_directory(directory)
 {
+    new Enterprise1Adaptor(this); // owned by this object; exported with QDBusConnection::ExportAdaptors
     if (m_managed)
         connect(m_managed, &ManagedPreferencesMonitor::sharesApplied, this, &EnterpriseControl::ManagedSharesApplied);
     if (m_directory) {

@@ -12,12 +12,18 @@
 #include "core/MountEngine.h"
 #include "core/WorkerPools.h"
 #include "discovery/NetworkDiscoveryManager.h"
+#include "engine/RulesExchangeAdapter.h"
 #include "enterprise/ActiveDirectoryManager.h"
 #include "enterprise/ManagedPreferencesMonitor.h"
+#include "enterprise/ManagedPreferencesReader.h"
+#include "exchange/ConfigurationManager.h"
+#include "exchange/LegacyImporter.h"
+#include "exchange/ShareSetManager.h"
 #include "logging/EnterpriseAuditLog.h"
 #include "logging/LogEventManager.h"
 #include "platform/FileSystem.h"
 #include "platform/FuseBridge.h"
+#include "platform/ManagedPreferenceSource.h"
 #include "platform/NetworkProbe.h"
 #include "platform/ServiceBrowser.h"
 #include "rules/RuleEngine.h"
@@ -116,6 +122,20 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     rules.mount = [engine](qint64 id) { engine->mount(id, false); };
     rules.eject = [engine](qint64 id) { engine->eject(id); };
     m_rules = std::make_unique<RuleEngine>(rules);
+    m_shareSets = std::make_unique<ShareSetManager>(*m_defaults, *m_engine);
+    m_configuration = std::make_unique<ConfigurationManager>(ConfigurationManager::Dependencies{
+        m_engine.get(), m_shareSets.get(), m_defaults.get(), m_center.get(), m_credentials.get()});
+    m_legacyImporter = std::make_unique<LegacyImporter>(*m_configuration, *m_eventLog);
+    m_rulesExchange = std::make_unique<RulesExchangeAdapter>(*m_rules);
+    m_configuration->setRulesExchange(m_rulesExchange.get());
+    // Import and export may be forbidden by the organisation; only an explicit false in a managed profile
+    // blocks. Without a managed-preference source nothing is forbidden.
+    ManagedPreferenceSource *managed = m_ports.managedPreferences.get();
+    m_configuration->setPolicyReader([managed](const QString &key) -> std::optional<bool> {
+        if (!managed)
+            return std::nullopt;
+        return ManagedPreferencesReader(*managed).boolean(key);
+    });
 
     m_presentNotice = [](const QString &title, const QString &text) { Console::line(kNoticeLine.arg(title, text)); };
 }
@@ -124,15 +144,16 @@ EngineHost::~EngineHost()
 {
     if (m_started)
         shutdown();
-    // The scheduler, the watchdog and the enterprise objects refer to the engine; the engine to the logs and
-    // ports.
+    // Everything built on the engine goes first (discovery also waits for its workers, which use the ports);
+    // then the scheduler and the watchdog, then the engine, which refers to the logs and ports.
+    m_legacyImporter.reset();
+    m_configuration.reset();
+    m_rulesExchange.reset();
+    m_shareSets.reset();
+    m_rules.reset();
+    m_discovery.reset();
     m_directory.reset();
     m_managedPreferences.reset();
-    // Discovery waits for its workers, which use the ports. The scheduler and the watchdog refer to the
-    // engine; the engine to the logs and ports.
-    m_discovery.reset();
-    // The rules, the scheduler and the watchdog refer to the engine; the engine to the logs and ports.
-    m_rules.reset();
     m_scheduler.reset();
     m_fuseWatchdog.reset();
     m_engine.reset();

@@ -10,18 +10,22 @@
 
 class ActiveDirectoryManager;
 class AutoMountScheduler;
+class ConfigurationManager;
 class CredentialStore;
 class Defaults;
 class EnterpriseAuditLog;
 class FuseBridgeWatchdog;
+class LegacyImporter;
 class LogEventManager;
 class ManagedPreferencesMonitor;
 class MountEngine;
 class NetworkDiscoveryManager;
 class NotificationCenter;
+class RuleEngine;
+class RulesExchangeAdapter;
+class ShareSetManager;
 class VolumeRecord;
 struct WorkerPools;
-class RuleEngine;
 
 // The long-lived objects of the engine, created once in a fixed order and destroyed in reverse:
 // preferences domain, notification centre, audit log, event log (both dated by the ports' clock), worker
@@ -91,6 +95,10 @@ public:
     ManagedPreferencesMonitor *managedPreferences() { return m_managedPreferences.get(); }
     ActiveDirectoryManager *directoryMappings() { return m_directory.get(); }
     NetworkDiscoveryManager &discovery() { return *m_discovery; }
+    // Share sets and the configuration exchange (their policy gate and rules exchange are set by the caller).
+    ShareSetManager &shareSets() { return *m_shareSets; }
+    ConfigurationManager &configuration() { return *m_configuration; }
+    LegacyImporter &legacyImporter() { return *m_legacyImporter; }
 
 private:
     PlatformPorts m_ports;
@@ -107,6 +115,10 @@ private:
     std::unique_ptr<ActiveDirectoryManager> m_directory;
     std::unique_ptr<NetworkDiscoveryManager> m_discovery; // over the discovery ports
     std::unique_ptr<RuleEngine> m_rules;
+    std::unique_ptr<ShareSetManager> m_shareSets;
+    std::unique_ptr<RulesExchangeAdapter> m_rulesExchange;
+    std::unique_ptr<ConfigurationManager> m_configuration;
+    std::unique_ptr<LegacyImporter> m_legacyImporter;
     std::function<void(const QString &, const QString &)> m_presentNotice;
     bool m_started = false;
     bool m_stopped = false;

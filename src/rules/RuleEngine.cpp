@@ -1,5 +1,7 @@
 #include "RuleEngine.h"
 
+#include <QSet>
+
 #include "base/Console.h"
 #include "base/Paths.h"
 #include "core/ScriptRunner.h"
@@ -334,6 +336,20 @@ bool RuleEngine::addRule(const Rule &rule)
     m_rules.append(rule);
     const bool saved = saveRules();
     logActivity(QStringLiteral("Rule added: ") + rule.name, RuleActivity::ActivityType::info, rule.name);
+    Q_EMIT rulesChanged();
+    return saved;
+}
+
+bool RuleEngine::replaceRules(const QList<Rule> &rules, const QString &reason)
+{
+    QSet<QUuid> kept;
+    for (const Rule &rule : rules)
+        kept.insert(rule.id);
+    for (auto it = m_triggeredRuleStates.begin(); it != m_triggeredRuleStates.end();)
+        it = kept.contains(it.key()) ? std::next(it) : m_triggeredRuleStates.erase(it);
+    m_rules = rules;
+    const bool saved = saveRules();
+    logActivity(reason, RuleActivity::ActivityType::info, QString());
     Q_EMIT rulesChanged();
     return saved;
 }

@@ -99,6 +99,9 @@ public:
     // Editing; each saves and logs an activity. The return value is the save's outcome: false means the
     // change is in memory but not on disk (lastSaveError() says why).
     bool addRule(const Rule &rule);
+    // Replaces the whole list at once (an import): one save, one activity entry. Edge-trigger states of
+    // rules that are gone are dropped. False when the save failed (the list is replaced all the same).
+    bool replaceRules(const QList<Rule> &rules, const QString &reason);
     bool updateRule(const Rule &rule); // replaces the rule with the same id; false also when unknown
     bool deleteRule(const QUuid &id);
     bool toggleRule(const QUuid &id);
