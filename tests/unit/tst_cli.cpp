@@ -86,8 +86,6 @@ class TestCli : public QObject
 private Q_SLOTS:
     void shareUrl_data();
     void shareUrl();
-    void protocolNames_data();
-    void protocolNames();
     void recordJson_data();
     void recordJson();
     void hardwareAddress_data();
@@ -165,23 +163,6 @@ void TestCli::shareUrl()
     QTEST(parsed->port.value_or(0), "port");
     QTEST(parsed->username, "user");
     QTEST(parsed->shareName, "share");
-}
-
-void TestCli::protocolNames_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("protocol"); // empty: refused
-
-    for (const auto &[name, protocol] : {std::pair{"smb", "SMB"}, {"afp", "AFP"}, {"Nfs", "NFS"}, {"webdav", "WEBDAV"},
-                                         {"WebDAVS", "WEBDAVS"}, {"http", "WEBDAV"}, {"https", "WEBDAVS"},
-                                         {"ftp", ""}, {"smb3", ""}, {"", ""}})
-        QTest::newRow(name) << name << protocol;
-}
-
-void TestCli::protocolNames()
-{
-    QFETCH(QString, name);
-    QTEST(ShareArguments::protocolFromName(name).value_or(QString()), "protocol");
 }
 
 void TestCli::recordJson_data()

@@ -487,6 +487,7 @@ void TestControl::servicePauseHooks()
 // service's, of the same type, and read through.
 void TestControl::adaptorProperties()
 {
+    QCOMPARE(ControlNames::kInterface, QLatin1String(Control1Proxy::staticInterfaceName()));
     const QMetaObject &adaptor = Control1Adaptor::staticMetaObject;
     const QMetaObject &service = ControlService::staticMetaObject;
     QVERIFY(adaptor.propertyCount() > adaptor.propertyOffset());
