@@ -18,7 +18,8 @@ if(TARNWELL_SANITIZE)
     target_compile_options(tw_common INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer)
     target_link_options(tw_common INTERFACE -fsanitize=address,undefined)
 endif()
-target_include_directories(tw_common INTERFACE ${PROJECT_SOURCE_DIR}/src)
+# Generated sources (D-Bus adaptors and proxies) mirror the source layout: "control/Control1Proxy.h".
+target_include_directories(tw_common INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_BINARY_DIR}/src)
 
 # Adds a static library made of every source in the calling directory (minus EXCLUDE).
 function(tw_glob_library name)

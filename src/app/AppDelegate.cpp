@@ -3,6 +3,7 @@
 #include "UnixSignalWatcher.h"
 #include "base/Console.h"
 #include "base/NotificationCenter.h"
+#include "control/Control1Proxy.h"
 #include "control/ControlNames.h"
 #include "control/ControlService.h"
 #include "control/DiscoveryControl.h"
@@ -19,7 +20,6 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
 
 #include <csignal>
 
@@ -41,14 +41,14 @@ AppDelegate::LaunchResult AppDelegate::forwardToRunningInstance()
 {
     Console::line(kAlreadyRunningLine);
     bool ok = true;
+    Control1Proxy running(ControlNames::kServiceName, ControlNames::kObjectPath, QDBusConnection::sessionBus());
+    running.setTimeout(10000);
     for (const QString &url : std::as_const(m_urls)) {
-        // A blocking call is acceptable here: this process has nothing else to do and ends right after.
-        QDBusMessage call = QDBusMessage::createMethodCall(ControlNames::kServiceName, ControlNames::kObjectPath,
-                                                           ControlNames::kInterface, QStringLiteral("HandleUrl"));
-        call << url;
-        const QDBusMessage answer = QDBusConnection::sessionBus().call(call, QDBus::Block, 10000);
-        if (answer.type() == QDBusMessage::ErrorMessage) {
-            Console::line(kUrlFailedLine.arg(answer.errorMessage()));
+        // Waiting is acceptable here: this process has nothing else to do and ends right after.
+        QDBusPendingReply<> answer = running.HandleUrl(url);
+        answer.waitForFinished();
+        if (answer.isError()) {
+            Console::line(kUrlFailedLine.arg(answer.error().message()));
             ok = false;
         }
     }
@@ -75,7 +75,7 @@ bool AppDelegate::exportControlInterface()
     QDBusConnection bus = QDBusConnection::sessionBus();
     // The objects go first: a client that sees the name must find the objects behind it. A subsystem's
     // interface that cannot be exported costs only remote access to that subsystem.
-    if (!bus.registerObject(ControlNames::kObjectPath, m_control.get(), QDBusConnection::ExportScriptableContents)) {
+    if (!bus.registerObject(ControlNames::kObjectPath, m_control.get(), QDBusConnection::ExportAdaptors)) {
         Console::line(QStringLiteral("❌ [SETUP] Cannot export the control interface: ") + bus.lastError().message());
         return true; // the engine still runs; only remote control is missing
     }

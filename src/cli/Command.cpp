@@ -1,12 +1,28 @@
 #include "Command.h"
 
-#include "DirectoryCommand.h"
-#include "ProfileCommand.h"
-#include "DiscoverCommand.h"
-#include "SharesCommand.h"
-#include "RulesCommand.h"
+#include "AddCommand.h"
+#include "AuditCommand.h"
+#include "CleanupCommand.h"
 #include "ConfigCommand.h"
+#include "DirectoryCommand.h"
+#include "DiscoverCommand.h"
+#include "EditCommand.h"
+#include "EjectCommand.h"
+#include "ExportCommand.h"
+#include "HelpCommand.h"
+#include "ImportCommand.h"
+#include "ListCommand.h"
+#include "LogCommand.h"
+#include "MountCommand.h"
+#include "PauseCommand.h"
+#include "ProfileCommand.h"
+#include "RemoveCommand.h"
+#include "ResumeCommand.h"
+#include "RulesCommand.h"
 #include "SetCommand.h"
+#include "SharesCommand.h"
+#include "StatusCommand.h"
+#include "VerifyCommand.h"
 
 #include <QCoreApplication>
 
@@ -46,9 +62,7 @@ bool Command::parse(QCommandLineParser &parser, const QStringList &arguments, in
     }
     if (parser.isSet(help)) {
         QString text = parser.helpText();
-        // The parser names the program after argv[0]; show the command as it is typed.
-        text.replace(QStringLiteral("Usage: ") + arguments.first(),
-                     QStringLiteral("Usage: tarnwellctl ") + arguments.first());
+        text.replace(0, text.indexOf(QLatin1Char('\n')), usageLine(parser));
         Cli::out(text);
         *status = kExitOk;
         return false;
@@ -56,17 +70,66 @@ bool Command::parse(QCommandLineParser &parser, const QStringList &arguments, in
     return true;
 }
 
+QString Command::usageLine(const QCommandLineParser &parser) const
+{
+    // The parser names the program after argv[0]; show the command as it is typed.
+    const QString text = parser.helpText();
+    QString line = text.left(text.indexOf(QLatin1Char('\n')));
+    const qsizetype programStart = line.indexOf(QLatin1String(": ")) + 2;
+    const qsizetype programEnd = line.indexOf(QLatin1Char(' '), programStart);
+    line.replace(programStart, (programEnd < 0 ? line.size() : programEnd) - programStart,
+                 QStringLiteral("tarnwellctl ") + name());
+    return line;
+}
+
+bool Command::expectPositionals(const QCommandLineParser &parser, qsizetype min, qsizetype max, int *status) const
+{
+    const qsizetype count = parser.positionalArguments().size();
+    if (count >= min && count <= max)
+        return true;
+    *status = usageError((count < min ? QStringLiteral("Too few arguments. ") : QStringLiteral("Too many arguments. "))
+                         + usageLine(parser));
+    return false;
+}
+
+void Command::addShareArgument(QCommandLineParser &parser)
+{
+    parser.addPositionalArgument(QStringLiteral("SHARE"), QStringLiteral("the share's ID or nickname"));
+}
+
+int Command::usageError(const QString &message)
+{
+    Cli::err(message);
+    return kExitUsage;
+}
+
 std::vector<std::unique_ptr<Command>> allCommands()
 {
     std::vector<std::unique_ptr<Command>> commands;
     // One line per command class, in the order of the global help.
-    commands.push_back(std::make_unique<ProfileCommand>());
-    commands.push_back(std::make_unique<DirectoryCommand>());
-    commands.push_back(std::make_unique<DiscoverCommand>());
-    commands.push_back(std::make_unique<SharesCommand>());
-    commands.push_back(std::make_unique<RulesCommand>());
+    commands.push_back(std::make_unique<ListCommand>());
+    commands.push_back(std::make_unique<StatusCommand>());
+    commands.push_back(std::make_unique<AddCommand>());
+    commands.push_back(std::make_unique<EditCommand>());
+    commands.push_back(std::make_unique<RemoveCommand>());
+    commands.push_back(std::make_unique<MountCommand>());
+    commands.push_back(std::make_unique<EjectCommand>());
+    commands.push_back(std::make_unique<CleanupCommand>());
+    commands.push_back(std::make_unique<VerifyCommand>());
+    commands.push_back(std::make_unique<PauseCommand>());
+    commands.push_back(std::make_unique<ResumeCommand>());
+    commands.push_back(std::make_unique<LogCommand>());
+    commands.push_back(std::make_unique<AuditCommand>());
+    commands.push_back(std::make_unique<ImportCommand>());
+    commands.push_back(std::make_unique<ExportCommand>());
     commands.push_back(std::make_unique<ConfigCommand>());
     commands.push_back(std::make_unique<SetCommand>());
+    commands.push_back(std::make_unique<RulesCommand>());
+    commands.push_back(std::make_unique<DiscoverCommand>());
+    commands.push_back(std::make_unique<SharesCommand>());
+    commands.push_back(std::make_unique<DirectoryCommand>());
+    commands.push_back(std::make_unique<ProfileCommand>());
+    commands.push_back(std::make_unique<HelpCommand>());
     return commands;
 }
 

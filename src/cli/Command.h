@@ -30,9 +30,19 @@ protected:
     // ends here: help was printed (0), or the parser or the password rule refused the arguments (2).
     // Passwords are never taken from the command line: any option named like one is refused.
     bool parse(QCommandLineParser &parser, const QStringList &arguments, int *status) const;
+    // After parse(): false with *status 2 (and the usage line) unless there are min..max positional
+    // arguments.
+    bool expectPositionals(const QCommandLineParser &parser, qsizetype min, qsizetype max, int *status) const;
+    // Prints the message as a usage error and returns its status (2).
+    static int usageError(const QString &message);
+    // The SHARE positional argument (an ID or a nickname; the engine resolves it).
+    static void addShareArgument(QCommandLineParser &parser);
+    // "Usage: tarnwellctl NAME [options] ARGUMENTS", from the parser's help.
+    QString usageLine(const QCommandLineParser &parser) const;
 };
 
-// Every command, in the order of the global help. Registration is one line in Command.cpp.
+// Every command, in the order of the global help. Registration is one line in Command.cpp; the dispatch
+// (Cli::dispatch) and the help find the commands here only.
 std::vector<std::unique_ptr<Command>> allCommands();
 
 namespace Cli {

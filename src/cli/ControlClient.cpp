@@ -1,16 +1,27 @@
 #include "ControlClient.h"
 
+#include "Command.h"
+
 #include "control/ControlNames.h"
 
-#include <QDBusError>
+#include <QDBusConnectionInterface>
+#include <QJsonDocument>
 
 namespace {
 const QString kConnectionName = QStringLiteral("tarnwellctl");
 }
 
+int ControlClient::Failure::report() const
+{
+    Cli::err(message);
+    return exitCode;
+}
+
 ControlClient::ControlClient()
     : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, kConnectionName))
+    , m_control(ControlNames::kServiceName, ControlNames::kObjectPath, m_bus)
 {
+    m_control.setTimeout(kCallTimeoutMs);
 }
 
 ControlClient::~ControlClient()
@@ -19,57 +30,78 @@ ControlClient::~ControlClient()
     QDBusConnection::disconnectFromBus(kConnectionName);
 }
 
-ControlClient::Failure ControlClient::failureFor(const QDBusMessage &reply)
+ControlClient::Failure ControlClient::noBus() const
 {
-    const QString name = reply.errorName();
-    if (name == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown")
-        || name == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner")
-        || name == QLatin1String("org.freedesktop.DBus.Error.UnknownObject")
-        || name == QLatin1String("org.freedesktop.DBus.Error.Disconnected")) {
-        return {ControlNames::kNoEngineMessage, 1};
-    }
-    if (name == QLatin1String("org.freedesktop.DBus.Error.NoReply")
-        || name == QLatin1String("org.freedesktop.DBus.Error.Timeout")) {
-        return {QStringLiteral("The Tarnwell engine did not answer in time"), 1};
-    }
-    if (name == QLatin1String("org.freedesktop.DBus.Error.UnknownMethod")) {
-        return {QStringLiteral("The running Tarnwell engine does not offer this operation (is it an older version?)"), 1};
-    }
-    return {reply.errorMessage(), 1};
+    return {ControlNames::kNoEngineMessage + QStringLiteral("\n(no session bus: ") + m_bus.lastError().message()
+                + QLatin1Char(')'),
+            Command::kExitFailure};
 }
 
-std::optional<QVariantList> ControlClient::call(const QString &method, const QVariantList &arguments, Failure *failure,
-                                                int timeoutMs)
+ControlClient::Failure ControlClient::failureFor(const QDBusError &error)
+{
+    switch (error.type()) {
+    case QDBusError::ServiceUnknown:
+    case QDBusError::UnknownObject:
+    case QDBusError::Disconnected:
+        return {ControlNames::kNoEngineMessage, Command::kExitFailure};
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+        return {QStringLiteral("The Tarnwell engine did not answer in time"), Command::kExitFailure};
+    case QDBusError::UnknownMethod:
+        return {QStringLiteral("The running Tarnwell engine does not offer this operation (is it an older version?)"),
+                Command::kExitFailure};
+    default:
+        break;
+    }
+    if (error.name() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner"))
+        return {ControlNames::kNoEngineMessage, Command::kExitFailure};
+    return {error.message(), Command::kExitFailure};
+}
+
+bool ControlClient::finished(QDBusPendingCall &call, Failure *failure)
 {
     if (!m_bus.isConnected()) {
-        *failure = {ControlNames::kNoEngineMessage + QStringLiteral("\n(no session bus: ") + m_bus.lastError().message()
-                        + QLatin1Char(')'),
-                    1};
-        return std::nullopt;
+        *failure = noBus();
+        return false;
     }
-    QDBusMessage message = QDBusMessage::createMethodCall(ControlNames::kServiceName, ControlNames::kObjectPath,
-                                                          ControlNames::kInterface, method);
-    message.setArguments(arguments);
-    const QDBusMessage reply = m_bus.call(message, QDBus::Block, timeoutMs);
-    if (reply.type() != QDBusMessage::ReplyMessage) {
-        *failure = failureFor(reply);
-        return std::nullopt;
+    call.waitForFinished();
+    if (call.isError()) {
+        *failure = failureFor(call.error());
+        return false;
     }
-    return reply.arguments();
+    return true;
 }
 
-std::optional<QString> ControlClient::callText(const QString &method, const QVariantList &arguments, Failure *failure)
+bool ControlClient::engineRunning(Failure *failure)
 {
-    const auto reply = call(method, arguments, failure);
-    if (!reply)
-        return std::nullopt;
-    return reply->isEmpty() ? QString() : reply->first().toString();
+    if (!m_bus.isConnected()) {
+        *failure = noBus();
+        return false;
+    }
+    if (!m_bus.interface()->isServiceRegistered(ControlNames::kServiceName).value()) {
+        *failure = {ControlNames::kNoEngineMessage, Command::kExitFailure};
+        return false;
+    }
+    return true;
 }
 
 std::optional<qint64> ControlClient::resolve(const QString &share, Failure *failure)
 {
-    const auto reply = call(QStringLiteral("ResolveShare"), {share}, failure);
-    if (!reply)
+    return wait(m_control.ResolveShare(share), failure);
+}
+
+std::optional<QJsonObject> ControlClient::record(qint64 id, Failure *failure)
+{
+    const auto text = wait(m_control.GetRecord(id), failure);
+    if (!text)
         return std::nullopt;
-    return reply->isEmpty() ? 0 : reply->first().toLongLong();
+    return QJsonDocument::fromJson(text->toUtf8()).object();
+}
+
+std::optional<QJsonArray> ControlClient::records(Failure *failure)
+{
+    const auto text = wait(m_control.ListRecords(), failure);
+    if (!text)
+        return std::nullopt;
+    return QJsonDocument::fromJson(text->toUtf8()).array();
 }

@@ -1,5 +1,7 @@
 #include "Output.h"
 
+#include "Command.h"
+
 #include <QDateTime>
 #include <QStringList>
 
@@ -7,9 +9,11 @@ namespace Output {
 
 namespace {
 
+// Every text shown comes from user data or the network (nicknames, URLs, server messages): escaped for
+// the terminal.
 QString str(const QJsonObject &o, const char *key)
 {
-    return o.value(QLatin1String(key)).toString();
+    return Cli::printable(o.value(QLatin1String(key)).toString());
 }
 
 QString stateOf(const QJsonObject &record)
@@ -35,6 +39,11 @@ QString pad(const QString &text, int width)
 }
 
 } // namespace
+
+QString asLine(const QString &text)
+{
+    return text.endsWith(QLatin1Char('\n')) ? text : text + QLatin1Char('\n');
+}
 
 QString shareName(const QJsonObject &record)
 {

@@ -5,7 +5,8 @@
 #include <QList>
 #include <QString>
 
-// Text shown by tarnwellctl for what the engine returns (records and event-log entries as JSON). Pure.
+// Text shown by tarnwellctl for what the engine returns (records and event-log entries as JSON), for a
+// terminal: control characters in the texts are escaped (Cli::printable). Pure.
 namespace Output {
 
 // One line per share under a header: ID, NICKNAME, PROTOCOL, STATE, URL, STATUS (the short status label when
@@ -23,6 +24,9 @@ QString eventLine(const QJsonObject &event);
 // those in front of previous' newest entry in `current`. When that entry is gone (the log was cleared or
 // trimmed past it), the entries of `current` dated after it. Returned oldest first, ready to print.
 QList<QJsonObject> newEvents(const QJsonArray &previous, const QJsonArray &current);
+
+// Text as it stands (JSON for scripts), ending in a newline.
+QString asLine(const QString &text);
 
 // A share's name for messages: its nickname, else host/share, with the ID.
 QString shareName(const QJsonObject &record);

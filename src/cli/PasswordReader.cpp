@@ -81,4 +81,19 @@ std::optional<QString> fromStdin()
     return readLine();
 }
 
+QCommandLineOption stdinOption()
+{
+    return QCommandLineOption(QStringLiteral("password-stdin"),
+                              QStringLiteral("read the password from standard input (first line)"));
+}
+
+std::optional<QString> read(const QCommandLineParser &parser, const QString &prompt)
+{
+    if (parser.isSet(stdinOption()))
+        return fromStdin().value_or(QString());
+    if (stdinIsTerminal())
+        return fromTerminal(prompt).value_or(QString());
+    return std::nullopt;
+}
+
 } // namespace PasswordReader

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QCommandLineOption>
+#include <QCommandLineParser>
 #include <QString>
 
 #include <optional>
@@ -16,5 +18,13 @@ std::optional<QString> fromTerminal(const QString &prompt);
 
 // The first line without its line ending; nullopt when standard input is empty.
 std::optional<QString> fromStdin();
+
+// The --password-stdin option of the commands that take a password.
+QCommandLineOption stdinOption();
+
+// The password as the user gives it: the first line of standard input with --password-stdin (empty when
+// there is none), else asked on the terminal without echo. nullopt when neither is possible (no option and
+// standard input is not a terminal); the command decides what that means.
+std::optional<QString> read(const QCommandLineParser &parser, const QString &prompt);
 
 } // namespace PasswordReader

@@ -33,7 +33,66 @@ bool isWebDav(const QString &protocol)
     return protocol == QLatin1String("WEBDAV") || protocol == QLatin1String("WEBDAVS");
 }
 
+std::optional<QString> valueOf(const QCommandLineParser &parser, const char *name)
+{
+    const QString option = QLatin1String(name);
+    return parser.isSet(option) ? std::optional<QString>(parser.value(option)) : std::nullopt;
+}
+
 } // namespace
+
+void addOptions(QCommandLineParser &parser, bool forEdit)
+{
+    const auto valued = [&parser](const char *name, const char *valueName, const char *help) {
+        parser.addOption(QCommandLineOption(QLatin1String(name), QString::fromUtf8(help), QLatin1String(valueName)));
+    };
+    const auto flag = [&parser](const char *name, const char *help) {
+        parser.addOption(QCommandLineOption(QLatin1String(name), QString::fromUtf8(help)));
+    };
+    valued("host", "HOST", "server name or address");
+    valued("share", "NAME", "share name (WebDAV: path on the server; empty for the root)");
+    valued("protocol", "PROTO", "smb, afp, nfs, webdav or webdavs (default smb)");
+    valued("port", "PORT", "port number; 'default' for the protocol's own");
+    valued("user", "USER", "user name (the password is asked for, or read with --password-stdin)");
+    flag("guest", "guest access, no password");
+    valued("nickname", "TEXT", "display name");
+    flag("auto-mount", "keep the share mounted automatically");
+    valued("mount-dir", "DIR", "mount at this folder instead of the volumes folder");
+    valued("group", "GROUP", "group tag");
+    valued("mac", "ADDR", "Wake-on-LAN hardware address of the server");
+    if (forEdit) {
+        flag("no-guest", "switch guest access off");
+        flag("no-auto-mount", "switch auto-mount off");
+        flag("in-volumes", "mount in the volumes folder again");
+    }
+}
+
+Flags flagsFrom(const QCommandLineParser &parser)
+{
+    Flags f;
+    f.host = valueOf(parser, "host");
+    f.share = valueOf(parser, "share");
+    f.protocol = valueOf(parser, "protocol");
+    f.port = valueOf(parser, "port");
+    f.user = valueOf(parser, "user");
+    f.nickname = valueOf(parser, "nickname");
+    f.mountDir = valueOf(parser, "mount-dir");
+    f.group = valueOf(parser, "group");
+    f.mac = valueOf(parser, "mac");
+    // Options that the parser does not know (add has no --no-guest) read as unset.
+    const auto isSet = [&parser](const char *name) { return parser.optionNames().contains(QLatin1String(name)); };
+    if (isSet("guest"))
+        f.guest = true;
+    if (isSet("no-guest"))
+        f.guest = false;
+    if (isSet("auto-mount"))
+        f.autoMount = true;
+    if (isSet("no-auto-mount"))
+        f.autoMount = false;
+    if (isSet("in-volumes"))
+        f.inVolumes = true;
+    return f;
+}
 
 std::optional<QString> protocolFromName(const QString &name)
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCommandLineParser>
 #include <QJsonObject>
 #include <QString>
 
@@ -48,6 +49,11 @@ struct Flags
     std::optional<QString> group;
     std::optional<QString> mac;
 };
+
+// The share options of add (and, with forEdit, the switches back of edit: --no-guest, --no-auto-mount,
+// --in-volumes), added to a command's parser; flagsFrom() reads them back after parsing.
+void addOptions(QCommandLineParser &parser, bool forEdit);
+Flags flagsFrom(const QCommandLineParser &parser);
 
 // The JSON record (RecordJson keys) for the flags; nullopt with *error for a usage error (bad URL, port,
 // protocol, hardware address, contradictory flags). forAdd: the host is required, and without --user (or a

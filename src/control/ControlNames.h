@@ -4,7 +4,8 @@
 
 // Names of the control interface on the session bus, shared by the engine (which serves it) and tarnwellctl
 // (which calls it). Header-only so that the command-line client needs no engine library.
-// The interface itself is described in io.tarnwell.Tarnwell.Control1.xml beside this file.
+// The interface itself is described in io.tarnwell.Tarnwell.Control1.xml beside this file; the adaptor and
+// the client proxy (Control1Proxy, in tw_control_client) are generated from it.
 namespace ControlNames {
 
 inline const QString kServiceName = QStringLiteral("io.tarnwell.Tarnwell");

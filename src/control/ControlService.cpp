@@ -2,6 +2,7 @@
 
 #include "ControlNames.h"
 #include "RecordJson.h"
+#include "control/Control1Adaptor.h"
 #include "ShareResolver.h"
 #include "UrlCommand.h"
 
@@ -55,9 +56,12 @@ std::optional<QDateTime> parseBound(const QString &text, bool *ok)
     return dt;
 }
 
-QString managerName(const VolumeRecord &record, const QString &fallback)
+// The engine's refusal as the error the caller gets.
+ControlService::Error refused(const RecordRules::Refusal &refusal)
 {
-    return record.managedBy.trimmed().isEmpty() ? fallback : record.managedBy;
+    const QString name = refusal.reason == RecordRules::Refusal::Reason::Locked ? ControlNames::kErrorLocked
+                                                                                : ControlNames::kErrorDuplicate;
+    return makeError(name, refusal.message());
 }
 
 } // namespace
@@ -68,13 +72,14 @@ ControlService::ControlService(MountEngine &engine, LogEventManager &eventLog, E
     , m_engine(engine)
     , m_eventLog(eventLog)
     , m_auditLog(auditLog)
+    , m_adaptor(new Control1Adaptor(this))
 {
     m_recordsChangedDelay.setSingleShot(true);
     m_recordsChangedDelay.setInterval(kCoalesceMs);
     m_eventLogChangedDelay.setSingleShot(true);
     m_eventLogChangedDelay.setInterval(kCoalesceMs);
-    connect(&m_recordsChangedDelay, &QTimer::timeout, this, &ControlService::RecordsChanged);
-    connect(&m_eventLogChangedDelay, &QTimer::timeout, this, &ControlService::EventLogChanged);
+    connect(&m_recordsChangedDelay, &QTimer::timeout, m_adaptor, &Control1Adaptor::RecordsChanged);
+    connect(&m_eventLogChangedDelay, &QTimer::timeout, m_adaptor, &Control1Adaptor::EventLogChanged);
 
     auto recordsChanged = [this] {
         if (!m_recordsChangedDelay.isActive())
@@ -87,13 +92,15 @@ ControlService::ControlService(MountEngine &engine, LogEventManager &eventLog, E
             m_eventLogChangedDelay.start();
     });
     connect(&m_engine, &MountEngine::mountFinished, this,
-            [this](qint64 id, int code) { Q_EMIT MountFinished(id, code, statusOf(id)); });
+            [this](qint64 id, int code) { Q_EMIT m_adaptor->MountFinished(id, code, statusOf(id)); });
     connect(&m_engine, &MountEngine::ejectFinished, this,
-            [this](qint64 id, bool ok) { Q_EMIT EjectFinished(id, ok, statusOf(id)); });
-    connect(&m_engine, &MountEngine::ejectAllFinished, this, &ControlService::EjectAllFinished);
+            [this](qint64 id, bool ok) { Q_EMIT m_adaptor->EjectFinished(id, ok, statusOf(id)); });
+    connect(&m_engine, &MountEngine::ejectAllFinished, m_adaptor, &Control1Adaptor::EjectAllFinished);
     connect(&m_engine, &MountEngine::cleanUpFinished, this,
-            [this](qint64 id) { Q_EMIT CleanUpFinished(id, statusOf(id)); });
+            [this](qint64 id) { Q_EMIT m_adaptor->CleanUpFinished(id, statusOf(id)); });
 }
+
+ControlService::~ControlService() = default;
 
 QString ControlService::version() const
 {
@@ -165,19 +172,13 @@ ControlService::Result<qint64> ControlService::addRecord(const QString &json, co
     QString why;
     if (!RecordJson::apply(*object, record, &why))
         return {0, makeError(ControlNames::kErrorInvalidArgument, why)};
-    for (const VolumeRecord &existing : m_engine.store().records()) {
-        if (RecordJson::isSameShare(existing, record)) {
-            return {0, makeError(ControlNames::kErrorDuplicate,
-                                 QStringLiteral("Duplicate share: %1 (%2, user %3) already exists with the ID %4")
-                                     .arg(existing.mountURLText(), RecordJson::protocolName(existing.mounting_using_protocol_Enum),
-                                          existing.no_password_guest_login ? QStringLiteral("guest") : existing.username_String)
-                                     .arg(existing.internal_ID_Int))};
-        }
-    }
     record.internal_ID_Int = 0; // the engine numbers it
     if (!password.isEmpty())
         CredentialStore::setPassword(record, password); // the engine writes it to the secret store
-    return {m_engine.addRecord(record), {}};
+    const MountEngine::UserChange added = m_engine.addUserRecord(record);
+    if (added.refusal)
+        return {0, refused(*added.refusal)};
+    return {added.id, {}};
 }
 
 ControlService::Result<ControlService::Done> ControlService::editRecord(qint64 id, const QString &json)
@@ -186,10 +187,6 @@ ControlService::Result<ControlService::Done> ControlService::editRecord(qint64 i
     const VolumeRecord *live = findRecord(id, &error);
     if (!live)
         return {{}, error};
-    if (live->isLocked) {
-        return {{}, makeError(ControlNames::kErrorLocked, kLockedTitle + QStringLiteral(": ")
-                                                              + kLockedText.arg(managerName(*live, kLockedFallbackManager)))};
-    }
     const auto object = parseObject(json, &error);
     if (!object)
         return {{}, error};
@@ -197,14 +194,8 @@ ControlService::Result<ControlService::Done> ControlService::editRecord(qint64 i
     QString why;
     if (!RecordJson::apply(*object, edited, &why))
         return {{}, makeError(ControlNames::kErrorInvalidArgument, why)};
-    for (const VolumeRecord &existing : m_engine.store().records()) {
-        if (existing.internal_ID_Int != id && RecordJson::isSameShare(existing, edited)) {
-            return {{}, makeError(ControlNames::kErrorDuplicate,
-                                  QStringLiteral("Duplicate share: the share with the ID %1 already has these settings")
-                                      .arg(existing.internal_ID_Int))};
-        }
-    }
-    m_engine.updateRecord(edited);
+    if (const MountEngine::UserChange change = m_engine.editUserRecord(edited); change.refusal)
+        return {{}, refused(*change.refusal)};
     return {};
 }
 
@@ -214,13 +205,11 @@ ControlService::Result<ControlService::Done> ControlService::setPassword(qint64 
     const VolumeRecord *live = findRecord(id, &error);
     if (!live)
         return {{}, error};
-    if (live->isLocked) {
-        return {{}, makeError(ControlNames::kErrorLocked, kLockedTitle + QStringLiteral(": ")
-                                                              + kLockedText.arg(managerName(*live, kLockedFallbackManager)))};
-    }
     VolumeRecord edited = *live;
     CredentialStore::setPassword(edited, password);
-    m_engine.updateRecord(edited); // writes the cached password back to the secret store
+    // The engine writes the cached password back to the secret store.
+    if (const MountEngine::UserChange change = m_engine.editUserRecord(edited); change.refusal)
+        return {{}, refused(*change.refusal)};
     return {};
 }
 
@@ -458,28 +447,6 @@ QString ControlService::ExportAudit(const QString &format, const QString &since,
     const auto r = exportAudit(format, since, until);
     reply(r.error);
     return r.value;
-}
-
-QString ControlService::ImportConfiguration(const QString &)
-{
-    reply(makeError(ControlNames::kErrorNotAvailable, kNotAvailable.arg(QStringLiteral("Configuration import"))));
-    return {};
-}
-
-void ControlService::ExportConfiguration(const QString &)
-{
-    reply(makeError(ControlNames::kErrorNotAvailable, kNotAvailable.arg(QStringLiteral("Configuration export"))));
-}
-
-QString ControlService::ImportCsv(const QString &)
-{
-    reply(makeError(ControlNames::kErrorNotAvailable, kNotAvailable.arg(QStringLiteral("Share CSV import"))));
-    return {};
-}
-
-void ControlService::ExportCsv(const QString &)
-{
-    reply(makeError(ControlNames::kErrorNotAvailable, kNotAvailable.arg(QStringLiteral("Share CSV export"))));
 }
 
 void ControlService::HandleUrl(const QString &url)

@@ -7,28 +7,33 @@
 
 #include <functional>
 
-class CredentialStore;
+class Control1Adaptor;
 class EnterpriseAuditLog;
 class LogEventManager;
 class MountEngine;
 class VolumeRecord;
 
-// The engine's control interface io.tarnwell.Tarnwell.Control1 (described in
-// io.tarnwell.Tarnwell.Control1.xml beside this file), exported at /io/tarnwell/Tarnwell by AppDelegate.
+// The engine's control interface io.tarnwell.Tarnwell.Control1, described in io.tarnwell.Tarnwell.Control1.xml
+// beside this file. That description is the only source of the D-Bus side: the adaptor generated from it (a
+// child of this object, created here; AppDelegate exports it at /io/tarnwell/Tarnwell) calls the functions
+// below that carry the D-Bus names, and this object emits the interface's signals on the adaptor, so a
+// method or signal that drifts from the description fails the build.
 //
-// Every operation exists twice: a C++ function returning a ControlResult (what tests and a second in-process
-// user call), and the scriptable slot with the D-Bus name that turns an error into a D-Bus error reply.
-// Operations that take time in the engine (mount, eject, clean-up) return at once; their outcome is
-// announced by the signals. Passwords pass through to the credential store and nowhere else.
+// Every operation exists twice: a C++ function returning a Result (what tests and a second in-process user
+// call), and the function with the D-Bus name that turns an error into a D-Bus error reply (QDBusContext
+// reaches the call through the adaptor). The rules about the records themselves (duplicates, managed
+// shares) are the engine's; this only translates its refusals into error names. Operations that take time
+// in the engine (mount, eject, clean-up) return at once; the signals announce their outcome. Passwords
+// pass through to the credential store and nowhere else.
 //
 // Thread: main thread (D-Bus calls are delivered there). The engine, the logs and the optional hooks are
 // not owned and must outlive this object.
 class ControlService : public QObject, protected QDBusContext
 {
     Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "io.tarnwell.Tarnwell.Control1")
-    Q_PROPERTY(QString Version READ version SCRIPTABLE true)
-    Q_PROPERTY(bool Paused READ isPaused SCRIPTABLE true)
+    // Read by the adaptor under the interface's property names.
+    Q_PROPERTY(QString Version READ version)
+    Q_PROPERTY(bool Paused READ isPaused)
 
 public:
     struct Error
@@ -56,16 +61,17 @@ public:
         std::function<void()> resume;
     };
 
-    // Texts of the refusal to edit a managed record (the record view's banner).
-    static inline const QString kLockedTitle = QStringLiteral("IT-Managed Share");
-    static inline const QString kLockedText = QStringLiteral("This share is managed by %1. Settings cannot be modified.");
-    static inline const QString kLockedFallbackManager = QStringLiteral("IT Department");
     static inline const QString kNothingToPause =
         QStringLiteral("Auto-mount can be paused only while at least one share is mounted");
     static inline const QString kNotAvailable = QStringLiteral("%1 is not available in this build");
 
     ControlService(MountEngine &engine, LogEventManager &eventLog, EnterpriseAuditLog &auditLog,
                    QObject *parent = nullptr);
+    ~ControlService() override;
+
+    // The D-Bus face: export this object with QDBusConnection::ExportAdaptors. Its signals are the
+    // interface's signals.
+    Control1Adaptor *adaptor() const { return m_adaptor; }
 
     void setPauseHooks(PauseHooks hooks) { m_pause = std::move(hooks); }
     // Derives a record's short status label; when unset the label is the status text itself.
@@ -97,36 +103,24 @@ public:
     Result<QString> exportAudit(const QString &format, const QString &since, const QString &until) const;
     Result<Done> handleUrl(const QString &url);
 
-public Q_SLOTS:
-    Q_SCRIPTABLE QString ListRecords();
-    Q_SCRIPTABLE QString GetRecord(qlonglong id);
-    Q_SCRIPTABLE qlonglong ResolveShare(const QString &query);
-    Q_SCRIPTABLE qlonglong AddRecord(const QString &record, const QString &password);
-    Q_SCRIPTABLE void EditRecord(qlonglong id, const QString &record);
-    Q_SCRIPTABLE void SetPassword(qlonglong id, const QString &password);
-    Q_SCRIPTABLE void RemoveRecord(qlonglong id);
-    Q_SCRIPTABLE void Mount(qlonglong id);
-    Q_SCRIPTABLE void Eject(qlonglong id);
-    Q_SCRIPTABLE void EjectAll();
-    Q_SCRIPTABLE void CleanUp(qlonglong id);
-    Q_SCRIPTABLE bool Verify(qlonglong id);
-    Q_SCRIPTABLE void Pause();
-    Q_SCRIPTABLE void Resume();
-    Q_SCRIPTABLE QString EventLog(int limit);
-    Q_SCRIPTABLE QString ExportAudit(const QString &format, const QString &since, const QString &until);
-    Q_SCRIPTABLE QString ImportConfiguration(const QString &path);
-    Q_SCRIPTABLE void ExportConfiguration(const QString &path);
-    Q_SCRIPTABLE QString ImportCsv(const QString &path);
-    Q_SCRIPTABLE void ExportCsv(const QString &path);
-    Q_SCRIPTABLE void HandleUrl(const QString &url);
-
-Q_SIGNALS:
-    Q_SCRIPTABLE void RecordsChanged();
-    Q_SCRIPTABLE void EventLogChanged();
-    Q_SCRIPTABLE void MountFinished(qlonglong id, int code, const QString &status);
-    Q_SCRIPTABLE void EjectFinished(qlonglong id, bool ok, const QString &status);
-    Q_SCRIPTABLE void EjectAllFinished();
-    Q_SCRIPTABLE void CleanUpFinished(qlonglong id, const QString &status);
+    // --- Called by the adaptor (the interface's method names) ---
+    QString ListRecords();
+    QString GetRecord(qlonglong id);
+    qlonglong ResolveShare(const QString &query);
+    qlonglong AddRecord(const QString &record, const QString &password);
+    void EditRecord(qlonglong id, const QString &record);
+    void SetPassword(qlonglong id, const QString &password);
+    void RemoveRecord(qlonglong id);
+    void Mount(qlonglong id);
+    void Eject(qlonglong id);
+    void EjectAll();
+    void CleanUp(qlonglong id);
+    bool Verify(qlonglong id);
+    void Pause();
+    void Resume();
+    QString EventLog(int limit);
+    QString ExportAudit(const QString &format, const QString &since, const QString &until);
+    void HandleUrl(const QString &url);
 
 private:
     const VolumeRecord *findRecord(qint64 id, Error *error) const;
@@ -137,6 +131,7 @@ private:
     MountEngine &m_engine;
     LogEventManager &m_eventLog;
     EnterpriseAuditLog &m_auditLog;
+    Control1Adaptor *m_adaptor; // child of this object
     PauseHooks m_pause;
     std::function<QString(const VolumeRecord &, bool)> m_labeler;
     std::function<void()> m_show;

@@ -1,33 +1,13 @@
 #include "RecordJson.h"
 
+#include "core/ProtocolName.h"
+
 #include <QJsonValue>
 #include <QSet>
 
 namespace RecordJson {
 
 namespace {
-
-struct ProtocolName
-{
-    MountUsingProtocol_Enum protocol;
-    const char *name;
-};
-
-constexpr ProtocolName kProtocolNames[] = {
-    {MountUsingProtocol_Enum::SMB, "SMB"},       {MountUsingProtocol_Enum::AFP, "AFP"},
-    {MountUsingProtocol_Enum::NFS, "NFS"},       {MountUsingProtocol_Enum::WebDAV, "WEBDAV"},
-    {MountUsingProtocol_Enum::WebDAVS, "WEBDAVS"},
-};
-
-QString trimmedShareName(const QString &share)
-{
-    QString s = share.trimmed();
-    while (s.startsWith(QLatin1Char('/')))
-        s.remove(0, 1);
-    while (s.endsWith(QLatin1Char('/')))
-        s.chop(1);
-    return s;
-}
 
 // An on/off value: 0/1, or a JSON Boolean (accepted for convenience; written back as 0/1).
 std::optional<int> onOff(const QJsonValue &value)
@@ -44,25 +24,6 @@ std::optional<int> onOff(const QJsonValue &value)
 
 } // namespace
 
-QString protocolName(MountUsingProtocol_Enum protocol)
-{
-    for (const auto &entry : kProtocolNames) {
-        if (entry.protocol == protocol)
-            return QLatin1String(entry.name);
-    }
-    return QStringLiteral("SMB");
-}
-
-std::optional<MountUsingProtocol_Enum> protocolFromName(const QString &name)
-{
-    const QString upper = name.trimmed().toUpper();
-    for (const auto &entry : kProtocolNames) {
-        if (upper == QLatin1String(entry.name))
-            return entry.protocol;
-    }
-    return std::nullopt;
-}
-
 QJsonObject toJson(const VolumeRecord &record, const RuntimeView &runtime)
 {
     QJsonObject o;
@@ -71,7 +32,7 @@ QJsonObject toJson(const VolumeRecord &record, const RuntimeView &runtime)
     o[kHostname] = record.hostname_String;
     o[kShareName] = record.volume_String;
     o[kPort] = record.port_Int ? QJsonValue(*record.port_Int) : QJsonValue(QJsonValue::Null);
-    o[kProtocolType] = protocolName(record.mounting_using_protocol_Enum);
+    o[kProtocolType] = ProtocolName::of(record.mounting_using_protocol_Enum);
     o[kUsername] = record.username_String;
     o[kGuest] = record.no_password_guest_login;
     o[kAutoMount] = record.auto_Mount;
@@ -141,7 +102,7 @@ bool apply(const QJsonObject &json, VolumeRecord &record, QString *error)
                 return wrongKind(key, QStringLiteral("a port number from 1 to 65535, or null"));
             edited.port_Int = qint64(d);
         } else if (key == kProtocolType) {
-            const auto protocol = value.isString() ? protocolFromName(value.toString()) : std::nullopt;
+            const auto protocol = value.isString() ? ProtocolName::parse(value.toString()) : std::nullopt;
             if (!protocol)
                 return wrongKind(key, QStringLiteral("one of SMB, AFP, NFS, WEBDAV, WEBDAVS"));
             edited.mounting_using_protocol_Enum = *protocol;
@@ -165,21 +126,6 @@ bool apply(const QJsonObject &json, VolumeRecord &record, QString *error)
     }
     record = edited;
     return true;
-}
-
-bool isSameShare(const VolumeRecord &a, const VolumeRecord &b)
-{
-    if (a.mounting_using_protocol_Enum != b.mounting_using_protocol_Enum)
-        return false;
-    if (a.hostname_String.trimmed().compare(b.hostname_String.trimmed(), Qt::CaseInsensitive) != 0)
-        return false;
-    if (trimmedShareName(a.volume_String) != trimmedShareName(b.volume_String))
-        return false;
-    const bool guestA = a.no_password_guest_login != 0;
-    const bool guestB = b.no_password_guest_login != 0;
-    if (guestA || guestB)
-        return guestA == guestB;
-    return a.username_String.trimmed() == b.username_String.trimmed();
 }
 
 QJsonObject eventToJson(const LogEvent &event)

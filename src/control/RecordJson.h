@@ -12,7 +12,8 @@
 // The JSON form of share records and event-log entries on the control interface. Pure functions; any thread.
 //
 // A record is one object with camel-case keys (the configuration file's names where it has them); on/off
-// settings are the integers 0/1, as everywhere the record's settings are exchanged. Passwords are never
+// settings are the integers 0/1, as everywhere the record's settings are exchanged; the protocol is spelt
+// as ProtocolName gives it. Passwords are never
 // part of it. Runtime keys (status, mounted, ...) are written but never read back.
 namespace RecordJson {
 
@@ -42,11 +43,6 @@ inline const QString kMountInProgress = QStringLiteral("mountInProgress");
 inline const QString kMountPoint = QStringLiteral("mountPoint");
 inline const QString kIpAddress = QStringLiteral("ipAddress");
 
-// "SMB", "AFP", "NFS", "WEBDAV", "WEBDAVS" (the configuration file's spelling).
-QString protocolName(MountUsingProtocol_Enum protocol);
-// Those names in any case; nullopt for anything else.
-std::optional<MountUsingProtocol_Enum> protocolFromName(const QString &name);
-
 struct RuntimeView
 {
     bool mountInProgress = false;
@@ -59,10 +55,6 @@ QJsonObject toJson(const VolumeRecord &record, const RuntimeView &runtime = {});
 // clears the port). Refuses, with *error naming the key, an unknown or read-only key and a value of the
 // wrong kind or range; the record is left untouched then.
 bool apply(const QJsonObject &json, VolumeRecord &record, QString *error);
-
-// The same share as far as adding is concerned: host (ignoring case and surrounding blanks), share name
-// (ignoring surrounding slashes), protocol and user name (guests all count as one user).
-bool isSameShare(const VolumeRecord &a, const VolumeRecord &b);
 
 // One event-log entry: date (ISO 8601, UTC), the user-facing timestamp text, record id, type raw
 // value, host, share, mount point, message and status.

@@ -197,15 +197,33 @@ bool MountEngine::updateRecord(const VolumeRecord &record)
     return true;
 }
 
+MountEngine::UserChange MountEngine::addUserRecord(VolumeRecord record)
+{
+    if (auto refusal = RecordRules::checkAdd(m_store.records(), record))
+        return {0, std::move(refusal)};
+    return {addRecord(std::move(record)), std::nullopt};
+}
+
+MountEngine::UserChange MountEngine::editUserRecord(const VolumeRecord &record)
+{
+    const VolumeRecord *live = m_store.find(record.internal_ID_Int);
+    if (!live)
+        return {};
+    if (auto refusal = RecordRules::checkEdit(m_store.records(), *live, record))
+        return {0, std::move(refusal)};
+    updateRecord(record);
+    return {record.internal_ID_Int, std::nullopt};
+}
+
 MountEngine::RemoveResult MountEngine::removeRecord(qint64 id)
 {
     RemoveResult result;
     const VolumeRecord *live = m_store.find(id);
     if (!live)
         return result;
-    if (live->isLocked) {
-        result.alertTitle = kCannotDeleteTitle;
-        result.alertText = kCannotDeleteText.arg(live->managedBy.isEmpty() ? QStringLiteral("IT") : live->managedBy);
+    if (const auto refusal = RecordRules::checkRemove(*live)) {
+        result.alertTitle = refusal->title;
+        result.alertText = refusal->text;
         return result;
     }
     const VolumeRecord copy = *live;

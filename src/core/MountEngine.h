@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/RecordRules.h"
 #include "core/RecordStore.h"
 #include "core/SelectResult.h"
 #include "core/VolumeRecord.h"
@@ -81,9 +82,6 @@ public:
     static inline const QString kStatusEjected = QStringLiteral("Ejected");
     static inline const QString kStatusEjectedAll = QStringLiteral("Ejected all");
     static inline const QString kStatusServerUnreachable = QStringLiteral("Server unreachable");
-    // Texts of the refusal to delete a managed record.
-    static inline const QString kCannotDeleteTitle = QStringLiteral("Cannot Delete");
-    static inline const QString kCannotDeleteText = QStringLiteral("This share is managed by %1 and cannot be deleted.");
 
 
     // Loads the records from the preferences (RecordStore::load). The first-launch examples are left to
@@ -105,11 +103,21 @@ public:
     // Saves, posts "Tarnwell_VolumeRecordChanged", audits shareModified and writes a cached password back.
     // False when no record has that ID.
     bool updateRecord(const VolumeRecord &record);
+    // A user's add or settings edit (command line, tray, importer): checked against RecordRules first
+    // (duplicates; edits of a locked record), and nothing changes when refused. Otherwise as addRecord() /
+    // updateRecord(), and `id` is the record's ID. An edit of an unknown ID gives id 0 without a refusal.
+    struct UserChange
+    {
+        qint64 id = 0;
+        std::optional<RecordRules::Refusal> refusal;
+    };
+    UserChange addUserRecord(VolumeRecord record);
+    UserChange editUserRecord(const VolumeRecord &record);
     struct RemoveResult
     {
         bool removed = false;
-        QString alertTitle; // set when refused: "Cannot Delete"
-        QString alertText;  // "This share is managed by <managedBy or IT> and cannot be deleted."
+        QString alertTitle; // set when refused (RecordRules::checkRemove)
+        QString alertText;
     };
     // Refused for a locked (managed) record. Otherwise removes, saves, posts the change, audits
     // shareRemoved and, when "delete_associated_log_entries" is on (the default), deletes the record's

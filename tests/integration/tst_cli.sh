@@ -255,6 +255,19 @@ expect_err "ambiguous"; expect_err "$guest_id"; expect_err "$secure_id"
 run_ctl 0 remove "$secure_id"
 run_ctl 1 status "$secure_id"
 
+step "user data reaches the terminal escaped; --json keeps it exact"
+nick=$'\e[31mRed\a'
+run_ctl 0 add "smb://127.0.0.1:9/escape-$tag" --nickname "$nick"
+escape_id=$(sed -n 's/^Added share \([0-9]*\):.*/\1/p' <<<"$out")
+[ -n "$escape_id" ] || fail "no ID in: $out"
+run_ctl 0 list
+grep -qF '\x1b[31mRed\x07' <<<"$out" || fail "list did not show the nickname escaped: $out"
+! grep -q $'\e' <<<"$out" || fail "list wrote a raw escape character"
+run_ctl 0 status "$escape_id"
+! grep -q $'\e' <<<"$out" || fail "status wrote a raw escape character"
+[ "$(record_field "$escape_id" nickname)" = "$nick" ] || fail "list --json did not keep the nickname exact"
+run_ctl 0 remove "$escape_id"
+
 step "SIGTERM: exit 0, records saved, APP_QUIT on disk"
 stop_daemon TERM
 [ "$stop_status" -eq 0 ] || fail "the engine exited $stop_status on SIGTERM"

@@ -1,12 +1,22 @@
-// tarnwellctl's pure parts: share URLs and flags, command lines, dates, event-log following, output.
-#include "cli/CommandLine.h"
+// tarnwellctl: share URLs and flags (and that the engine takes the JSON they make), dates, event-log
+// following, terminal output, and whole command lines through the dispatch with no engine reachable:
+// usage errors, the password rule and the exit statuses.
+#include "cli/Command.h"
 #include "cli/DateArgument.h"
+#include "cli/Dispatch.h"
 #include "cli/Output.h"
 #include "cli/ShareArguments.h"
+#include "control/ControlNames.h"
+#include "control/RecordJson.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
+
+#include <cstdio>
+#include <unistd.h>
 
 Q_DECLARE_METATYPE(ShareArguments::Flags)
 
@@ -33,6 +43,40 @@ QJsonObject logEntry(const char *date, qint64 id, const char *message)
                        {QStringLiteral("message"), QLatin1String(message)}};
 }
 
+struct Run
+{
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+// Runs the command line through the dispatch with standard output and error captured.
+Run dispatch(const QStringList &arguments)
+{
+    QTemporaryFile outFile, errFile;
+    if (!outFile.open() || !errFile.open())
+        return {};
+    std::fflush(stdout);
+    std::fflush(stderr);
+    const int savedOut = ::dup(STDOUT_FILENO);
+    const int savedErr = ::dup(STDERR_FILENO);
+    ::dup2(outFile.handle(), STDOUT_FILENO);
+    ::dup2(errFile.handle(), STDERR_FILENO);
+    Run run;
+    run.status = Cli::dispatch(arguments);
+    std::fflush(stdout);
+    std::fflush(stderr);
+    ::dup2(savedOut, STDOUT_FILENO);
+    ::dup2(savedErr, STDERR_FILENO);
+    ::close(savedOut);
+    ::close(savedErr);
+    outFile.seek(0);
+    errFile.seek(0);
+    run.out = QString::fromUtf8(outFile.readAll());
+    run.err = QString::fromUtf8(errFile.readAll());
+    return run;
+}
+
 } // namespace
 
 class TestCli : public QObject
@@ -42,18 +86,21 @@ class TestCli : public QObject
 private Q_SLOTS:
     void shareUrl_data();
     void shareUrl();
-    void protocolNames_data();
-    void protocolNames();
     void recordJson_data();
     void recordJson();
     void hardwareAddress_data();
     void hardwareAddress();
-    void commandLine_data();
-    void commandLine();
+    void commandLines_data();
+    void commandLines();
     void dates_data();
     void dates();
     void newEvents();
     void recordTable();
+    void escaping_data();
+    void escaping();
+
+private:
+    QTemporaryDir m_noBus;
 };
 
 void TestCli::shareUrl_data()
@@ -116,23 +163,6 @@ void TestCli::shareUrl()
     QTEST(parsed->port.value_or(0), "port");
     QTEST(parsed->username, "user");
     QTEST(parsed->shareName, "share");
-}
-
-void TestCli::protocolNames_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("protocol"); // empty: refused
-
-    for (const auto &[name, protocol] : {std::pair{"smb", "SMB"}, {"afp", "AFP"}, {"Nfs", "NFS"}, {"webdav", "WEBDAV"},
-                                         {"WebDAVS", "WEBDAVS"}, {"http", "WEBDAV"}, {"https", "WEBDAVS"},
-                                         {"ftp", ""}, {"smb3", ""}, {"", ""}})
-        QTest::newRow(name) << name << protocol;
-}
-
-void TestCli::protocolNames()
-{
-    QFETCH(QString, name);
-    QTEST(ShareArguments::protocolFromName(name).value_or(QString()), "protocol");
 }
 
 void TestCli::recordJson_data()
@@ -199,6 +229,9 @@ void TestCli::recordJson()
     }
     QVERIFY2(result, qPrintable(error));
     QCOMPARE(*result, expected);
+    // What the command line makes, the engine takes.
+    VolumeRecord record;
+    QVERIFY2(RecordJson::apply(*result, record, &error), qPrintable(error));
 }
 
 void TestCli::hardwareAddress_data()
@@ -218,67 +251,79 @@ void TestCli::hardwareAddress()
     QTEST(ShareArguments::isHardwareAddress(text), "valid");
 }
 
-void TestCli::commandLine_data()
+void TestCli::commandLines_data()
 {
+    // No engine can be reached: the session bus address leads nowhere, so an accepted command line ends
+    // with status 1 and the no-engine message, and only usage errors end with 2.
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + m_noBus.filePath(QStringLiteral("none")).toUtf8());
+
     QTest::addColumn<QStringList>("args");
-    QTest::addColumn<QString>("command"); // empty: refused with reason
-    QTest::addColumn<QStringList>("positional");
-    QTest::addColumn<QStringList>("flags");
-    QTest::addColumn<QString>("values"); // "name=value;..." sorted by name, or the reason
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("text"); // in standard output for status 0, else in standard error
 
-    const auto bad = [](const char *name, const QStringList &args, const char *reason) {
-        QTest::newRow(name) << args << "" << QStringList() << QStringList() << reason;
+    const QString noEngine = ControlNames::kNoEngineMessage.section(QLatin1Char('\n'), 0, 0);
+    const auto accepted = [&noEngine](const char *name, const QStringList &args) {
+        QTest::newRow(name) << args << 1 << noEngine;
     };
-    QTest::newRow("list json") << L({"list", "--json"}) << "list" << QStringList() << L({"json"}) << "";
-    QTest::newRow("mount wait timeout") << L({"mount", "NAS", "--wait", "--timeout", "30"}) << "mount" << L({"NAS"})
-                                        << L({"wait"}) << "timeout=30";
-    QTest::newRow("inline value") << L({"log", "--limit=5", "--follow"}) << "log" << QStringList() << L({"follow"})
-                                  << "limit=5";
-    QTest::newRow("options before positional") << L({"add", "--guest", "smb://h/s", "--nickname", "My Share"})
-                                               << "add" << L({"smb://h/s"}) << L({"guest"}) << "nickname=My Share";
-    QTest::newRow("double dash ends options") << L({"remove", "--", "--odd-name"}) << "remove" << L({"--odd-name"})
-                                              << QStringList() << "";
-    QTest::newRow("audit export") << L({"audit", "export", "--format", "csv", "--since", "7d"}) << "audit"
-                                  << L({"export"}) << QStringList() << "format=csv;since=7d";
-    QTest::newRow("empty value") << L({"edit", "1", "--group="}) << "edit" << L({"1"}) << QStringList() << "group=";
+    const auto usage = [](const char *name, const QStringList &args, const char *text) {
+        QTest::newRow(name) << args << 2 << QString::fromUtf8(text);
+    };
 
-    bad("nothing", {}, "A command is needed");
-    bad("unknown command", L({"frobnicate"}), "Unknown command 'frobnicate'");
-    bad("unknown option", L({"list", "--xml"}), "Unknown option '--xml' for 'list'");
-    bad("short option", L({"list", "-j"}), "Unknown option '-j'");
-    bad("missing value", L({"log", "--limit"}), "needs a value");
-    bad("flag with value", L({"list", "--json=yes"}), "takes no value");
-    bad("too few", L({"mount"}), "Too few arguments");
-    bad("too many", L({"status", "a", "b"}), "Too many arguments");
-    bad("password option", L({"add", "smb://h/s", "--password", "x"}), "Passwords are never taken");
-    bad("password inline", L({"edit", "1", "--password=x"}), "Passwords are never taken");
-    bad("passwd", L({"add", "--passwd", "x"}), "Passwords are never taken");
-    bad("help of unknown", L({"help", "nope"}), "Unknown command 'nope'");
-    bad("option before command", L({"--json", "list"}), "Unknown option '--json'");
+    QTest::newRow("global help") << L({"--help"}) << 0 << "Commands:";
+    QTest::newRow("version") << L({"--version"}) << 0 << "tarnwellctl " TARNWELL_VERSION;
+    QTest::newRow("command help") << L({"mount", "--help"}) << 0 << "Usage: tarnwellctl mount";
+    QTest::newRow("help command") << L({"help", "eject"}) << 0 << "Usage: tarnwellctl eject";
+    QTest::newRow("--help command") << L({"--help", "log"}) << 0 << "Usage: tarnwellctl log";
+
+    accepted("list json", L({"list", "--json"}));
+    accepted("options after the share", L({"mount", "NAS", "--wait", "--timeout", "30"}));
+    accepted("inline value", L({"log", "--limit=5", "--follow"}));
+    accepted("options around the url", L({"add", "--guest", "smb://h/s", "--nickname", "My Share"}));
+    // A password share asks nobody for a password while no engine would take it.
+    accepted("password share", L({"add", "smb://alice@h/s"}));
+    accepted("double dash ends options", L({"remove", "--", "--odd-name"}));
+    accepted("audit export", L({"audit", "export", "--format", "csv", "--since", "7d"}));
+    accepted("new password only", L({"edit", "1", "--set-password", "--password-stdin"}));
+    accepted("eject all", L({"eject", "--all", "--wait"}));
+
+    usage("nothing", {}, "A command is needed");
+    usage("unknown command", L({"frobnicate"}), "Unknown command 'frobnicate'");
+    usage("option before command", L({"--json", "list"}), "Unknown option '--json'");
+    usage("help of unknown", L({"help", "nope"}), "Unknown command 'nope'");
+    usage("unknown option", L({"list", "--xml"}), "Unknown option 'xml'");
+    usage("missing value", L({"log", "--limit"}), "Missing value after '--limit'");
+    usage("flag with value", L({"list", "--json=yes"}), "Unexpected value after '--json'");
+    usage("too few", L({"mount"}), "Too few arguments. Usage: tarnwellctl mount");
+    usage("too many", L({"status", "a", "b"}), "Too many arguments");
+    usage("password option", L({"add", "smb://h/s", "--password", "Sekr1t"}), "Passwords are never taken");
+    usage("password inline", L({"edit", "1", "--password=Sekr1t"}), "Passwords are never taken");
+    usage("passwd", L({"mount", "x", "--passwd", "Sekr1t"}), "Passwords are never taken");
+    usage("password in the url", L({"add", "smb://u:Sekr1t@h/s"}), "carries a password");
+    usage("timeout", L({"mount", "x", "--timeout", "0"}), "--timeout must be a number of seconds");
+    usage("limit", L({"log", "--limit=all"}), "--limit must be a number");
+    usage("eject neither", L({"eject"}), "Name one share, or give --all");
+    usage("eject both", L({"eject", "x", "--all"}), "Name one share, or give --all");
+    usage("audit action", L({"audit", "import"}), "Unknown audit command 'import'");
+    usage("audit format", L({"audit", "export"}), "--format csv or --format json is needed");
+    usage("audit date", L({"audit", "export", "--format", "csv", "--since", "last week"}), "Not a date");
+    usage("edit nothing", L({"edit", "1"}), "Nothing to change");
+    usage("password-stdin alone", L({"edit", "1", "--nickname", "x", "--password-stdin"}), "goes with --set-password");
+    usage("guest with a password", L({"add", "smb://h/s", "--password-stdin"}), "does not go with a guest share");
+    usage("bad protocol", L({"add", "--host", "h", "--share", "s", "--protocol", "gopher"}), "Unknown protocol 'gopher'");
 }
 
-void TestCli::commandLine()
+void TestCli::commandLines()
 {
     QFETCH(QStringList, args);
-    QFETCH(QString, command);
-    QFETCH(QString, values);
-    QString error;
-    const auto parsed = CommandLine::parse(args, &error);
-    if (command.isEmpty()) {
-        QVERIFY(!parsed);
-        QVERIFY2(error.contains(values), qPrintable(error));
-        return;
-    }
-    QVERIFY2(parsed, qPrintable(error));
-    QCOMPARE(parsed->command, command);
-    QTEST(parsed->positional, "positional");
-    QTEST(parsed->flags, "flags");
-    QStringList pairs;
-    for (auto it = parsed->values.cbegin(); it != parsed->values.cend(); ++it)
-        pairs << it.key() + QLatin1Char('=') + it.value();
-    pairs.sort();
-    QCOMPARE(pairs.join(QLatin1Char(';')), values);
-    QVERIFY(!parsed->help);
+    QFETCH(int, status);
+    QFETCH(QString, text);
+    const Run run = dispatch(args);
+    QCOMPARE(run.status, status);
+    QVERIFY2((status == 0 ? run.out : run.err).contains(text), qPrintable(run.out + run.err));
+    if (status != 0)
+        QVERIFY2(run.out.isEmpty(), qPrintable(run.out));
+    // A password given on the command line is never repeated.
+    QVERIFY(!run.out.contains(QLatin1String("Sekr1t")) && !run.err.contains(QLatin1String("Sekr1t")));
 }
 
 void TestCli::dates_data()
@@ -363,6 +408,35 @@ void TestCli::recordTable()
     const qsizetype urlColumn = lines.at(0).indexOf(QLatin1String("URL"));
     QCOMPARE(lines.at(1).indexOf(QLatin1String("smb://")), urlColumn);
     QCOMPARE(lines.at(2).indexOf(QLatin1String("https://")), urlColumn);
+}
+
+void TestCli::escaping_data()
+{
+    // Texts from user data (a nickname, a status from the network) holding terminal control sequences.
+    QTest::addColumn<QString>("shown");
+
+    const QJsonObject record{{QStringLiteral("id"), 3},
+                             {QStringLiteral("nickname"), QStringLiteral("\x1b[2J\x1b]0;owned\x07Team")},
+                             {QStringLiteral("mountURL"), QStringLiteral("smb://nas/x")},
+                             {QStringLiteral("status"), QStringLiteral("Failed\rOK")},
+                             {QStringLiteral("mounted"), true}};
+    const QJsonObject event{{QStringLiteral("timestamp"), QStringLiteral("2024-05-01 12:00:00")},
+                            {QStringLiteral("recordId"), 3},
+                            {QStringLiteral("hostname"), QStringLiteral("nas")},
+                            {QStringLiteral("shareName"), QStringLiteral("x")},
+                            {QStringLiteral("message"), QStringLiteral("\x1b[2J\x1b]0;owned\x07Team")}};
+    QTest::newRow("list") << Output::recordTable(QJsonArray{record});
+    QTest::newRow("status") << Output::recordDetails(record);
+    QTest::newRow("log") << Output::eventLine(event) + QLatin1Char('\n');
+    QTest::newRow("share name") << Output::shareName(record) + QLatin1Char('\n');
+}
+
+void TestCli::escaping()
+{
+    QFETCH(QString, shown);
+    QVERIFY2(shown.contains(QLatin1String("\\x1b[2J\\x1b]0;owned\\x07Team")), qPrintable(shown));
+    for (const QChar c : shown)
+        QVERIFY2(c == QLatin1Char('\n') || c.unicode() >= 0x20, qPrintable(shown));
 }
 
 QTEST_GUILESS_MAIN(TestCli)

@@ -1,7 +1,10 @@
 // The control interface's engine side: the record JSON form, share names, tarnwell:// URLs, the interval
-// notice, and ControlService driving the real engine over the in-process fakes (EngineHarness).
+// notice, ControlService driving the real engine over the in-process fakes (EngineHarness), and the
+// generated adaptor and proxy talking over a private peer-to-peer D-Bus connection.
 #include "support/EngineHarness.h"
 
+#include "control/Control1Adaptor.h"
+#include "control/Control1Proxy.h"
 #include "control/ControlNames.h"
 #include "control/ControlService.h"
 #include "base/Migrations.h"
@@ -9,6 +12,7 @@
 #include "control/ShareResolver.h"
 #include "control/UrlCommand.h"
 
+#include <QDBusServer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSignalSpy>
@@ -52,8 +56,6 @@ private Q_SLOTS:
     void applyJson_data();
     void applyJson();
     void jsonRoundTrip();
-    void sameShare_data();
-    void sameShare();
     void resolve_data();
     void resolve();
     void urlCommand_data();
@@ -64,10 +66,11 @@ private Q_SLOTS:
     void serviceAddListRemove();
     void serviceRefusals_data();
     void serviceRefusals();
-    void serviceLockedRecord();
     void serviceMountAndSignals();
     void serviceAuditExport();
     void servicePauseHooks();
+    void adaptorProperties();
+    void overTheBus();
 };
 
 void TestControl::applyJson_data()
@@ -173,34 +176,6 @@ void TestControl::jsonRoundTrip()
     copy.schedule_MountTime = source.schedule_MountTime;
     copy.schedule_UnMountTime = source.schedule_UnMountTime;
     QCOMPARE(copy.encode(), source.encode());
-}
-
-void TestControl::sameShare_data()
-{
-    QTest::addColumn<RecordEdit>("edit"); // turns a copy of A (alice on smb://NAS/data) into B
-    QTest::addColumn<bool>("same");
-
-    QTest::newRow("host case and blanks") << RecordEdit([](VolumeRecord &r) { r.hostname_String = QStringLiteral(" nas "); })
-                                          << true;
-    QTest::newRow("share slashes") << RecordEdit([](VolumeRecord &r) { r.volume_String = QStringLiteral("/data/"); }) << true;
-    QTest::newRow("share case differs") << RecordEdit([](VolumeRecord &r) { r.volume_String = QStringLiteral("Data"); })
-                                        << false;
-    QTest::newRow("other protocol") << RecordEdit([](VolumeRecord &r) { r.mounting_using_protocol_Enum = MountProtocol::fromRaw(1); })
-                                    << false;
-    QTest::newRow("other user") << RecordEdit([](VolumeRecord &r) { r.username_String = QStringLiteral("bob"); }) << false;
-    QTest::newRow("guest vs user") << RecordEdit([](VolumeRecord &r) { r.no_password_guest_login = 1; }) << false;
-}
-
-void TestControl::sameShare()
-{
-    QFETCH(RecordEdit, edit);
-    VolumeRecord a = makeRecord(1, {}, QStringLiteral("NAS"), QStringLiteral("data"));
-    a.username_String = QStringLiteral("alice");
-    VolumeRecord b = a;
-    b.internal_ID_Int = 2;
-    edit(b);
-    QTEST(RecordJson::isSameShare(a, b), "same");
-    QTEST(RecordJson::isSameShare(b, a), "same");
 }
 
 void TestControl::resolve_data()
@@ -356,6 +331,7 @@ void TestControl::serviceAddListRemove()
 
 void TestControl::serviceRefusals_data()
 {
+    // Over records 1 and 2 (guest shares nas/pub and nas/other, both nicknamed "twin") and 3 (managed by MDM).
     QTest::addColumn<QString>("operation");
     QTest::addColumn<QString>("argument");
     QTest::addColumn<QString>("errorName");
@@ -365,10 +341,6 @@ void TestControl::serviceRefusals_data()
     QTest::newRow("json array") << "add" << "[1]" << ControlNames::kErrorInvalidArgument << "must be a JSON object";
     QTest::newRow("no host") << "add" << R"({"shareName":"x"})" << ControlNames::kErrorInvalidArgument
                              << "'hostname' is required";
-    QTest::newRow("duplicate") << "add" << R"({"hostname":"NAS","shareName":"/pub/","guest":1})"
-                               << ControlNames::kErrorDuplicate << "already exists with the ID 1";
-    QTest::newRow("edit into duplicate") << "edit2" << R"({"shareName":"pub","guest":1})" << ControlNames::kErrorDuplicate
-                                         << "the share with the ID 1";
     QTest::newRow("edit unknown") << "edit99" << R"({"nickname":"x"})" << ControlNames::kErrorUnknownShare
                                   << "no share has the ID 99";
     QTest::newRow("edit bad key") << "edit2" << R"({"colour":"red"})" << ControlNames::kErrorInvalidArgument
@@ -378,6 +350,14 @@ void TestControl::serviceRefusals_data()
     QTest::newRow("url unknown share") << "url" << "tarnwell://mount/Nope" << ControlNames::kErrorUnknownShare << "'Nope'";
     QTest::newRow("url bad") << "url" << "tarnwell://explode" << ControlNames::kErrorInvalidArgument << "unknown action";
     QTest::newRow("resolve ambiguous") << "resolve" << "twin" << ControlNames::kErrorAmbiguousShare << "IDs 1, 2";
+    // The engine's refusals (its own tests check the rules) arrive under their error names, texts whole.
+    QTest::newRow("duplicate") << "add" << R"({"hostname":"NAS","shareName":"/pub/","guest":1})"
+                               << ControlNames::kErrorDuplicate << "Duplicate share: smb://nas/pub";
+    QTest::newRow("edit managed") << "edit3" << R"({"nickname":"Mine"})" << ControlNames::kErrorLocked
+                                  << "IT-Managed Share: This share is managed by MDM.";
+    QTest::newRow("password managed") << "password" << "3" << ControlNames::kErrorLocked << "IT-Managed Share";
+    QTest::newRow("remove managed") << "remove" << "3" << ControlNames::kErrorLocked
+                                    << "Cannot Delete: This share is managed by MDM and cannot be deleted.";
 }
 
 void TestControl::serviceRefusals()
@@ -390,6 +370,10 @@ void TestControl::serviceRefusals()
     ControlService service(*h.engine, h.eventLog, h.auditLog);
     QVERIFY(service.addRecord(QStringLiteral(R"({"hostname":"nas","shareName":"pub","guest":1,"nickname":"twin"})"), {}).ok());
     QVERIFY(service.addRecord(QStringLiteral(R"({"hostname":"nas","shareName":"other","guest":1,"nickname":"twin"})"), {}).ok());
+    VolumeRecord managed = makeRecord(0, QStringLiteral("Policies"), QStringLiteral("corp"));
+    managed.isLocked = true;
+    managed.managedBy = QStringLiteral("MDM");
+    QCOMPARE(h.engine->addRecord(managed), 3);
     const QByteArray before = QJsonDocument(parseArray(service.listRecords().value)).toJson();
 
     ControlService::Error error;
@@ -397,6 +381,8 @@ void TestControl::serviceRefusals()
         error = service.addRecord(argument, {}).error;
     else if (operation.startsWith(QLatin1String("edit")))
         error = service.editRecord(operation.mid(4).toLongLong(), argument).error;
+    else if (operation == QLatin1String("password"))
+        error = service.setPassword(argument.toLongLong(), QStringLiteral("pw")).error;
     else if (operation == QLatin1String("remove"))
         error = service.removeRecord(argument.toLongLong()).error;
     else if (operation == QLatin1String("mount"))
@@ -412,47 +398,14 @@ void TestControl::serviceRefusals()
     QVERIFY(!h.engine->isMountInProgress(1) && !h.engine->isMountInProgress(2));
 }
 
-void TestControl::serviceLockedRecord()
-{
-    EngineHarness h;
-    ControlService service(*h.engine, h.eventLog, h.auditLog);
-    VolumeRecord managed = makeRecord(0, QStringLiteral("Policies"));
-    managed.isLocked = true;
-    managed.managedBy = QStringLiteral("MDM");
-    const qint64 id = h.engine->addRecord(managed);
-    VolumeRecord unnamed = makeRecord(0, QStringLiteral("Other"), QStringLiteral("srv"));
-    unnamed.isLocked = true;
-    const qint64 other = h.engine->addRecord(unnamed);
-
-    auto removed = service.removeRecord(id);
-    QCOMPARE(removed.error.name, ControlNames::kErrorLocked);
-    QCOMPARE(removed.error.message, QStringLiteral("Cannot Delete: This share is managed by MDM and cannot be deleted."));
-    auto edited = service.editRecord(id, QStringLiteral(R"({"nickname":"Mine"})"));
-    QCOMPARE(edited.error.name, ControlNames::kErrorLocked);
-    QCOMPARE(edited.error.message, QStringLiteral("IT-Managed Share: This share is managed by MDM. Settings cannot be modified."));
-    // Without a manager name: the fallbacks of the two texts differ on purpose.
-    QCOMPARE(service.editRecord(other, QStringLiteral(R"({"nickname":"Mine"})")).error.message,
-             QStringLiteral("IT-Managed Share: This share is managed by IT Department. Settings cannot be modified."));
-    QVERIFY(service.removeRecord(other).error.message.contains(QLatin1String("managed by IT and")));
-    QCOMPARE(service.setPassword(id, QStringLiteral("x")).error.name, ControlNames::kErrorLocked);
-    QCOMPARE(h.engine->record(id)->nickname_String, QStringLiteral("Policies"));
-    QCOMPARE(h.engine->store().size(), 2);
-    // Managed shares are still mounted on request.
-    QVERIFY(service.mount(id).ok());
-    QVERIFY(h.engine->isMountInProgress(id));
-    h.engine->cancelMount(id);
-    h.engine->waitForWorkers();
-    h.settle(50);
-}
-
 void TestControl::serviceMountAndSignals()
 {
     EngineHarness h;
     ControlService service(*h.engine, h.eventLog, h.auditLog);
     const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("pub"));
-    QSignalSpy finished(&service, &ControlService::MountFinished);
-    QSignalSpy changed(&service, &ControlService::RecordsChanged);
-    QSignalSpy logChanged(&service, &ControlService::EventLogChanged);
+    QSignalSpy finished(service.adaptor(), &Control1Adaptor::MountFinished);
+    QSignalSpy changed(service.adaptor(), &Control1Adaptor::RecordsChanged);
+    QSignalSpy logChanged(service.adaptor(), &Control1Adaptor::EventLogChanged);
 
     // By nickname through a tarnwell:// URL, as a second launch forwards it.
     h.engine->updateRuntime(id, [](VolumeRecord &r) { r.nickname_String = QStringLiteral("Pub Share"); });
@@ -478,7 +431,7 @@ void TestControl::serviceMountAndSignals()
     QVERIFY(parseArray(service.eventLog(0).value).size() >= 1);
 
     QVERIFY(service.verify(id).value);
-    QSignalSpy ejected(&service, &ControlService::EjectFinished);
+    QSignalSpy ejected(service.adaptor(), &Control1Adaptor::EjectFinished);
     QVERIFY(service.eject(id).ok());
     QTRY_COMPARE_WITH_TIMEOUT(ejected.size(), 1, 10000);
     QCOMPARE(ejected.first().at(1).toBool(), true);
@@ -528,6 +481,72 @@ void TestControl::servicePauseHooks()
     service.setStatusLabeler([](const VolumeRecord &r, bool) { return QStringLiteral("LABEL-%1").arg(r.internal_ID_Int); });
     QCOMPARE(parseArray(service.listRecords().value).first().toObject().value(QStringLiteral("statusLabel")).toString(),
              QStringLiteral("LABEL-%1").arg(id));
+}
+
+// The generated adaptor reads the service's properties by name: each of the interface's must be one of the
+// service's, of the same type, and read through.
+void TestControl::adaptorProperties()
+{
+    QCOMPARE(ControlNames::kInterface, QLatin1String(Control1Proxy::staticInterfaceName()));
+    const QMetaObject &adaptor = Control1Adaptor::staticMetaObject;
+    const QMetaObject &service = ControlService::staticMetaObject;
+    QVERIFY(adaptor.propertyCount() > adaptor.propertyOffset());
+    for (int i = adaptor.propertyOffset(); i < adaptor.propertyCount(); ++i) {
+        const QMetaProperty property = adaptor.property(i);
+        const int index = service.indexOfProperty(property.name());
+        QVERIFY2(index >= 0, property.name());
+        QCOMPARE(service.property(index).metaType(), property.metaType());
+    }
+
+    EngineHarness h;
+    ControlService control(*h.engine, h.eventLog, h.auditLog);
+    control.setPauseHooks({[] { return true; }, [] { return true; }, [] {}});
+    QCOMPARE(control.adaptor()->property("Version").toString(), QStringLiteral(TARNWELL_VERSION));
+    QCOMPARE(control.adaptor()->property("Paused").toBool(), true);
+}
+
+// The generated adaptor and proxy over a private peer-to-peer connection: values come back, a refusal
+// arrives as the D-Bus error reply, and the signals reach the client.
+void TestControl::overTheBus()
+{
+    EngineHarness h;
+    ControlService service(*h.engine, h.eventLog, h.auditLog);
+    QTemporaryDir socketDir;
+    QDBusServer server(QStringLiteral("unix:dir=") + socketDir.path());
+    QVERIFY2(server.isConnected(), qPrintable(server.lastError().message()));
+    std::optional<QDBusConnection> served;
+    connect(&server, &QDBusServer::newConnection, this, [&](const QDBusConnection &connection) {
+        served = connection;
+        QVERIFY(served->registerObject(ControlNames::kObjectPath, &service, QDBusConnection::ExportAdaptors));
+    });
+    const QString clientName = QStringLiteral("tst_control");
+    QDBusConnection client = QDBusConnection::connectToPeer(server.address(), clientName);
+    QVERIFY2(client.isConnected(), qPrintable(client.lastError().message()));
+    QTRY_VERIFY(served.has_value());
+
+    {
+        Control1Proxy proxy(QString(), ControlNames::kObjectPath, client);
+        QSignalSpy changed(&proxy, &Control1Proxy::RecordsChanged);
+        const QString share = QStringLiteral(R"({"hostname":"nas","shareName":"pub","guest":1})");
+
+        QDBusPendingReply<qlonglong> added = proxy.AddRecord(share, QString());
+        QTRY_VERIFY(added.isFinished());
+        QVERIFY2(!added.isError(), qPrintable(added.error().message()));
+        QCOMPARE(added.value(), 1);
+        QTRY_VERIFY(changed.size() >= 1);
+
+        QDBusPendingReply<qlonglong> duplicate = proxy.AddRecord(share, QString());
+        QTRY_VERIFY(duplicate.isFinished());
+        QCOMPARE(duplicate.error().name(), ControlNames::kErrorDuplicate);
+        QVERIFY2(duplicate.error().message().startsWith(QLatin1String("Duplicate share: smb://nas/pub")),
+                 qPrintable(duplicate.error().message()));
+
+        QDBusPendingReply<> unknown = proxy.Mount(99);
+        QTRY_VERIFY(unknown.isFinished());
+        QCOMPARE(unknown.error().name(), ControlNames::kErrorUnknownShare);
+        QCOMPARE(h.engine->store().size(), 1);
+    }
+    QDBusConnection::disconnectFromPeer(clientName);
 }
 
 QTEST_GUILESS_MAIN(TestControl)

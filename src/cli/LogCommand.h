@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Command.h"
+
+// tarnwellctl log [--limit N] [--follow] [--json]: the newest entries of the event log, oldest first;
+// --follow keeps printing new ones until interrupted.
+class LogCommand : public Command
+{
+public:
+    QString name() const override { return QStringLiteral("log"); }
+    QString summary() const override { return QStringLiteral("show the event log, oldest first"); }
+    int run(const QStringList &arguments) override;
+};
