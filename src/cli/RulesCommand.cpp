@@ -350,10 +350,9 @@ int RulesCommand::run(const QStringList &arguments)
     }
 
     ControlClient client;
-    if (!client.isConnected()) {
-        Cli::err(ControlNames::kNoEngineMessage);
-        return kExitFailure;
-    }
+    ControlClient::Failure noEngine;
+    if (!client.engineRunning(&noEngine))
+        return noEngine.report();
     Proxy proxy(ControlNames::kServiceName, RulesNames::kObjectPath, client.bus());
     proxy.setTimeout(30000);
     auto failed = [](const auto &reply) {

@@ -5,6 +5,7 @@
 #include "core/NetworkTester.h"
 #include "core/VolumeRecord.h"
 #include "discovery/ShareListing.h"
+#include "platform/NetworkProbe.h"
 #include "platform/ServiceBrowser.h"
 #include "platform/ShareLister.h"
 
@@ -14,10 +15,19 @@
 NetworkDiscoveryManager::NetworkDiscoveryManager(Dependencies dependencies, QObject *parent)
     : QObject(parent), m_deps(std::move(dependencies))
 {
-    if (!m_deps.probe)
-        m_deps.probe = PortProbes::tcpConnects;
-    if (!m_deps.resolve)
-        m_deps.resolve = NetworkTester::resolveHostName;
+    NetworkProbe *network = m_deps.network;
+    if (!m_deps.probe) {
+        m_deps.probe = [network](const QString &address, int port, int timeoutMs) {
+            return network && port > 0 && port <= 65535
+                   && network->connect(address, quint16(port), std::chrono::milliseconds(timeoutMs))
+                          == NetworkProbe::Connect::Connected;
+        };
+    }
+    if (!m_deps.resolve) {
+        m_deps.resolve = [network](const QString &host) {
+            return network ? NetworkTester::resolveHostName(*network, host) : QStringLiteral("0.0.0.0");
+        };
+    }
     // Every probe of a sweep runs at once; listings run one after the other.
     m_probePool.setMaxThreadCount(int(kSweepHosts.size()) * 2);
     m_listPool.setMaxThreadCount(1);

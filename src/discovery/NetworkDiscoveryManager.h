@@ -15,6 +15,7 @@
 #include <optional>
 
 class MountEngine;
+class NetworkProbe;
 class ServiceBrowser;
 class ShareLister;
 
@@ -75,8 +76,9 @@ public:
         ServiceBrowser *browser = nullptr;
         NetworkInterfaces *interfaces = nullptr;
         ShareLister *lister = nullptr;
-        PortProbe probe;      // empty: PortProbes::tcpConnects
-        HostResolver resolve; // empty: the reachability probe's resolution
+        NetworkProbe *network = nullptr; // the defaults of probe and resolve (none: nothing answers)
+        PortProbe probe;      // empty: the network port's connect
+        HostResolver resolve; // empty: the reachability probe's resolution over the network port
         int stopDelayMs = kStopDelayMs;
     };
 

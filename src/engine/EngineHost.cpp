@@ -101,6 +101,7 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     discovery.browser = m_ports.serviceBrowser.get();
     discovery.interfaces = m_ports.networkInterfaces.get();
     discovery.lister = m_ports.shareLister.get();
+    discovery.network = m_ports.networkProbe.get();
     m_discovery = std::make_unique<NetworkDiscoveryManager>(discovery);
     RuleEngineDependencies rules;
     rules.clock = m_ports.clock.get();
