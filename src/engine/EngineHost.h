@@ -59,8 +59,7 @@ public:
         bool restartFuseBridge = true; // the watchdog may restart a lost bridge
         // Replaces the scheduler's liveness probe of mounted servers (benches: always answering).
         std::function<bool(const VolumeRecord &record)> serverReachable;
-        bool watchFuseBridge = true;
-        QString rulesFile;     // empty: $XDG_DATA_HOME/Tarnwell/rules.json
+        QString rulesFile; // empty: $XDG_DATA_HOME/Tarnwell/rules.json
     };
 
     explicit EngineHost(PlatformPorts ports, const Options &options, QObject *parent = nullptr);
