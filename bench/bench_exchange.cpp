@@ -23,7 +23,7 @@ struct Exchange
     Exchange()
         : harness(EngineHarness::ConsoleMode::Discard)
         , sets(harness.defaults, *harness.engine)
-        , config(ConfigurationManager::Dependencies{harness.engine.get(), &sets, &harness.defaults, &harness.center,
+        , config(ConfigurationManager::Dependencies{harness.engine, &sets, &harness.defaults, &harness.center,
                                                     &harness.credentials})
     {
     }

@@ -60,7 +60,7 @@ int main(int argc, char **argv)
     h.defaults.flush();
 
     UiContext context;
-    context.engine = h.engine.get();
+    context.engine = h.engine;
     context.eventLog = &h.eventLog;
     context.defaults = &h.defaults;
     context.center = &h.center;

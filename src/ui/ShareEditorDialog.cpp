@@ -1,6 +1,6 @@
 #include "ShareEditorDialog.h"
 
-#include "control/ControlService.h"
+#include "core/RecordRules.h"
 #include "core/CredentialStore.h"
 #include "core/MountEngine.h"
 #include "core/WakeOnLan.h"
@@ -60,7 +60,7 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
         auto *banner = new QLabel(this);
         banner->setObjectName(QStringLiteral("managedBanner"));
         const QString manager =
-            m_original.managedBy.isEmpty() ? ControlService::kLockedFallbackManager : m_original.managedBy;
+            m_original.managedBy.isEmpty() ? RecordRules::kLockedEditFallbackManager : m_original.managedBy;
         banner->setText(QStringLiteral("<b>%1</b><br>%2").arg(tr("IT-Managed Share"),
                                                               tr("This share is managed by %1. Settings cannot be modified.")
                                                                   .arg(manager.toHtmlEscaped())));

@@ -38,7 +38,7 @@ struct GuiHarness : EngineHarness
     UiContext context()
     {
         UiContext c;
-        c.engine = engine.get();
+        c.engine = engine;
         c.eventLog = &eventLog;
         c.defaults = &defaults;
         c.center = &center;

@@ -9,6 +9,7 @@
 #include "base/Preferences.h"
 #include "control/ControlService.h"
 #include "core/RecordEvent.h"
+#include "core/RecordRules.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -72,7 +73,7 @@ void TestDashboard::mountFromDashboardShowsLabel()
     DashboardWindow window(h.context());
     window.selectShare(id);
     QVERIFY(action(window, "mountAction")->isEnabled());
-    QSignalSpy finished(h.engine.get(), &MountEngine::mountFinished);
+    QSignalSpy finished(h.engine, &MountEngine::mountFinished);
 
     action(window, "mountAction")->trigger();
 
@@ -98,8 +99,8 @@ void TestDashboard::lockedShareIsReadOnlyAndNotDeleted()
     action(window, "deleteAction")->trigger();
     QVERIFY(h.engine->record(id));
     QVERIFY(h.questions.isEmpty()); // refused outright, not asked
-    QCOMPARE(h.notices, QStringList{MountEngine::kCannotDeleteTitle + QLatin1Char('|')
-                                    + MountEngine::kCannotDeleteText.arg(QStringLiteral("MDM"))});
+    QCOMPARE(h.notices, QStringList{RecordRules::kLockedRemoveTitle + QLatin1Char('|')
+                                    + RecordRules::kLockedRemoveText.arg(QStringLiteral("MDM"))});
 
     ShareEditorDialog editor(h.context(), *h.engine->record(id));
     QVERIFY(editor.isReadOnly());

@@ -204,7 +204,7 @@ void TestPreferencesWindow::trayMenuListsSharesAndMounts()
     }
     QCOMPARE(entries, (QStringList{QStringLiteral("Pause Auto-Mount"), QStringLiteral("Open Dashboard"), QStringLiteral("Log Manager…"), QStringLiteral("Preferences…"), QStringLiteral("Quit Tarnwell")}));
 
-    QSignalSpy finished(h.engine.get(), &MountEngine::mountFinished);
+    QSignalSpy finished(h.engine, &MountEngine::mountFinished);
     share->actions().first()->trigger(); // Mount
     QVERIFY(finished.wait(10000));
     QTRY_COMPARE(tray.overallState(), StatusIcons::Overall::AllMounted);

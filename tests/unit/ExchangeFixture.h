@@ -17,7 +17,7 @@ struct ExchangeFixture
     ExchangeFixture()
         : sets(std::make_unique<ShareSetManager>(h.defaults, *h.engine))
     {
-        ConfigurationManager::Dependencies deps{h.engine.get(), sets.get(), &h.defaults, &h.center, &h.credentials};
+        ConfigurationManager::Dependencies deps{h.engine, sets.get(), &h.defaults, &h.center, &h.credentials};
         config = std::make_unique<ConfigurationManager>(deps);
         config->setUserNameProvider([] { return QStringLiteral("Ada Example"); });
         config->setPolicyReader([this](const QString &key) -> std::optional<bool> {

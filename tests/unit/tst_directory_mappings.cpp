@@ -53,7 +53,7 @@ struct Fixture
         ActiveDirectoryManager::Dependencies deps;
         deps.directory = &directory;
         deps.defaults = &harness.defaults;
-        deps.engine = harness.engine.get();
+        deps.engine = harness.engine;
         deps.auditLog = &harness.auditLog;
         deps.center = &harness.center;
         manager = std::make_unique<ActiveDirectoryManager>(deps);
