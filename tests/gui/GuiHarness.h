@@ -28,11 +28,8 @@ struct GuiHarness : EngineHarness
     // Builds and starts the scheduler on the fake clock (pause, tick interval).
     AutoMountScheduler &startScheduler()
     {
-        AutoMountSchedulerDependencies deps;
-        deps.clock = &clock;
-        AutoMountScheduler &s = makeScheduler(deps);
-        s.start();
-        return s;
+        scheduler->start();
+        return *scheduler;
     }
 
     UiContext context()
@@ -42,12 +39,11 @@ struct GuiHarness : EngineHarness
         c.eventLog = &eventLog;
         c.defaults = &defaults;
         c.center = &center;
-        c.scheduler = scheduler.get();
+        c.scheduler = scheduler;
         c.credentials = &credentials;
         return c;
     }
 
-    FakeClock clock;
     bool answer = true;
     QStringList questions;
     QStringList notices;

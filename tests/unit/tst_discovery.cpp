@@ -449,8 +449,8 @@ private Q_SLOTS:
         QCOMPARE(harness.engine->record(id)->volume_String, QStringLiteral("docs"));
         QCOMPARE(harness.engine->record(id)->port_Int, std::optional<qint64>(1445));
         QCOMPARE(DiscoveryControl::serversJson({DiscoveredShare::make(host, QStringLiteral("SMB"), 445, host)}),
-                 QString::fromUtf8(R"([{"displayName":"192.0.2.5 (SMB)","hostname":"192.0.2.5","ipAddress":"192.0.2.5",)"
-                                   R"("port":445,"protocolType":"SMB"}])"));
+                 QString::fromUtf8(R"json([{"displayName":"192.0.2.5 (SMB)","hostname":"192.0.2.5","ipAddress":"192.0.2.5",)json"
+                                   R"json("port":445,"protocolType":"SMB"}])json"));
     }
 };
 
