@@ -18,12 +18,12 @@
 #include <QTest>
 
 namespace {
-LogEvent eventAt(const QString &host, const QDateTime &date)
+// The log dates an entry by the engine's clock: the fake clock is set to the moment first.
+void addAt(GuiHarness &h, const QString &host, const QDateTime &date)
 {
-    LogEvent e(1, host, QStringLiteral("docs"), QString(), QStringLiteral("Ready"), EVENT_TYPE_ENUM::MOUNT_SUCCESS,
-               LogEvent::message(EVENT_TYPE_ENUM::MOUNT_SUCCESS, host));
-    e.eventDate = date;
-    return e;
+    h.clock.setNow(date);
+    h.eventLog.addEvent(LogEvent(1, host, QStringLiteral("docs"), QString(), QStringLiteral("Ready"),
+                                 EVENT_TYPE_ENUM::MOUNT_SUCCESS, LogEvent::message(EVENT_TYPE_ENUM::MOUNT_SUCCESS, host)));
 }
 } // namespace
 
@@ -64,7 +64,7 @@ void TestLogManager::columnsShowLocalTime()
 {
     GuiHarness h;
     const QDateTime when(QDate(2026, 3, 4), QTime(5, 6, 7), Qt::UTC);
-    h.eventLog.addEvent(eventAt(QStringLiteral("nas"), when));
+    addAt(h, QStringLiteral("nas"), when);
     LogManagerWidget view(h.eventLog, &h.center);
     QAbstractItemModel *model = view.table()->model();
     QCOMPARE(model->columnCount(), 6);
@@ -83,7 +83,7 @@ void TestLogManager::clearThenOneEvent()
 {
     GuiHarness h;
     for (int i = 0; i < 4; ++i)
-        h.eventLog.addEvent(eventAt(QStringLiteral("old%1").arg(i), QDateTime::currentDateTime()));
+        addAt(h, QStringLiteral("old%1").arg(i), QDateTime::currentDateTime());
     LogManagerWidget view(h.eventLog, &h.center);
     QCOMPARE(view.table()->model()->rowCount(), 4);
 
@@ -92,7 +92,7 @@ void TestLogManager::clearThenOneEvent()
     QVERIFY(h.questions.first().startsWith(QStringLiteral("Clear All Logs?|")));
     QTRY_COMPARE(view.table()->model()->rowCount(), 0);
 
-    h.eventLog.addEvent(eventAt(QStringLiteral("new"), QDateTime::currentDateTime()));
+    addAt(h, QStringLiteral("new"), QDateTime::currentDateTime());
     QTRY_COMPARE(view.table()->model()->rowCount(), 1);
     QCOMPARE(view.table()->model()->index(0, 5).data().toString(), QStringLiteral("new"));
 }
@@ -100,7 +100,7 @@ void TestLogManager::clearThenOneEvent()
 void TestLogManager::clearRefusedKeepsLog()
 {
     GuiHarness h;
-    h.eventLog.addEvent(eventAt(QStringLiteral("kept"), QDateTime::currentDateTime()));
+    addAt(h, QStringLiteral("kept"), QDateTime::currentDateTime());
     LogManagerWidget view(h.eventLog, &h.center);
     h.answer = false;
     view.clearLog();
@@ -114,9 +114,9 @@ void TestLogManager::sortThenTrimRemovesOldest()
     h.defaults.setValue(Preferences::Keys::MaxNumberOfLogLines, qint64(3));
     const QDateTime base = QDateTime::currentDateTime();
     // Newest first in the log, but the oldest entry is NOT the last one.
-    h.eventLog.addEvent(eventAt(QStringLiteral("middle"), base.addSecs(-60)));
-    h.eventLog.addEvent(eventAt(QStringLiteral("oldest"), base.addSecs(-3600)));
-    h.eventLog.addEvent(eventAt(QStringLiteral("recent"), base.addSecs(-10)));
+    addAt(h, QStringLiteral("middle"), base.addSecs(-60));
+    addAt(h, QStringLiteral("oldest"), base.addSecs(-3600));
+    addAt(h, QStringLiteral("recent"), base.addSecs(-10));
     LogManagerWidget view(h.eventLog, &h.center);
     QVERIFY(!h.eventLog.isSorted());
 
@@ -128,7 +128,7 @@ void TestLogManager::sortThenTrimRemovesOldest()
     QVERIFY(h.eventLog.isSorted());
     QCOMPARE(view.proxy()->sortColumn(), int(LogEventTableModel::ServerColumn));
 
-    h.eventLog.addEvent(eventAt(QStringLiteral("newest"), base));
+    addAt(h, QStringLiteral("newest"), base);
     QStringList hosts;
     for (const LogEvent &e : h.eventLog.events())
         hosts << e.hostname_String;
@@ -143,7 +143,7 @@ void TestLogManager::copyPutsEntryOnClipboard()
 {
     GuiHarness h;
     const QDateTime when = QDateTime::currentDateTime();
-    h.eventLog.addEvent(eventAt(QStringLiteral("nas"), when));
+    addAt(h, QStringLiteral("nas"), when);
     LogManagerWidget view(h.eventLog, &h.center);
     view.copyRow(0);
     const QString text = QGuiApplication::clipboard()->text();
