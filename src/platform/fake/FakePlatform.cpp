@@ -3,13 +3,21 @@
 #include "platform/FileSystem.h"
 #include "platform/fake/FakeClock.h"
 #include "platform/fake/FakeDesktopNotifier.h"
+#include "platform/fake/FakeDirectoryService.h"
 #include "platform/fake/FakeFuseBridge.h"
+#include "platform/fake/FakeManagedPreferenceSource.h"
 #include "platform/fake/FakeMountService.h"
 #include "platform/fake/FakeMountTable.h"
+#include "platform/fake/FakeNetworkInterfaces.h"
 #include "platform/fake/FakeNetworkProbe.h"
+#include "platform/fake/FakePowerSource.h"
 #include "platform/fake/FakeProcessLauncher.h"
+#include "platform/fake/FakeRunningApplications.h"
 #include "platform/fake/FakeSecretStore.h"
+#include "platform/fake/FakeServiceBrowser.h"
+#include "platform/fake/FakeShareLister.h"
 #include "platform/fake/FakeSleepMonitor.h"
+#include "platform/fake/FakeVpnMonitor.h"
 #include "platform/fake/FakeWifiNetwork.h"
 
 namespace {
@@ -46,6 +54,14 @@ PlatformPorts createPorts(const QString &volumesFolder, Fakes *fakes)
     ports.fuseBridge = std::move(bridge);
     made.processLauncher = install<FakeProcessLauncher>(ports.processLauncher);
     made.notifier = install<FakeDesktopNotifier>(ports.notifier);
+    made.managedPreferences = install<FakeManagedPreferenceSource>(ports.managedPreferences);
+    made.directory = install<FakeDirectoryService>(ports.directory);
+    made.serviceBrowser = install<FakeServiceBrowser>(ports.serviceBrowser);
+    made.networkInterfaces = install<FakeNetworkInterfaces>(ports.networkInterfaces);
+    made.shareLister = install<FakeShareLister>(ports.shareLister);
+    made.powerSource = install<FakePowerSource>(ports.powerSource);
+    made.runningApplications = install<FakeRunningApplications>(ports.runningApplications);
+    made.vpnMonitor = install<FakeVpnMonitor>(ports.vpnMonitor);
     if (fakes)
         *fakes = made;
     return ports;
