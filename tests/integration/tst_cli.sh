@@ -243,7 +243,7 @@ run_ctl 1 add "smb://$TW_SMB_HOST:$TW_SMB_PORT/$TW_SMB_GUEST_SHARE"; expect_err 
 run_ctl 1 remove "Corp Policies"
 expect_err "Cannot Delete: This share is managed by MDM and cannot be deleted."
 run_ctl 1 edit 7 --nickname Mine; expect_err "IT-Managed Share: This share is managed by MDM. Settings cannot be modified."
-run_ctl 1 import "$work/audit.json"; expect_err "not available in this build"
+run_ctl 1 import "$work/audit.json"; expect_err "The configuration file is not in a valid format"
 run_ctl 1 pause; expect_err "only while at least one share is mounted"
 after=$(settings)
 [ "$before" = "$after" ] || fail "bad input changed the stored shares: $before -> $after"
