@@ -234,29 +234,10 @@ void RuleAction::execute(const RuleActionEnvironment &env) const
 
 QJsonObject RuleAction::toJson() const
 {
-    return QJsonObject { { QStringLiteral("id"), RuleJsonUtil::uuidText(id) },
-                         { QStringLiteral("type"), rawValue(type) },
-                         { QStringLiteral("parameters"), RuleJsonUtil::parametersToJson(parameters) } };
+    return RuleJsonUtil::itemToJson(*this);
 }
 
 std::optional<RuleAction> RuleAction::fromJson(const QJsonObject &object, QString *error)
 {
-    const auto id = RuleJsonUtil::uuid(object, QStringLiteral("id"), error);
-    const auto raw = id ? RuleJsonUtil::string(object, QStringLiteral("type"), error) : std::nullopt;
-    if (!raw)
-        return std::nullopt;
-    const auto type = typeFromRawValue(*raw);
-    if (!type) {
-        if (error)
-            *error = QStringLiteral("unknown action type: ") + *raw;
-        return std::nullopt;
-    }
-    const auto parameters = RuleJsonUtil::parameters(object, error);
-    if (!parameters)
-        return std::nullopt;
-    RuleAction action;
-    action.id = *id;
-    action.type = *type;
-    action.parameters = *parameters;
-    return action;
+    return RuleJsonUtil::itemFromJson<RuleAction>(object, QStringLiteral("action"), error);
 }

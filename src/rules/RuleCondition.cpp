@@ -228,29 +228,10 @@ bool RuleCondition::test(const RuleContext &context) const
 
 QJsonObject RuleCondition::toJson() const
 {
-    return QJsonObject { { QStringLiteral("id"), RuleJsonUtil::uuidText(id) },
-                         { QStringLiteral("type"), rawValue(type) },
-                         { QStringLiteral("parameters"), RuleJsonUtil::parametersToJson(parameters) } };
+    return RuleJsonUtil::itemToJson(*this);
 }
 
 std::optional<RuleCondition> RuleCondition::fromJson(const QJsonObject &object, QString *error)
 {
-    const auto id = RuleJsonUtil::uuid(object, QStringLiteral("id"), error);
-    const auto raw = id ? RuleJsonUtil::string(object, QStringLiteral("type"), error) : std::nullopt;
-    if (!raw)
-        return std::nullopt;
-    const auto type = typeFromRawValue(*raw);
-    if (!type) {
-        if (error)
-            *error = QStringLiteral("unknown condition type: ") + *raw;
-        return std::nullopt;
-    }
-    const auto parameters = RuleJsonUtil::parameters(object, error);
-    if (!parameters)
-        return std::nullopt;
-    RuleCondition condition;
-    condition.id = *id;
-    condition.type = *type;
-    condition.parameters = *parameters;
-    return condition;
+    return RuleJsonUtil::itemFromJson<RuleCondition>(object, QStringLiteral("condition"), error);
 }

@@ -19,4 +19,37 @@ QJsonObject parametersToJson(const QMap<QString, QString> &parameters);
 // Canonical text of a UUID (upper case, no braces), the form the rules file has always used.
 QString uuidText(const QUuid &id);
 
+// The {"id", "type", "parameters"} form that conditions and actions share; `Item` brings its kind's
+// rawValue() and typeFromRawValue(). `kind` names it in the error ("condition", "action").
+template <typename Item>
+QJsonObject itemToJson(const Item &item)
+{
+    return QJsonObject{{QStringLiteral("id"), uuidText(item.id)},
+                       {QStringLiteral("type"), Item::rawValue(item.type)},
+                       {QStringLiteral("parameters"), parametersToJson(item.parameters)}};
+}
+
+template <typename Item>
+std::optional<Item> itemFromJson(const QJsonObject &object, const QString &kind, QString *error)
+{
+    const auto id = uuid(object, QStringLiteral("id"), error);
+    const auto raw = id ? string(object, QStringLiteral("type"), error) : std::nullopt;
+    if (!raw)
+        return std::nullopt;
+    const auto type = Item::typeFromRawValue(*raw);
+    if (!type) {
+        if (error)
+            *error = QStringLiteral("unknown %1 type: ").arg(kind) + *raw;
+        return std::nullopt;
+    }
+    const auto values = parameters(object, error);
+    if (!values)
+        return std::nullopt;
+    Item item;
+    item.id = *id;
+    item.type = *type;
+    item.parameters = *values;
+    return item;
+}
+
 } // namespace RuleJsonUtil
