@@ -31,25 +31,10 @@ cleanup() {
   rm -rf "$work"
 }
 trap cleanup EXIT
+ctl_timeout=150
+. "$TW_SOURCE_DIR/tests/integration/scenario.sh"
 
-step() { printf '\n=== %s\n' "$*"; }
-fail() {
-  printf 'FAIL: %s\n' "$*" >&2
-  [ -f "$work/daemon.log" ] && { echo '--- daemon log (tail)' >&2; tail -n 40 "$work/daemon.log" >&2; }
-  exit 1
-}
 
-# run_ctl EXPECTED_STATUS ARGS...: runs tarnwellctl (bounded), keeps stdout/stderr in $out/$err.
-run_ctl() {
-  local expected=$1; shift
-  local status=0
-  timeout 150 "$CTL" "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
-  out=$(cat "$work/out"); err=$(cat "$work/err")
-  if [ "$status" -ne "$expected" ]; then
-    fail "tarnwellctl $* exited $status, expected $expected; stdout: $out; stderr: $err"
-  fi
-}
-expect_err() { grep -qF -- "$1" <<<"$err" || fail "stderr lacks '$1': $err"; }
 
 # The stored settings of every share (no runtime state), sorted: what "nothing changed" compares.
 settings() {

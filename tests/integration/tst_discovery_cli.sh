@@ -20,19 +20,9 @@ cleanup() {
   rm -rf "$work"
 }
 trap cleanup EXIT
+ctl_timeout=90
+. "$TW_SOURCE_DIR/tests/integration/scenario.sh"
 
-fail() {
-  printf 'FAIL: %s\n' "$*" >&2
-  [ -f "$work/daemon.log" ] && { echo '--- daemon log (tail)' >&2; tail -n 30 "$work/daemon.log" >&2; }
-  exit 1
-}
-run_ctl() {
-  local expected=$1; shift
-  local status=0
-  timeout 90 "$CTL" "$@" >"$work/out" 2>"$work/err" <"${ctl_input:-/dev/null}" || status=$?
-  out=$(cat "$work/out"); err=$(cat "$work/err")
-  [ "$status" -eq "$expected" ] || fail "tarnwellctl $* exited $status, expected $expected; stdout: $out; stderr: $err"
-}
 
 "$TARNWELL" --headless >"$work/daemon.log" 2>&1 &
 daemon_pid=$!

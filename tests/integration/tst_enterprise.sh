@@ -24,22 +24,9 @@ cleanup() {
   rm -rf "$work"
 }
 trap cleanup EXIT
+ctl_timeout=120
+. "$TW_SOURCE_DIR/tests/integration/scenario.sh"
 
-step() { printf '\n=== %s\n' "$*"; }
-fail() {
-  printf 'FAIL: %s\n' "$*" >&2
-  [ -f "$work/daemon.log" ] && { echo '--- daemon log (tail)' >&2; tail -n 40 "$work/daemon.log" >&2; }
-  exit 1
-}
-run_ctl() {
-  local expected=$1; shift
-  local status=0
-  timeout 120 "$CTL" "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
-  out=$(cat "$work/out"); err=$(cat "$work/err")
-  [ "$status" -eq "$expected" ] || fail "tarnwellctl $* exited $status, expected $expected; stdout: $out; stderr: $err"
-}
-expect_out() { grep -qF -- "$1" <<<"$out" || fail "stdout lacks '$1': $out"; }
-expect_err() { grep -qF -- "$1" <<<"$err" || fail "stderr lacks '$1': $err"; }
 expect_log() { grep -qF -- "$1" "$work/daemon.log" || fail "daemon log lacks '$1'"; }
 
 # Stand-ins for the directory tools, first on the engine's PATH. What realm prints comes from a file, so a

@@ -29,22 +29,9 @@ cleanup() {
   rm -rf "$work"
 }
 trap cleanup EXIT
+ctl_timeout=200
+. "$TW_SOURCE_DIR/tests/integration/scenario.sh"
 
-step() { printf '\n=== %s\n' "$*"; }
-fail() {
-  printf 'FAIL: %s\n' "$*" >&2
-  for log in "$work"/daemon-*.log; do [ -f "$log" ] && { echo "--- $log (tail)" >&2; tail -n 30 "$log" >&2; }; done
-  exit 1
-}
-run_ctl() {
-  local expected=$1; shift
-  local status=0
-  timeout 200 "$CTL" "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
-  out=$(cat "$work/out"); err=$(cat "$work/err")
-  [ "$status" -eq "$expected" ] || fail "tarnwellctl $* exited $status, expected $expected; stdout: $out; stderr: $err"
-}
-expect_out() { grep -qF -- "$1" <<<"$out" || fail "stdout lacks '$1': $out"; }
-expect_err() { grep -qF -- "$1" <<<"$err" || fail "stderr lacks '$1': $err"; }
 
 use_home() { # use_home NAME: a home folder of its own for the next engine (launched before: no examples)
   export HOME=$work/$1 XDG_CONFIG_HOME=$work/$1/.config XDG_DATA_HOME=$work/$1/.local/share

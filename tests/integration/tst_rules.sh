@@ -30,21 +30,9 @@ cleanup() {
   rm -rf "$work"
 }
 trap cleanup EXIT
+ctl_timeout=60
+. "$TW_SOURCE_DIR/tests/integration/scenario.sh"
 
-step() { printf '\n=== %s\n' "$*"; }
-fail() {
-  printf 'FAIL: %s\n' "$*" >&2
-  [ -f "$work/daemon.log" ] && { echo '--- daemon log (tail)' >&2; tail -n 60 "$work/daemon.log" >&2; }
-  exit 1
-}
-run_ctl() {
-  local expected=$1; shift
-  local status=0
-  timeout 60 "$CTL" "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
-  out=$(cat "$work/out"); err=$(cat "$work/err")
-  [ "$status" -eq "$expected" ] || fail "tarnwellctl $* exited $status, expected $expected; stdout: $out; stderr: $err"
-}
-expect_err() { grep -qF -- "$1" <<<"$err" || fail "stderr lacks '$1': $err"; }
 log_has() { grep -qF -- "$1" "$work/daemon.log"; }
 log_count() { grep -cF -- "$1" "$work/daemon.log" || true; }
 wait_log() { # wait_log SECONDS TEXT
