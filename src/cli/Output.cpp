@@ -61,6 +61,7 @@ QString recordTable(const QJsonArray &records)
         QStringList cells;
     };
     QList<Row> rows;
+    int managed = 0;
     rows.append({{QStringLiteral("ID"), QStringLiteral("NICKNAME"), QStringLiteral("PROTOCOL"), QStringLiteral("STATE"),
                   QStringLiteral("URL"), QStringLiteral("STATUS")}});
     for (const QJsonValue &value : records) {
@@ -69,8 +70,10 @@ QString recordTable(const QJsonArray &records)
         if (status.isEmpty())
             status = str(r, "status");
         QString nickname = str(r, "nickname");
-        if (r.value(QLatin1String("isLocked")).toBool())
+        if (r.value(QLatin1String("isLocked")).toBool()) {
             nickname += QStringLiteral(" [managed]");
+            ++managed;
+        }
         rows.append({{QString::number(r.value(QLatin1String("id")).toInteger()), nickname, str(r, "protocolType"),
                       stateOf(r), str(r, "mountURL"), status}});
     }
@@ -86,6 +89,11 @@ QString recordTable(const QJsonArray &records)
             line += pad(row.cells.at(c), widths[c]) + QStringLiteral("  ");
         line += row.cells.at(5);
         text += line.trimmed() + QLatin1Char('\n');
+    }
+    if (managed > 0) {
+        text += QStringLiteral("%1 of %2 share(s) managed by your IT department (they cannot be edited or removed)\n")
+                    .arg(managed)
+                    .arg(records.size());
     }
     return text;
 }

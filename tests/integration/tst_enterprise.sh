@@ -111,6 +111,9 @@ all=$(records)
 grep -qxF 'Policies|127.0.0.1/policies|SMB|True|MDM' <<<"$all" || fail "no locked Policies record: $all"
 grep -qxF 'Dept|127.0.0.1/dept|WEBDAVS|False|MDM' <<<"$all" || fail "no unlocked Dept record: $all"
 ! grep -q 'rnd\|intruder' <<<"$all" || fail "an ignored profile counted: $all"
+run_ctl 0 list
+expect_out "Policies [managed]"
+expect_out "share(s) managed by your IT department"
 
 step "the enterprise interface is the checked-in description"
 timeout 20 gdbus introspect --session --xml --dest io.tarnwell.Tarnwell --object-path /io/tarnwell/Tarnwell/Enterprise \

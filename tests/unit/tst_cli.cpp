@@ -396,8 +396,9 @@ void TestCli::recordTable()
              R"("statusLabel":"","mounted":false,"mountInProgress":true,"isLocked":true})"),
     };
     const QStringList lines = Output::recordTable(records).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    QCOMPARE(lines.size(), 3);
+    QCOMPARE(lines.size(), 4);
     QVERIFY(lines.at(0).startsWith(QLatin1String("ID  NICKNAME")));
+    QCOMPARE(lines.at(3), QStringLiteral("1 of 2 share(s) managed by your IT department (they cannot be edited or removed)"));
     // The label wins over the status text when there is one; otherwise the status text.
     QVERIFY2(lines.at(1).contains(QLatin1String("mounted")) && lines.at(1).endsWith(QStringLiteral("MOUNTED ✓")),
              qPrintable(lines.at(1)));
