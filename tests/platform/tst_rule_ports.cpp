@@ -113,6 +113,8 @@ private Q_SLOTS:
         QVERIFY(launched.wait(ProcRunningApplications::kScanIntervalMs + 2000));
         QCOMPARE(launched.size(), 1); // two processes of one application: one launch
         QCOMPARE(launched.at(0).at(0).toString(), QStringLiteral("tarnwelltestapp"));
+        // An evaluation right after the launch sees it in the scan that found it.
+        QVERIFY(running.names().contains(QStringLiteral("tarnwelltestapp")));
         running.stop();
     }
 };

@@ -152,12 +152,27 @@ QStringList ProcRunningApplications::names()
             result.append(name);
         }
     };
-    for (const Process &process : scan()) {
+    for (const Process &process : recentScan()) {
         add(displayName(process));
         add(process.executable);
         add(process.comm);
     }
     return result;
+}
+
+const QList<ProcRunningApplications::Process> &ProcRunningApplications::recentScan()
+{
+    // The launch watch scans every kScanIntervalMs anyway: an evaluation in between reuses that scan
+    // instead of reading /proc again on the main thread.
+    if (!m_lastScanAge.isValid() || m_lastScanAge.elapsed() >= kScanIntervalMs)
+        remember(scan());
+    return m_lastScan;
+}
+
+void ProcRunningApplications::remember(QList<Process> processes)
+{
+    m_lastScan = std::move(processes);
+    m_lastScanAge.start();
 }
 
 void ProcRunningApplications::start()
@@ -166,7 +181,8 @@ void ProcRunningApplications::start()
     m_entryNames = readDesktopEntries(m_applicationDirs);
     m_entriesRead = true;
     m_previous.clear();
-    for (const Process &process : scan())
+    remember(scan());
+    for (const Process &process : std::as_const(m_lastScan))
         m_previous.insert(displayName(process));
     m_timer.start();
 }
@@ -181,7 +197,8 @@ void ProcRunningApplications::scanForLaunches()
 {
     QSet<QString> current;
     QStringList launched;
-    for (const Process &process : scan()) {
+    remember(scan());
+    for (const Process &process : std::as_const(m_lastScan)) {
         const QString name = displayName(process);
         if (!current.contains(name) && !m_previous.contains(name))
             launched.append(name);

@@ -2,6 +2,7 @@
 
 #include "platform/RunningApplications.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QSet>
 #include <QTimer>
@@ -12,7 +13,8 @@
 // (entry Name, else executable, else comm) that was absent at the previous scan; scans run every 2 s
 // between start() and stop().
 //
-// Thread: main thread. A scan reads /proc only (a few milliseconds for hundreds of processes).
+// Thread: main thread. A scan reads /proc only (a few milliseconds for hundreds of processes); names()
+// reuses a scan younger than one scan interval.
 class ProcRunningApplications : public RunningApplications
 {
     Q_OBJECT
@@ -40,6 +42,9 @@ public:
 
 private:
     QList<Process> scan() const;
+    // The last scan when it is younger than one scan interval, else a new one.
+    const QList<Process> &recentScan();
+    void remember(QList<Process> processes);
     QString displayName(const Process &process) const;
     void scanForLaunches();
 
@@ -48,5 +53,7 @@ private:
     QHash<QString, QString> m_entryNames;
     bool m_entriesRead = false;
     QSet<QString> m_previous;
+    QList<Process> m_lastScan;
+    QElapsedTimer m_lastScanAge; // invalid until the first scan
     QTimer m_timer;
 };
