@@ -16,6 +16,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+Q_DECLARE_METATYPE(ShareLister::Result)
+
 namespace {
 
 QString captured(const QString &name)
@@ -454,7 +456,6 @@ private Q_SLOTS:
     }
 };
 
-Q_DECLARE_METATYPE(ShareLister::Result)
 
 QTEST_GUILESS_MAIN(TestDiscovery)
 #include "tst_discovery.moc"
