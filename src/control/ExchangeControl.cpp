@@ -181,23 +181,38 @@ void ExchangeControl::ExportCsv(const QString &path)
         failWith(int(result.error.kind), result.error.text());
 }
 
+ExchangeControl::LaterReply ExchangeControl::replyLater()
+{
+    LaterReply later;
+    later.viaBus = calledFromDBus();
+    if (later.viaBus) {
+        setDelayedReply(true);
+        later.call = message();
+        later.bus = connection();
+    }
+    return later;
+}
+
+void ExchangeControl::LaterReply::reply(const QString &text) const
+{
+    if (viaBus)
+        QDBusConnection(bus).send(call.createReply(text));
+}
+
+void ExchangeControl::LaterReply::error(const QString &name, const QString &text) const
+{
+    if (viaBus)
+        QDBusConnection(bus).send(call.createErrorReply(name, text));
+}
+
 QString ExchangeControl::ImportCsv(const QString &path)
 {
     if (!requireAbsolutePath(path))
         return {};
-    const bool viaBus = calledFromDBus();
-    QDBusMessage call;
-    if (viaBus) {
-        setDelayedReply(true);
-        call = message();
-    }
-    const QDBusConnection bus = viaBus ? connection() : QDBusConnection(QString());
-    m_configuration.importCsvFile(path, [viaBus, call, bus](const ConfigurationManager::CsvOutcome &o) {
-        if (!viaBus)
-            return;
-        QDBusConnection connection = bus;
+    const LaterReply later = replyLater();
+    m_configuration.importCsvFile(path, [later](const ConfigurationManager::CsvOutcome &o) {
         if (o.error.isError() && o.imported == 0) {
-            connection.send(call.createErrorReply(errorName(o.error.kind), o.error.text()));
+            later.error(errorName(o.error.kind), o.error.text());
             return;
         }
         const QJsonObject reply{{QStringLiteral("imported"), o.imported},
@@ -208,7 +223,7 @@ QString ExchangeControl::ImportCsv(const QString &path)
                                 {QStringLiteral("title"), o.title()},
                                 {QStringLiteral("summary"), o.summary()},
                                 {QStringLiteral("error"), o.error.text()}};
-        connection.send(call.createReply(json(reply)));
+        later.reply(json(reply));
     });
     return {};
 }
@@ -219,21 +234,11 @@ QString ExchangeControl::ImportLegacy(const QString &path)
 {
     if (!requireAbsolutePath(path))
         return {};
-    const bool viaBus = calledFromDBus();
-    QDBusMessage call;
-    if (viaBus) {
-        setDelayedReply(true);
-        call = message();
-    }
-    const QDBusConnection bus = viaBus ? connection() : QDBusConnection(QString());
-    m_legacy.importFile(path, [viaBus, call, bus](const LegacyImporter::Summary &s) {
-        if (!viaBus)
-            return;
-        QDBusConnection connection = bus;
+    const LaterReply later = replyLater();
+    m_legacy.importFile(path, [later](const LegacyImporter::Summary &s) {
         if (!s.error.isEmpty()) {
             const bool policy = s.error == Error{ErrorKind::ImportDisabledByIT, {}}.text();
-            connection.send(call.createErrorReply(policy ? ExchangeNames::kErrorImportDisabled : ExchangeNames::kErrorInvalidFile,
-                                                  s.error));
+            later.error(policy ? ExchangeNames::kErrorImportDisabled : ExchangeNames::kErrorInvalidFile, s.error);
             return;
         }
         const QJsonObject reply{{QStringLiteral("sharesImported"), s.sharesImported},
@@ -247,7 +252,7 @@ QString ExchangeControl::ImportLegacy(const QString &path)
                                 {QStringLiteral("passwordsMoved"), s.passwordsMoved},
                                 {QStringLiteral("passwordsFailed"), s.passwordsFailed},
                                 {QStringLiteral("summary"), s.text()}};
-        connection.send(call.createReply(json(reply)));
+        later.reply(json(reply));
     });
     return {};
 }

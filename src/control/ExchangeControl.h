@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QDBusContext>
+#include <QDBusMessage>
 #include <QObject>
 #include <QString>
 #include <QUuid>
@@ -49,6 +51,17 @@ Q_SIGNALS:
     void SetsChanged();
 
 private:
+    // The answer to a bus call that finishes later (a long import): taken over from the call now, sent when
+    // the work ends. Nothing is sent for an in-process call.
+    struct LaterReply
+    {
+        bool viaBus = false;
+        QDBusMessage call;
+        QDBusConnection bus{QString()};
+        void reply(const QString &text) const;
+        void error(const QString &name, const QString &text) const;
+    };
+    LaterReply replyLater();
     void fail(const QString &name, const QString &message);
     void failWith(int errorKind, const QString &text); // a Configuration::ErrorKind
     const ShareSet *resolveSet(const QString &query);
