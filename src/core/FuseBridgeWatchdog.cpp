@@ -9,6 +9,7 @@
 #include <QPointer>
 
 #include <thread>
+#include <utility>
 
 FuseBridgeWatchdog::FuseBridgeWatchdog(std::shared_ptr<FuseBridge> bridge, Options options, LogEventManager *eventLog,
                                        QObject *parent)
@@ -110,6 +111,18 @@ void FuseBridgeWatchdog::reportLoss(State state)
     Q_EMIT bridgeLost(state);
 }
 
+void FuseBridgeWatchdog::reportRestarted(qint64 pid)
+{
+    m_lastPid = pid;
+    Console::line(kRestartedLine.arg(m_folder).arg(pid));
+    if (m_eventLog) {
+        const QString text = kRestartedEventText.arg(m_folder);
+        m_eventLog->addEvent(LogEvent::general(EVENT_TYPE_ENUM::CONNECTION_SUCCESS,
+                                               LogEvent::message(EVENT_TYPE_ENUM::CONNECTION_SUCCESS, text)));
+    }
+    Q_EMIT bridgeRestarted(pid);
+}
+
 void FuseBridgeWatchdog::onCheckTimeout()
 {
     if (!m_checkRunning)
@@ -128,24 +141,20 @@ void FuseBridgeWatchdog::onCheckDone(const CheckResult &result)
         m_lastRestartAttempt = std::chrono::steady_clock::now();
 
     if (result.state == State::Healthy) {
+        if (m_pendingPid > 0)
+            reportRestarted(std::exchange(m_pendingPid, 0));
         m_lossReported = false;
     } else if (result.state == State::Missing || result.state == State::Dead) {
         const bool firstReport = !m_lossReported;
         reportLoss(result.state);
         if (result.restarted) {
-            m_lastPid = result.pid;
+            m_pendingPid = 0;
             m_state = State::Healthy;
             m_lossReported = false;
-            Console::line(kRestartedLine.arg(m_folder).arg(result.pid));
-            if (m_eventLog) {
-                const QString text = kRestartedEventText.arg(m_folder);
-                m_eventLog->addEvent(LogEvent::general(EVENT_TYPE_ENUM::CONNECTION_SUCCESS,
-                                              LogEvent::message(EVENT_TYPE_ENUM::CONNECTION_SUCCESS, text)));
-            }
-            Q_EMIT bridgeRestarted(result.pid);
+            reportRestarted(result.pid);
         } else if (!result.failure.isEmpty() && (result.restartAttempted || firstReport)) {
             if (result.pid > 0)
-                m_lastPid = result.pid;
+                m_lastPid = m_pendingPid = result.pid;
             Console::line(kRestartFailedLine.arg(result.failure));
             if (m_eventLog) {
                 const QString text = kRestartFailedEventText.arg(result.failure);

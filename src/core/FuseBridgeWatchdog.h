@@ -76,6 +76,7 @@ private:
     void onCheckDone(const CheckResult &result);
     void onCheckTimeout();
     void reportLoss(State state);
+    void reportRestarted(qint64 pid);
     QString restartRefusal() const;
     static QString describe(State state);
 
@@ -89,4 +90,7 @@ private:
     bool m_lossReported = false;
     std::optional<std::chrono::steady_clock::time_point> m_lastRestartAttempt;
     qint64 m_lastPid = 0;
+    // A bridge that was started but had not mounted when the restart gave up: the check that first finds
+    // the folder healthy again reports it as restarted.
+    qint64 m_pendingPid = 0;
 };

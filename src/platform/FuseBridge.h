@@ -18,7 +18,7 @@ public:
     struct RestartResult
     {
         bool restarted = false; // the bridge has mounted the folder again
-        qint64 pid = 0;         // the started bridge's process (0: none was started)
+        qint64 pid = 0;         // the started bridge's process (0: none was started; it may still mount later)
         QString failure;        // why not, when not restarted
     };
 

@@ -20,7 +20,8 @@ EngineHost::Options withFiles(EngineHost::Options options, const QString &dir)
 } // namespace
 
 EngineHarnessBase::EngineHarnessBase(ConsoleMode mode, const PortsFactory &makePorts, EngineHost::Options options)
-    : m_consoleInstalled([this, mode] {
+    : m_consoleMode(mode)
+    , m_consoleInstalled([this, mode] {
         Console::setSink([this, mode](const QString &text) {
             if (mode == ConsoleMode::Discard)
                 return;
@@ -48,6 +49,10 @@ EngineHarnessBase::~EngineHarnessBase()
 {
     shutDown();
     Console::setSink({});
+    if (m_consoleMode == ConsoleMode::CaptureShowOnFailure && QTest::currentTestFailed()) {
+        for (const QString &line : console())
+            std::fprintf(stderr, "%s\n", line.toUtf8().constData());
+    }
 }
 
 void EngineHarnessBase::shutDown()

@@ -24,7 +24,9 @@
 class EngineHarnessBase
 {
 public:
-    enum class ConsoleMode { Capture, CaptureAndEcho, Discard }; // echo goes to stderr
+    // Echo goes to stderr. CaptureShowOnFailure prints the captured lines when the harness ends inside a
+    // failed test: passing runs stay short, so a truncated CI log shows the failure's own lines.
+    enum class ConsoleMode { Capture, CaptureAndEcho, CaptureShowOnFailure, Discard };
     // Makes the ports; given the temporary folder of the harness.
     using PortsFactory = std::function<PlatformPorts(const QString &tempDir)>;
 
@@ -66,6 +68,7 @@ public:
 private:
     mutable QMutex m_consoleMutex;
     QStringList m_console;
+    ConsoleMode m_consoleMode;
     bool m_consoleInstalled;
 
 public:

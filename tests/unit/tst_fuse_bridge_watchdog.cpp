@@ -110,10 +110,12 @@ private Q_SLOTS:
         if (state == State::Healthy)
             QCOMPARE(env.restarted->first().first().toLongLong(), env.watchdog->lastStartedBridgePid());
 
-        // Back (mounted by someone else), then lost again: a new outage is reported again.
+        // Back, then lost again: a new outage is reported again. A bridge that was started but too slow to
+        // mount in time is reported restarted once it has.
         env.bridge->setHealth(Health::Healthy);
         QVERIFY(env.checkOnce());
         QCOMPARE(env.watchdog->state(), State::Healthy);
+        QCOMPARE(env.restarted->size(), restarts);
         env.bridge->setHealth(Health::Missing);
         QVERIFY(env.checkOnce());
         QCOMPARE(env.lost->size(), 2);

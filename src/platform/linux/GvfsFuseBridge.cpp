@@ -137,8 +137,9 @@ FuseBridge::RestartResult GvfsFuseBridge::restart(bool detachDead)
     }
     result.pid = pid;
     const qint64 polls = std::max<qint64>(1, m_options.restartWait.count() / 100);
+    // Healthy, not merely listed: when the lazy detach failed, the dead entry is still in the table.
     for (qint64 i = 0; i < polls && !result.restarted; ++i) {
-        result.restarted = mountTypeAt(readMountInfo(m_options.mountInfoPath), m_options.volumesFolder) == kFuseType;
+        result.restarted = health() == Health::Healthy;
         if (!result.restarted)
             QThread::msleep(100);
     }

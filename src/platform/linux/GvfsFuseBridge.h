@@ -22,8 +22,9 @@ public:
         QString fuseDevice = QStringLiteral("/dev/fuse");
         // gvfsd-fuse reaches gvfsd over the session bus; without one a restart is pointless.
         bool requireSessionBus = true;
-        // How long a restarted bridge may take to mount the folder.
-        std::chrono::milliseconds restartWait{5000};
+        // How long a restarted bridge may take to mount the folder (it first has to reach gvfsd, which on a
+        // busy machine takes seconds). One that is slower is still recognised by the next check.
+        std::chrono::milliseconds restartWait{15000};
     };
 
     static inline const QString kFuseType = QStringLiteral("fuse.gvfsd-fuse");

@@ -34,7 +34,7 @@ public:
 class LinuxEngineHarness : public EngineHarnessBase
 {
 public:
-    explicit LinuxEngineHarness(ConsoleMode mode = ConsoleMode::CaptureAndEcho, bool restartBridge = false);
+    explicit LinuxEngineHarness(ConsoleMode mode = ConsoleMode::CaptureShowOnFailure, bool restartBridge = false);
     ~LinuxEngineHarness() override;
     Q_DISABLE_COPY_MOVE(LinuxEngineHarness)
 
