@@ -16,6 +16,7 @@ packages=(
   samba gnome-keyring python3-dbusmock python3-gi apache2 procps psmisc iproute2 xvfb
   avahi-daemon avahi-utils  # mDNS of the discovery test, run only inside its own network namespace
   qt6-qpa-plugins
+  clang libclang-rt-14-dev  # fuzz/: libFuzzer with the address and undefined-behaviour sanitizers
 )
 
 missing=()

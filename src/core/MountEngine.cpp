@@ -572,7 +572,7 @@ void MountEngine::syncWithMountTable()
     MountPointFinder *finder = m_finder.get();
     NetworkProbe *network = m_deps.network;
     for (const auto &[copy, path] : std::as_const(toProbe)) {
-        m_ioPool.start([this, finder, network, copy, path] {
+        m_ioPool.start([this, finder, network, copy = copy, path = path] {
             const bool reachable = ShareUrlProbe::probe(*network, copy, kSyncProbeSeconds);
             bool ejected = false;
             if (!reachable) {

@@ -79,7 +79,7 @@ void NetworkDiscoveryManager::startScan()
     m_probesTotal = int(targets.size());
     const PortProbe probe = m_deps.probe;
     for (const auto &[address, port] : targets) {
-        m_probePool.start([this, probe, generation, address, port] {
+        m_probePool.start([this, probe, generation, address = address, port = port] {
             const bool reachable = probe(address, port, kProbeTimeoutMs);
             QMetaObject::invokeMethod(
                 this, [=, this] { probeFinished(generation, address, port, reachable); }, Qt::QueuedConnection);
