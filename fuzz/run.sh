@@ -2,6 +2,7 @@
 # Builds every fuzz target (clang, libFuzzer, ASan + UBSan) and runs each on its seed corpus for a
 # bounded time, one after the other.
 #   bash fuzz/run.sh [seconds per target, default 30] [target ...]     e.g. bash fuzz/run.sh 600 url
+#   TW_FUZZ_RUNS=1000000 bash fuzz/run.sh 900    a target stops early once it reached that many executions
 # The seed corpus in fuzz/corpus/<target> is only read; new inputs go to build-fuzz/corpus/<target>. A crash,
 # leak or hang leaves its input in build-fuzz/artifacts/<target>/ and makes the script fail. The closing
 # table gives the executions each target reached.
@@ -36,7 +37,7 @@ for t in "${targets[@]}"; do
     echo "== fuzz_$t for ${seconds}s"
     status=0
     "$build/fuzz/fuzz_$t" "$work" "fuzz/corpus/$t" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
-        -max_len=65536 -print_final_stats=1 -artifact_prefix="$artifacts/" >"$log" 2>&1 || status=$?
+        -max_len=65536 -print_final_stats=1 ${TW_FUZZ_RUNS:+-runs=$TW_FUZZ_RUNS} -artifact_prefix="$artifacts/" >"$log" 2>&1 || status=$?
     runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -1)
     if [ "$status" -ne 0 ]; then
         failed=1
