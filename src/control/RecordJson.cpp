@@ -5,6 +5,8 @@
 #include <QJsonValue>
 #include <QSet>
 
+#include <cmath>
+
 namespace RecordJson {
 
 namespace {
@@ -98,7 +100,8 @@ bool apply(const QJsonObject &json, VolumeRecord &record, QString *error)
                 continue;
             }
             const double d = value.toDouble(-1);
-            if (!value.isDouble() || d != double(qint64(d)) || d < 1 || d > 65535)
+            // The range first: converting a double beyond qint64 is undefined.
+            if (!value.isDouble() || d < 1 || d > 65535 || d != std::floor(d))
                 return wrongKind(key, QStringLiteral("a port number from 1 to 65535, or null"));
             edited.port_Int = qint64(d);
         } else if (key == kProtocolType) {

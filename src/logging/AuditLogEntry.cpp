@@ -3,6 +3,7 @@
 #include <QJsonValue>
 
 #include <climits>
+#include <cmath>
 
 namespace {
 
@@ -103,7 +104,7 @@ std::optional<AuditLogEntry> AuditLogEntry::fromJson(const QJsonObject &object, 
     const QJsonValue code = object.value(kKeyErrorCode);
     if (!code.isUndefined() && !code.isNull()) {
         const double number = code.toDouble();
-        if (!code.isDouble() || number != double(qint64(number)) || number < INT_MIN || number > INT_MAX) {
+        if (!code.isDouble() || number < INT_MIN || number > INT_MAX || number != std::floor(number)) {
             fail(error, QStringLiteral("key '%1' is not an integer").arg(kKeyErrorCode));
             return std::nullopt;
         }

@@ -94,6 +94,7 @@ void TestControl::applyJson_data()
     QTest::newRow("runtime") << json(R"({"mounted":true})") << "" << "'mounted' cannot be set";
     QTest::newRow("port zero") << json(R"({"port":0})") << "" << "'port'";
     QTest::newRow("port too big") << json(R"({"port":65536})") << "" << "'port'";
+    QTest::newRow("port beyond 64 bits") << json(R"({"port":1e300})") << "" << "'port'";
     QTest::newRow("port fraction") << json(R"({"port":44.5})") << "" << "'port'";
     QTest::newRow("port text") << json(R"({"port":"445"})") << "" << "'port'";
     QTest::newRow("protocol") << json(R"({"protocolType":"ftp"})") << "" << "'protocolType'";
