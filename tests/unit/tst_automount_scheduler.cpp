@@ -71,29 +71,6 @@ class TestAutoMountScheduler : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void interval_data()
-    {
-        QTest::addColumn<QVariant>("stored");
-        QTest::addColumn<int>("seconds");
-        QTest::newRow("absent") << QVariant() << 15;
-        QTest::newRow("not an integer") << QVariant(QStringLiteral("30")) << 15;
-        QTest::newRow("boolean") << QVariant(true) << 15;
-        QTest::newRow("below range") << QVariant(5) << 10;
-        QTest::newRow("lower bound") << QVariant(10) << 10;
-        QTest::newRow("upper bound") << QVariant(1440) << 1440;
-        QTest::newRow("above range") << QVariant(5000) << 1440;
-    }
-    void interval()
-    {
-        QFETCH(QVariant, stored);
-        QFETCH(int, seconds);
-        QTemporaryDir dir;
-        Defaults defaults(dir.path() + QStringLiteral("/prefs.plist"));
-        if (stored.isValid())
-            defaults.setValue(Preferences::Keys::AutoMountCheckInterval, stored);
-        QCOMPARE(Preferences::autoMountCheckIntervalSeconds(defaults), seconds);
-    }
-
     void timerUsesTheInterval()
     {
         Fixture f;
@@ -310,6 +287,29 @@ private Q_SLOTS:
         f.wifi.setCurrentNetworkName(QStringLiteral("Office"));
         f.tick();
         QVERIFY(f.mounted(id));
+    }
+
+    void allowListWaitsUntilTheNetworkIsKnown()
+    {
+        // Start-up: the Wi-Fi state is not known yet, which must not read as "off Wi-Fi".
+        Fixture f;
+        f.wifi.setUnknown();
+        const qint64 mounted = f.addAuto();
+        const qint64 waiting = f.addAuto(MountUsingProtocol_Enum::SMB, QStringLiteral("waiting"));
+        for (qint64 id : {mounted, waiting})
+            f.edit(id, [](VolumeRecord &r) { r.allowedSSIDs_String = QStringLiteral("Office"); });
+        QCOMPARE(f.mountAndWait(mounted), 0);
+        const qsizetype mounts = f.service.mountCalls().size();
+        f.tick();
+        QVERIFY(f.mounted(mounted));
+        QVERIFY(!f.mounted(waiting));
+        QCOMPARE(f.service.mountCalls().size(), mounts); // neither ejected nor mounted on a guess
+
+        f.wifi.setCurrentNetworkName(QStringLiteral("Home"));
+        f.tick();
+        QVERIFY(!f.mounted(mounted));
+        QCOMPARE(f.status(mounted), QStringLiteral("Ejected"));
+        QVERIFY(!f.mounted(waiting));
     }
 
     void webdavGate_data()

@@ -124,7 +124,6 @@ void TestLogEventManager::trimAtLimit_data()
 
     QTest::newRow("default 2000") << QVariant() << std::optional<int>() << 2000;
     QTest::newRow("stored 10") << QVariant(qint64(10)) << std::optional<int>() << 10;
-    QTest::newRow("stored as string: default") << QVariant(QStringLiteral("10")) << std::optional<int>() << 2000;
     QTest::newRow("delegate copy wins") << QVariant(qint64(10)) << std::optional<int>(25) << 25;
 }
 

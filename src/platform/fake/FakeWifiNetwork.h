@@ -14,6 +14,12 @@ public:
 
     // Sets the network (nullopt: off Wi-Fi), marks the state known and emits when anything changed.
     void setCurrentNetworkName(const std::optional<QString> &name);
+    // Back to the start-up state: no answer from the system yet (no signal, as nothing was said).
+    void setUnknown()
+    {
+        m_name.reset();
+        m_known = false;
+    }
 
 private:
     std::optional<QString> m_name;

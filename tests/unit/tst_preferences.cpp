@@ -1,0 +1,144 @@
+// The preference table against the engine's readers: one row per key and case. A reader falls back to its
+// consumer's own default when the key was never written or holds another kind; the page and the
+// configuration import clamp to the table's range.
+#include "base/Defaults.h"
+#include "base/Preferences.h"
+
+#include <QSet>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+using Reader = int (*)(const Defaults &);
+
+int presence(const Defaults &defaults)
+{
+    return int(Preferences::appPresenceMode(defaults));
+}
+
+Reader readerFor(const QString &key)
+{
+    using namespace Preferences;
+    if (key == Keys::TcpConnectionTimeout)
+        return tcpConnectionTimeoutSeconds;
+    if (key == Keys::MountTimeout)
+        return mountTimeoutSeconds;
+    if (key == Keys::AutoMountCheckInterval)
+        return autoMountCheckIntervalSeconds;
+    if (key == Keys::MaxNumberOfLogLines)
+        return maxNumberOfLogLines;
+    if (key == Keys::AppPresenceMode)
+        return presence;
+    return nullptr;
+}
+
+} // namespace
+
+class TestPreferences : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void readers_data()
+    {
+        using namespace Preferences::Keys;
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QVariant>("stored"); // invalid: never written
+        QTest::addColumn<int>("read");
+        const QVariant unset;
+        // The probe waits 10 s when nothing was written, although the page shows 2 (kept on purpose).
+        QTest::newRow("tcp unset") << TcpConnectionTimeout << unset << 10;
+        QTest::newRow("tcp text") << TcpConnectionTimeout << QVariant(QStringLiteral("3")) << 10;
+        QTest::newRow("tcp zero") << TcpConnectionTimeout << QVariant(0) << 10;
+        QTest::newRow("tcp in range") << TcpConnectionTimeout << QVariant(3) << 3;
+        QTest::newRow("tcp beyond the page") << TcpConnectionTimeout << QVariant(3600) << 3600;
+        QTest::newRow("tcp ceiling") << TcpConnectionTimeout << QVariant(3601) << 3600;
+        QTest::newRow("mount unset") << MountTimeout << unset << 60;
+        QTest::newRow("mount negative") << MountTimeout << QVariant(-5) << 60;
+        QTest::newRow("mount below the page") << MountTimeout << QVariant(1) << 1;
+        QTest::newRow("mount ceiling") << MountTimeout << QVariant(86401) << 86400;
+        QTest::newRow("interval unset") << AutoMountCheckInterval << unset << 15;
+        QTest::newRow("interval text") << AutoMountCheckInterval << QVariant(QStringLiteral("30")) << 15;
+        QTest::newRow("interval boolean") << AutoMountCheckInterval << QVariant(true) << 15;
+        QTest::newRow("interval below") << AutoMountCheckInterval << QVariant(5) << 10;
+        QTest::newRow("interval lower bound") << AutoMountCheckInterval << QVariant(10) << 10;
+        QTest::newRow("interval upper bound") << AutoMountCheckInterval << QVariant(1440) << 1440;
+        QTest::newRow("interval above") << AutoMountCheckInterval << QVariant(5000) << 1440;
+        // The log trims at 2000 when nothing was written, although the page shows 50 (kept on purpose).
+        QTest::newRow("log unset") << MaxNumberOfLogLines << unset << 2000;
+        QTest::newRow("log text") << MaxNumberOfLogLines << QVariant(QStringLiteral("10")) << 2000;
+        QTest::newRow("log zero") << MaxNumberOfLogLines << QVariant(0) << 2000;
+        QTest::newRow("log stored") << MaxNumberOfLogLines << QVariant(10) << 10;
+        QTest::newRow("log ceiling") << MaxNumberOfLogLines << QVariant(1000001) << 1000000;
+        QTest::newRow("presence unset") << AppPresenceMode << unset << 0;
+        QTest::newRow("presence dock") << AppPresenceMode << QVariant(1) << 1;
+        QTest::newRow("presence dock only") << AppPresenceMode << QVariant(2) << 2;
+        QTest::newRow("presence unknown") << AppPresenceMode << QVariant(3) << 0;
+        QTest::newRow("presence negative") << AppPresenceMode << QVariant(-1) << 0;
+    }
+    void readers()
+    {
+        QFETCH(QString, key);
+        QFETCH(QVariant, stored);
+        QFETCH(int, read);
+        QTemporaryDir dir;
+        Defaults defaults(dir.path() + QStringLiteral("/prefs.plist"));
+        if (stored.isValid())
+            QVERIFY(defaults.setValue(key, stored));
+        QCOMPARE(readerFor(key)(defaults), read);
+    }
+
+    void pageRanges_data()
+    {
+        using namespace Preferences::Keys;
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<qint64>("min");
+        QTest::addColumn<qint64>("max");
+        QTest::addColumn<qint64>("pageDefault");
+        QTest::newRow("tcp") << TcpConnectionTimeout << qint64(1) << qint64(5) << qint64(2);
+        QTest::newRow("mount") << MountTimeout << qint64(10) << qint64(300) << qint64(60);
+        QTest::newRow("interval") << AutoMountCheckInterval << qint64(10) << qint64(1440) << qint64(15);
+        QTest::newRow("log") << MaxNumberOfLogLines << qint64(10) << qint64(2000) << qint64(50);
+        QTest::newRow("presence") << AppPresenceMode << qint64(0) << qint64(2) << qint64(0);
+    }
+    void pageRanges()
+    {
+        QFETCH(QString, key);
+        QFETCH(qint64, min);
+        QFETCH(qint64, max);
+        QFETCH(qint64, pageDefault);
+        const Preferences::Spec *spec = Preferences::spec(key);
+        QVERIFY(spec);
+        QCOMPARE(spec->pageDefault.toLongLong(), pageDefault);
+        QCOMPARE(Preferences::clamp(key, min - 1), min);
+        QCOMPARE(Preferences::clamp(key, min), min);
+        QCOMPARE(Preferences::clamp(key, max), max);
+        QCOMPARE(Preferences::clamp(key, max + 1), max);
+    }
+
+    // Invariants of the whole table: every key once, each default of its kind and inside its range, and
+    // every integer key with a range has a reader above (so a new key cannot slip past the rows).
+    void tableIsConsistent()
+    {
+        QSet<QString> seen;
+        for (const Preferences::Spec &s : Preferences::table()) {
+            QVERIFY2(!seen.contains(s.key), qPrintable(s.key));
+            seen.insert(s.key);
+            QCOMPARE(Preferences::spec(s.key), &s);
+            if (s.kind == Preferences::Kind::Boolean) {
+                QCOMPARE(s.pageDefault.typeId(), int(QMetaType::Bool));
+                QVERIFY(!s.min && !s.max);
+                continue;
+            }
+            QVERIFY2(s.pageDefault.typeId() == QMetaType::Int, qPrintable(s.key));
+            if (s.min && s.max) {
+                QVERIFY2(readerFor(s.key), qPrintable(s.key));
+                QVERIFY(*s.min <= s.pageDefault.toLongLong() && s.pageDefault.toLongLong() <= *s.max);
+            }
+        }
+        QCOMPARE(Preferences::clamp(QStringLiteral("no such key"), -7), qint64(-7));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPreferences)
+#include "tst_preferences.moc"
