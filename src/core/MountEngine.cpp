@@ -6,6 +6,7 @@
 #include "base/NotificationCenter.h"
 #include "base/Preferences.h"
 #include "core/RecordEvent.h"
+#include "core/BoundedListing.h"
 #include "core/CredentialStore.h"
 #include "core/MountPipeline.h"
 #include "core/MountPointFinder.h"
@@ -41,10 +42,11 @@ const QString kSyncStaleLine = QStringLiteral("🔄 [SYNC] '%1' is listed at '%2
 const QString kSyncStaleEventText = QStringLiteral("Server unreachable; ejected stale mount at ");
 const QString kSyncStaleAuditDetails = QStringLiteral("Share URL probe failed while the OS still listed the volume");
 
-const QString kVerifiedStatus = QStringLiteral("Verified — connected at %1");
 const QString kVerifiedEventText = QStringLiteral("Connection verified at ");
-const QString kLostStatus = QStringLiteral("Connection lost — mount point not found");
 const QString kLostEventText = QStringLiteral("Verification failed — no live mount at ");
+const QString kNotAnsweringEventText = QStringLiteral("Verification failed — no answer within %1 s from %2");
+const QString kUnreadableEventText = QStringLiteral("Verification failed — %1 at %2");
+const QString kVerifyLine = QStringLiteral("🔎 [PROBE] Verify '%1' at '%2': %3");
 const QString kVerifiedAudit = QStringLiteral("Mount verification success");
 const QString kLostAudit = QStringLiteral("Mount verification failure");
 
@@ -86,6 +88,9 @@ MountEngine::MountEngine(const MountEngineDependencies &dependencies, QObject *p
     , m_store(*dependencies.defaults, dependencies.center)
     , m_finder(std::make_unique<MountPointFinder>(*dependencies.fileSystem, *dependencies.mountTable,
                                                   *dependencies.mountService))
+    , m_sharedFileSystem(dependencies.sharedFileSystem
+                             ? dependencies.sharedFileSystem
+                             : std::shared_ptr<FileSystem>(std::shared_ptr<FileSystem>(), dependencies.fileSystem))
 {
     Q_ASSERT(m_deps.defaults && m_deps.eventLog && m_deps.mountService && m_deps.mountTable && m_deps.fileSystem
              && m_deps.network && m_deps.pools);
@@ -492,28 +497,112 @@ void MountEngine::cleanUp(qint64 id)
     });
 }
 
-bool MountEngine::verify(qint64 id)
+void MountEngine::verify(qint64 id, std::function<void(bool connected)> done)
 {
     TW_ASSERT_MAIN_THREAD();
-    VolumeRecord *record = m_store.find(id);
-    if (!record)
-        return false;
-    const QString path = record->runtime_computed_mountpoint_String;
-    const bool live = m_finder->isSpecificPath(path) && m_finder->isLiveMount(path);
-    if (live) {
-        record->runtime_status_String = kVerifiedStatus.arg(path);
-        addEvent(*record, EVENT_TYPE_ENUM::CONNECTION_SUCCESS, kVerifiedEventText + path);
-        audit(AuditEventType::mountSuccess, *record, kVerifiedAudit, true);
-    } else {
-        record->runtime_status_String = kLostStatus;
-        record->runtime_isMounted_Bool = false;
-        addEvent(*record, EVENT_TYPE_ENUM::CONNECTION_FAILED, kLostEventText + path);
-        audit(AuditEventType::mountFailure, *record, kLostAudit, false);
-        m_store.save();
+    const VolumeRecord *record = m_store.find(id);
+    if (!record) {
+        if (done)
+            QMetaObject::invokeMethod(this, [done] { done(false); }, Qt::QueuedConnection);
+        return;
     }
-    Q_EMIT recordChanged(id);
-    refreshUI();
-    return live;
+    if (auto it = m_pendingVerifies.find(id); it != m_pendingVerifies.end()) {
+        if (done)
+            it->callbacks.append(std::move(done));
+        return;
+    }
+    const quint64 serial = ++m_nextVerifySerial;
+    PendingVerify &pending = m_pendingVerifies[id];
+    pending.serial = serial;
+    pending.path = record->runtime_computed_mountpoint_String;
+    if (done)
+        pending.callbacks.append(std::move(done));
+    const QString path = pending.path;
+
+    std::optional<VerifyResult> known;
+    if (!m_finder->isSpecificPath(path) || !m_finder->isLiveMount(path))
+        known = VerifyResult::NotMounted;
+    else if (m_unansweredFolders.contains(path))
+        known = VerifyResult::NotAnswering; // no second thread on a folder that still hangs
+    if (known) {
+        QMetaObject::invokeMethod(this, [this, id, serial, result = *known] { finishVerify(id, serial, result); },
+                                  Qt::QueuedConnection);
+        return;
+    }
+    BoundedListing::start(
+        m_sharedFileSystem, path, kVerifyBound, this,
+        [this, id, serial, path](BoundedListing::Outcome outcome, const QString &error) {
+            switch (outcome) {
+            case BoundedListing::Outcome::Listed:
+                finishVerify(id, serial, VerifyResult::Connected);
+                return;
+            case BoundedListing::Outcome::Failed:
+                finishVerify(id, serial, VerifyResult::Unreadable, error);
+                return;
+            case BoundedListing::Outcome::TimedOut:
+                m_unansweredFolders.insert(path);
+                finishVerify(id, serial, VerifyResult::NotAnswering);
+                return;
+            }
+        },
+        [this, path] { m_unansweredFolders.remove(path); });
+}
+
+void MountEngine::finishVerify(qint64 id, quint64 serial, VerifyResult result, const QString &error)
+{
+    auto it = m_pendingVerifies.find(id);
+    if (it == m_pendingVerifies.end() || it->serial != serial)
+        return;
+    const PendingVerify pending = m_pendingVerifies.take(id);
+    const bool connected = result == VerifyResult::Connected;
+    if (VolumeRecord *record = m_store.find(id)) {
+        const QString &path = pending.path;
+        const bool believed = record->runtime_isMounted_Bool && record->runtime_isReachable_Bool;
+        QString status;
+        QString eventText;
+        switch (result) {
+        case VerifyResult::Connected:
+            status = kVerifiedStatus.arg(path);
+            eventText = kVerifiedEventText + path;
+            break;
+        case VerifyResult::NotMounted:
+            status = kLostStatus;
+            eventText = kLostEventText + path;
+            break;
+        case VerifyResult::NotAnswering:
+            status = kNotAnsweringStatus;
+            eventText = kNotAnsweringEventText.arg(kVerifyBound.count() / 1000).arg(path);
+            break;
+        case VerifyResult::Unreadable:
+            status = kUnreadableStatus.arg(error);
+            eventText = kUnreadableEventText.arg(error, path);
+            break;
+        }
+        Console::line(kVerifyLine.arg(record->displayName(), path, status));
+        record->runtime_status_String = status;
+        if (connected) {
+            record->runtime_isMounted_Bool = true;
+            record->runtime_isReachable_Bool = true;
+        } else {
+            record->runtime_isMounted_Bool = false;
+            record->runtime_isReachable_Bool = false;
+        }
+        if (connected != believed) {
+            if (connected) {
+                addEvent(*record, EVENT_TYPE_ENUM::CONNECTION_SUCCESS, eventText);
+                audit(AuditEventType::mountSuccess, *record, kVerifiedAudit, true);
+            } else {
+                addEvent(*record, EVENT_TYPE_ENUM::CONNECTION_FAILED, eventText);
+                audit(AuditEventType::mountFailure, *record, kLostAudit, false);
+            }
+            m_store.save();
+        }
+        Q_EMIT recordChanged(id);
+        refreshUI();
+    }
+    for (const auto &callback : pending.callbacks)
+        callback(connected);
+    Q_EMIT verifyFinished(id, connected);
 }
 
 // --- Mount table sync ----------------------------------------------------------------------------------

@@ -386,7 +386,7 @@ private Q_SLOTS:
         QVERIFY(h.record(id).runtime_isMounted_Bool);
         QVERIFY(QFileInfo(folder).isSymLink());
         QCOMPARE(h.hasLine(QStringLiteral("🧹 [GHOST] Removed ghost mount point: '") + folder + QLatin1Char('\'')), kind == 4);
-        QVERIFY(h.engine->verify(id));
+        QVERIFY(h.verifyAndWait(id));
         // Eject puts the empty folder back (the service removes its link).
         QVERIFY(h.ejectAndWait(id));
         QVERIFY(QFileInfo(folder).isDir() && !QFileInfo(folder).isSymLink());
