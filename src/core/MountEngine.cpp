@@ -20,6 +20,7 @@
 #include "platform/FileSystem.h"
 #include "platform/MountResponseCode.h"
 #include "platform/MountService.h"
+#include "platform/MountTable.h"
 
 
 namespace {
@@ -51,6 +52,12 @@ const QString kVerifiedAudit = QStringLiteral("Mount verification success");
 const QString kLostAudit = QStringLiteral("Mount verification failure");
 
 const QString kCancelledStatus = QStringLiteral("Mount cancelled");
+const QString kEjectCancelsMountLine = QStringLiteral("🔓 [EJECT] Mount in progress for '%1' — cancelling it");
+const QString kEjectCancelledText = QStringLiteral("Mount in progress cancelled by eject; nothing was mounted");
+const QString kEjectLateUndoneText = QStringLiteral("Mount finished after it was cancelled; unmounted again at ");
+const QString kEjectLateLeftText = QStringLiteral("Mount finished after it was cancelled and could not be unmounted at ");
+const QString kLateMountLine = QStringLiteral("🔓 [EJECT] '%1' was mounted at '%2' after its mount was cancelled — unmounting");
+const QString kLateMountResultLine = QStringLiteral("🔓 [EJECT] Late mount at '%1' %2");
 const QString kScriptTagMount = QStringLiteral("MOUNT");
 const QString kScriptTagEject = QStringLiteral("EJECT");
 
@@ -98,6 +105,7 @@ MountEngine::MountEngine(const MountEngineDependencies &dependencies, QObject *p
     if (const Clock *clock = m_deps.clock)
         m_finder->setClock([clock] { return clock->now(); });
     m_store.load();
+    connect(m_deps.mountTable, &MountTable::volumeMounted, this, &MountEngine::onVolumeMounted);
 }
 
 MountEngine::~MountEngine()
@@ -266,6 +274,7 @@ void MountEngine::mount(qint64 id, bool allowUI)
     if (allowUI)
         audit(AuditEventType::mountAttempt, *live, QStringLiteral("Mount attempted: ") + live->displayName(), true);
 
+    m_lateMountGuards.remove(id); // wanted again
     auto cancellation = std::make_shared<MountCancellation>();
     m_pendingMounts.insert(id, {cancellation, std::nullopt});
     const VolumeRecord copy = *live;
@@ -307,14 +316,18 @@ void MountEngine::mount(qint64 id, bool allowUI)
 void MountEngine::applyOutcome(qint64 id, const MountOutcome &outcome)
 {
     std::optional<int> timedOut;
+    bool ejectRequested = false;
     if (auto it = m_pendingMounts.find(id); it != m_pendingMounts.end()) {
         timedOut = it->timedOutAfterSeconds;
+        ejectRequested = it->ejectRequested;
         m_pendingMounts.erase(it);
     }
     VolumeRecord *record = m_store.find(id);
     const int code = outcome.cancelled ? MountResponseCode::Cancelled : outcome.code;
     if (!record) {
         Q_EMIT mountFinished(id, code);
+        if (ejectRequested)
+            completeEject(id, m_pendingEjects.take(id), true);
         return;
     }
     record->runtime_mount_start_time.reset();
@@ -352,6 +365,107 @@ void MountEngine::applyOutcome(qint64 id, const MountOutcome &outcome)
     postRecordChanged();
     refreshUI();
     Q_EMIT mountFinished(id, code);
+    if (ejectRequested)
+        finishEjectOfCancelledMount(id, outcome);
+}
+
+void MountEngine::finishEjectOfCancelledMount(qint64 id, const MountOutcome &outcome)
+{
+    const bool partOfEjectAll = m_pendingEjects.take(id);
+    VolumeRecord *record = m_store.find(id);
+    if (!record) {
+        completeEject(id, partOfEjectAll, true);
+        return;
+    }
+    if (!outcome.cancelled && outcome.mounted.value_or(false)) {
+        // Finished before the cancellation reached it: eject what is mounted now.
+        eject(id, partOfEjectAll);
+        return;
+    }
+    m_lateMountGuards.insert(id, std::chrono::steady_clock::now() + kLateMountGuard);
+    bool ok = true;
+    if (outcome.lateMountUndone && !*outcome.lateMountUndone) {
+        ok = false;
+        record->runtime_status_String = kStatusEjectLateMountLeft;
+        addEvent(*record, EVENT_TYPE_ENUM::UNMOUNT_ERROR, kEjectLateLeftText + outcome.lateMountPath);
+        audit(AuditEventType::unmountFailure, *record, kEjectLateLeftText + outcome.lateMountPath, false);
+    } else {
+        const QString text = outcome.lateMountUndone ? kEjectLateUndoneText + outcome.lateMountPath : kEjectCancelledText;
+        record->runtime_status_String = outcome.lateMountUndone ? kStatusEjectUndidLateMount : kStatusEjectCancelledMount;
+        record->runtime_isMounted_Bool = false;
+        record->runtime_get_mounted_found_Bool = false;
+        addEvent(*record, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS, text);
+        audit(AuditEventType::unmountSuccess, *record, text, true);
+    }
+    Q_EMIT recordChanged(id);
+    refreshUI();
+    completeEject(id, partOfEjectAll, ok);
+}
+
+bool MountEngine::isLateMountGuarded(qint64 id)
+{
+    auto it = m_lateMountGuards.find(id);
+    if (it == m_lateMountGuards.end())
+        return false;
+    if (std::chrono::steady_clock::now() >= *it || m_pendingMounts.contains(id)) {
+        m_lateMountGuards.erase(it);
+        return false;
+    }
+    return true;
+}
+
+void MountEngine::onVolumeMounted(const QString &path)
+{
+    TW_ASSERT_MAIN_THREAD();
+    if (m_lateMountGuards.isEmpty())
+        return;
+    QList<MountedVolume> volumes;
+    for (const MountedVolume &volume : m_finder->networkVolumes()) {
+        if (volume.path == path)
+            volumes.append(volume);
+    }
+    if (volumes.isEmpty())
+        return;
+    const QList<qint64> guarded = m_lateMountGuards.keys();
+    for (qint64 id : guarded) {
+        const VolumeRecord *record = m_store.find(id);
+        if (record && isLateMountGuarded(id) && m_finder->matchVolume(*record, volumes))
+            undoLateMount(id, path);
+    }
+}
+
+void MountEngine::undoLateMount(qint64 id, const QString &path)
+{
+    if (m_lateMountsBeingUndone.contains(path))
+        return;
+    const VolumeRecord *record = m_store.find(id);
+    if (!record)
+        return;
+    Console::line(kLateMountLine.arg(record->volume_String, path));
+    m_lateMountsBeingUndone.insert(path);
+    MountService *service = m_deps.mountService;
+    m_ioPool.start([this, service, id, path] {
+        const UnmountResult result = service->unmount(path, true);
+        QMetaObject::invokeMethod(
+            this,
+            [this, id, path, result] {
+                m_lateMountsBeingUndone.remove(path);
+                Console::line(kLateMountResultLine.arg(path, result.ok ? QStringLiteral("unmounted")
+                                                                       : QStringLiteral("not unmounted: ") + result.errorText));
+                if (VolumeRecord *record = m_store.find(id)) {
+                    if (result.ok) {
+                        record->runtime_isMounted_Bool = false;
+                        record->runtime_get_mounted_found_Bool = false;
+                        addEvent(*record, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS, kEjectLateUndoneText + path);
+                    } else {
+                        addEvent(*record, EVENT_TYPE_ENUM::UNMOUNT_ERROR, kEjectLateLeftText + path);
+                    }
+                    Q_EMIT recordChanged(id);
+                    refreshUI();
+                }
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void MountEngine::cancelMount(qint64 id)
@@ -391,6 +505,13 @@ void MountEngine::eject(qint64 id, bool partOfEjectAll, bool userInitiated)
     if (userInitiated)
         audit(AuditEventType::unmountAttempt, *live, QStringLiteral("Unmount attempted: ") + live->displayName(), true);
     m_pendingEjects.insert(id, partOfEjectAll);
+    if (auto pending = m_pendingMounts.find(id); pending != m_pendingMounts.end()) {
+        Console::line(kEjectCancelsMountLine.arg(live->volume_String));
+        pending->ejectRequested = true;
+        setStatus(id, kStatusCancellingForEject);
+        pending->cancellation->cancel(); // the mount's end finishes the eject (applyOutcome)
+        return;
+    }
     const VolumeRecord copy = *live;
     MountPointFinder *finder = m_finder.get();
     m_ioPool.start([this, finder, copy, id, partOfEjectAll] {
@@ -419,7 +540,12 @@ void MountEngine::applyEjectOutcome(qint64 id, const EjectOutcome &outcome)
         Q_EMIT recordChanged(id);
         refreshUI();
     }
-    Q_EMIT ejectFinished(id, outcome.ok);
+    completeEject(id, partOfEjectAll, outcome.ok);
+}
+
+void MountEngine::completeEject(qint64 id, bool partOfEjectAll, bool ok)
+{
+    Q_EMIT ejectFinished(id, ok);
     if (partOfEjectAll && m_ejectAllRunning && --m_ejectAllRemaining <= 0) {
         m_ejectAllRunning = false;
         m_store.save();
@@ -634,6 +760,10 @@ void MountEngine::syncWithMountTable()
                 changed = true;
                 Q_EMIT recordChanged(record->internal_ID_Int);
             }
+            continue;
+        }
+        if (!record->runtime_isMounted_Bool && isLateMountGuarded(record->internal_ID_Int)) {
+            undoLateMount(record->internal_ID_Int, match->path); // a cancelled mount the platform finished anyway
             continue;
         }
         const QString path = byKnownPath ? record->runtime_computed_mountpoint_String : match->path;

@@ -152,7 +152,21 @@ public:
 
     // --- Eject, Clean Up, verification ---
     // Ejects on a worker; ejectFinished(id, ok) follows. userInitiated: audit the UNMOUNT_ATTEMPT first.
+    // While a mount of the record is in flight, the eject cancels it instead and reports, when the mount
+    // has ended, what became of it: nothing mounted, a late success unmounted again at once, or (when it
+    // finished before the cancellation reached it) the normal eject of what is mounted. For kLateMountGuard
+    // afterwards a mount of the share that the platform still completes (GVfs may finish a cancelled mount
+    // in its daemon) is unmounted as soon as the mount table shows it, unless a new mount was asked for.
     void eject(qint64 id, bool partOfEjectAll = false, bool userInitiated = false);
+    static constexpr std::chrono::minutes kLateMountGuard{10};
+    static inline const QString kStatusCancellingForEject =
+        QStringLiteral("Eject requested — cancelling the mount in progress");
+    static inline const QString kStatusEjectCancelledMount =
+        QStringLiteral("Ejected — the mount in progress was cancelled, nothing is mounted");
+    static inline const QString kStatusEjectUndidLateMount =
+        QStringLiteral("Ejected — the mount finished after it was cancelled and was unmounted again");
+    static inline const QString kStatusEjectLateMountLeft =
+        QStringLiteral("Eject failed: the mount finished after it was cancelled and could not be unmounted");
     // Whether an eject of the record is running (its unmount may already show in the mount table before
     // ejectFinished arrives).
     bool isEjectInProgress(qint64 id) const { return m_pendingEjects.contains(id); }
@@ -208,7 +222,13 @@ private:
     {
         std::shared_ptr<MountCancellation> cancellation;
         std::optional<int> timedOutAfterSeconds;
+        bool ejectRequested = false;
     };
+    void finishEjectOfCancelledMount(qint64 id, const MountOutcome &outcome);
+    void completeEject(qint64 id, bool partOfEjectAll, bool ok);
+    bool isLateMountGuarded(qint64 id);
+    void undoLateMount(qint64 id, const QString &path);
+    void onVolumeMounted(const QString &path);
 
     enum class VerifyResult { Connected, NotMounted, NotAnswering, Unreadable };
     struct PendingVerify
@@ -237,6 +257,8 @@ private:
     QHash<qint64, PendingMount> m_pendingMounts;
     QHash<qint64, bool> m_pendingEjects; // id -> part of eject-all
     QHash<qint64, bool> m_pendingCleanUps;
+    QHash<qint64, std::chrono::steady_clock::time_point> m_lateMountGuards; // id -> until
+    QSet<QString> m_lateMountsBeingUndone;
     std::shared_ptr<FileSystem> m_sharedFileSystem;
     QHash<qint64, PendingVerify> m_pendingVerifies;
     quint64 m_nextVerifySerial = 0;

@@ -51,6 +51,9 @@ const QString kUnreachableLine = QStringLiteral("❌ [MOUNT] EEXIST path exists 
 const QString kSetMountPointLine = QStringLiteral("📍 [MOUNT] Set runtime_computed_mountpoint_String = '%1'");
 const QString kMountedVolumesLine = QStringLiteral("📍 [MOUNT] Currently mounted volumes:");
 const QString kCancelledLine = QStringLiteral("⏹ [MOUNT] Mount cancelled");
+const QString kLateMountLine = QStringLiteral("⏹ [MOUNT] Mounted at '%1' after it was cancelled — %2");
+const QString kUndone = QStringLiteral("unmounted again");
+const QString kNotUndone = QStringLiteral("unmount failed");
 
 // Status texts.
 const QString kStaleRemovedStatus = QStringLiteral("Removed stale mount point before connecting");
@@ -349,6 +352,15 @@ MountOutcome MountPipeline::run()
 
     if (code == MountResponseCode::Cancelled || (cancelled() && code != MountResponseCode::Success)) {
         outcome.code = code;
+        return stop(outcome);
+    }
+    if (cancelled()) {
+        // The platform finished the mount although it was cancelled meanwhile: nobody wants it any more.
+        const QString path = customFolder && !customPath.isEmpty() ? customPath : result.mountPath;
+        outcome.code = code;
+        outcome.lateMountPath = path;
+        outcome.lateMountUndone = !path.isEmpty() && m_ctx.service->unmount(path, true).ok;
+        Console::line(kLateMountLine.arg(path, *outcome.lateMountUndone ? kUndone : kNotUndone));
         return stop(outcome);
     }
 

@@ -40,6 +40,10 @@ struct MountOutcome
     std::optional<QUrl> remountUrl;         // set on success
     std::optional<QString> ipAddress;       // the resolved address
     std::optional<QString> cachedPassword;  // the password read from the secret store, for the live record
+    // Cancelled, yet the platform call reported success: that mount was unmounted again at once (true), or
+    // its unmount failed and it is still there (false).
+    std::optional<bool> lateMountUndone;
+    QString lateMountPath;
 };
 
 // A progress report from the worker: a status text and, when known, the resolved address and reachability.

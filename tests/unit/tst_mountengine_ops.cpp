@@ -223,6 +223,56 @@ private Q_SLOTS:
             QVERIFY(QFileInfo(live).isDir()); // the live folder (empty, but mounted) stays
     }
 
+    void ejectDuringMount_data()
+    {
+        QTest::addColumn<bool>("completesAnyway"); // the platform call reports success although cancelled
+        QTest::addColumn<QString>("status");
+        QTest::newRow("cancelled in time") << false << MountEngine::kStatusEjectCancelledMount;
+        QTest::newRow("finished as it was cancelled") << true << MountEngine::kStatusEjectUndidLateMount;
+    }
+    void ejectDuringMount()
+    {
+        QFETCH(bool, completesAnyway);
+        QFETCH(QString, status);
+        EngineHarness h;
+        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
+        const QUrl url(h.record(id).mountURLText());
+        h.service.setBlocking(url);
+        h.service.setCompletesDespiteCancel(completesAnyway);
+        QSignalSpy mounted(h.engine, &MountEngine::mountFinished);
+        h.engine->mount(id);
+        QVERIFY(h.service.waitForBlocked(1, 5000));
+
+        QVERIFY(h.ejectAndWait(id));
+        QCOMPARE(mounted.size(), 1);
+        QCOMPARE(mounted.first().at(1).toInt(), 89);
+        QCOMPARE(h.record(id).runtime_status_String, status);
+        QVERIFY(!h.record(id).runtime_isMounted_Bool);
+        QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS);
+        QCOMPARE(h.audits().first().eventType, AuditEventType::unmountSuccess);
+        // What the late success put there was unmounted again at once.
+        const QString folder = h.volumePath(h.service.volumeFolderName(url));
+        QCOMPARE(h.service.unmountCalls().size(), completesAnyway ? 1 : 0);
+        QCOMPARE(h.table.mountedVolumes().isEmpty(), true);
+
+        // The daemon finishes the cancelled mount later still: it goes as soon as the table shows it.
+        h.service.clearCalls();
+        h.table.addVolume({folder, url, false});
+        QTRY_COMPARE(h.service.unmountCalls().size(), 1);
+        QCOMPARE(h.service.unmountCalls().first().path, folder);
+        QTRY_VERIFY(h.table.mountedVolumes().isEmpty() || !h.record(id).runtime_isMounted_Bool);
+        QVERIFY(!h.record(id).runtime_isMounted_Bool);
+
+        // Asked for again, the share is mounted and stays so.
+        h.service.setBlocking(url, false);
+        h.service.setCompletesDespiteCancel(false);
+        h.table.setVolumes({});
+        QCOMPARE(h.mountAndWait(id), 0);
+        QVERIFY(h.record(id).runtime_isMounted_Bool);
+        h.settle(50);
+        QCOMPARE(h.service.unmountCalls().size(), 1);
+    }
+
     void verificationOfAHungOrBrokenFolder()
     {
         std::shared_ptr<HangingFileSystem> fs;
