@@ -492,8 +492,10 @@ void AutoMountScheduler::onVolumeUnmounted(const QString &path)
         return;
     const VolumeRecord *match = nullptr;
     for (const VolumeRecord &record : m_deps.engine->store().records()) {
+        const QString stored = QDir::cleanPath(record.runtime_computed_mountpoint_String);
+        // The mount point may be the share's folder below the volume that went.
         if (record.runtime_isMounted_Bool && !record.runtime_computed_mountpoint_String.isEmpty()
-            && QDir::cleanPath(record.runtime_computed_mountpoint_String) == cleaned) {
+            && (stored == cleaned || (finder.isInsideVolumesFolder(stored) && stored.startsWith(cleaned + QLatin1Char('/'))))) {
             // Our own ejects (and the sync's force-eject of a stale WebDAV mount) report themselves.
             if (m_deps.engine->isEjectInProgress(record.internal_ID_Int)
                 || (m_deps.engine->isSyncRunning() && MountProtocol::isWebDAV(record.mounting_using_protocol_Enum)))

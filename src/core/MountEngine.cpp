@@ -766,7 +766,8 @@ void MountEngine::syncWithMountTable()
             undoLateMount(record->internal_ID_Int, match->path); // a cancelled mount the platform finished anyway
             continue;
         }
-        const QString path = byKnownPath ? record->runtime_computed_mountpoint_String : match->path;
+        const QString path =
+            byKnownPath ? record->runtime_computed_mountpoint_String : m_finder->contentPath(match->path, *record);
         Console::line((byKnownPath ? kSyncKnownPathLine : kSyncUrlLine).arg(name, path));
         if (!record->runtime_isMounted_Bool || record->runtime_computed_mountpoint_String != path) {
             record->runtime_isMounted_Bool = true;
