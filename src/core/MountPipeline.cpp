@@ -11,6 +11,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace {
 // Console lines of the pipeline (texts are part of the behaviour).
 const QString kStartPrefix = QStringLiteral("🚀 [MOUNT] Starting mount process for: ");
@@ -404,6 +406,15 @@ MountOutcome MountPipeline::run()
         return outcome;
     }
     applyFailureCode(m_record, code, outcome);
+    const bool authFailure = outcome.eventType == EVENT_TYPE_ENUM::AUTH_FAILED;
+    const auto beyondAscii = [](const QString &text) {
+        return std::any_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() > 0x7f; });
+    };
+    if (authFailure && MountProtocol::isWebDAV(m_record.mounting_using_protocol_Enum) && beyondAscii(password)) {
+        Console::line(kNonAsciiPasswordLine);
+        outcome.status = kNonAsciiPasswordStatus;
+        outcome.eventText = kNonAsciiPasswordStatus;
+    }
     return outcome;
 }
 
