@@ -241,7 +241,9 @@ MountEngine::RemoveResult MountEngine::removeRecord(qint64 id)
     }
     const VolumeRecord copy = *live;
     cancelMount(id);
+    const bool ejectWaiting = m_pendingMounts.value(id).ejectRequested;
     m_pendingMounts.remove(id);
+    m_lateMountGuards.remove(id);
     m_store.remove(id);
     m_store.save();
     audit(AuditEventType::shareRemoved, copy, QStringLiteral("Share removed: ") + copy.displayName(), true);
@@ -250,6 +252,8 @@ MountEngine::RemoveResult MountEngine::removeRecord(qint64 id)
     result.removed = true;
     postRecordChanged();
     Q_EMIT recordsChanged();
+    if (ejectWaiting) // an eject was waiting for that mount to end: nothing of the share is left
+        completeEject(id, m_pendingEjects.take(id), true);
     return result;
 }
 
