@@ -64,17 +64,23 @@ int ejectOne(ControlClient &client, const QString &share, bool wait, int seconds
     engine.run(seconds, [&client, id] {
         ControlClient::Failure ignored;
         const auto record = client.record(*id, &ignored);
-        return !record || !record->value(QStringLiteral("mounted")).toBool();
+        return !record
+               || (!record->value(QStringLiteral("mounted")).toBool()
+                   && !record->value(QStringLiteral("mountInProgress")).toBool()); // a cancelled mount ends first
     });
     const auto record = client.record(*id, &failure);
     if (!record)
         return failure.report();
-    if (record->value(QStringLiteral("mounted")).toBool()) {
-        Cli::err(QStringLiteral("Eject of %1 failed: %2")
-                     .arg(Output::shareName(*record), Cli::printable(record->value(QStringLiteral("status")).toString())));
+    const QString status = Cli::printable(record->value(QStringLiteral("status")).toString());
+    if (record->value(QStringLiteral("mounted")).toBool() || status.startsWith(QLatin1String("Eject failed"))) {
+        Cli::err(QStringLiteral("Eject of %1 failed: %2").arg(Output::shareName(*record), status));
         return Command::kExitFailure;
     }
-    Cli::out(QStringLiteral("Ejected %1\n").arg(Output::shareName(*record)));
+    // A plain eject says "Ejected"; one that cancelled a mount in progress says what became of it.
+    if (status.isEmpty() || status == QLatin1String("Ejected"))
+        Cli::out(QStringLiteral("Ejected %1\n").arg(Output::shareName(*record)));
+    else
+        Cli::out(QStringLiteral("%1: %2\n").arg(Output::shareName(*record), status));
     return Command::kExitOk;
 }
 

@@ -11,6 +11,8 @@
 #include "logging/EnterpriseAuditLog.h"
 #include "logging/LogEventManager.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonParseError>
@@ -257,12 +259,14 @@ ControlService::Result<ControlService::Done> ControlService::cleanUp(qint64 id)
     return {};
 }
 
-ControlService::Result<bool> ControlService::verify(qint64 id)
+void ControlService::verify(qint64 id, std::function<void(Result<bool>)> done)
 {
     Error error;
-    if (!findRecord(id, &error))
-        return {false, error};
-    return {m_engine.verify(id), {}};
+    if (!findRecord(id, &error)) {
+        done({false, error});
+        return;
+    }
+    m_engine.verify(id, [done](bool connected) { done({connected, {}}); });
 }
 
 ControlService::Result<ControlService::Done> ControlService::pause()
@@ -420,9 +424,21 @@ void ControlService::CleanUp(qlonglong id)
 
 bool ControlService::Verify(qlonglong id)
 {
-    const auto r = verify(id);
-    reply(r.error);
-    return r.value;
+    // Answered when the bounded check ends; the bus call waits for it.
+    const bool viaBus = calledFromDBus();
+    QDBusMessage call;
+    QDBusConnection bus{QString()};
+    if (viaBus) {
+        setDelayedReply(true);
+        call = message();
+        bus = connection();
+    }
+    verify(id, [viaBus, call, bus](const Result<bool> &r) {
+        if (!viaBus)
+            return;
+        QDBusConnection(bus).send(r.ok() ? call.createReply(r.value) : call.createErrorReply(r.error.name, r.error.message));
+    });
+    return false;
 }
 
 void ControlService::Pause()

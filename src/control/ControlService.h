@@ -96,7 +96,8 @@ public:
     Result<Done> eject(qint64 id);
     Result<Done> ejectAll();
     Result<Done> cleanUp(qint64 id);
-    Result<bool> verify(qint64 id);
+    // The engine's bounded check; `done` follows on the main thread (an unknown share: at once).
+    void verify(qint64 id, std::function<void(Result<bool>)> done);
     Result<Done> pause();
     Result<Done> resume();
     Result<QString> eventLog(int limit) const;

@@ -58,6 +58,8 @@ AutoMountScheduler::AutoMountScheduler(const AutoMountSchedulerDependencies &dep
     }
     m_timer = m_deps.clock->createTimer();
     connect(m_timer.get(), &ClockTimer::timeout, this, &AutoMountScheduler::checkSchedule);
+    m_returnTimer = m_deps.clock->createTimer();
+    connect(m_returnTimer.get(), &ClockTimer::timeout, this, &AutoMountScheduler::probeReturns);
 
     MountEngine *engine = m_deps.engine;
     connect(engine, &MountEngine::syncFinished, this, &AutoMountScheduler::onSyncFinished);
@@ -92,6 +94,7 @@ void AutoMountScheduler::start()
                                      &AutoMountScheduler::onFuseBridgeRecovered));
     }
     restartTimer();
+    m_returnTimer->start(kReturnProbePeriod, false);
 }
 
 void AutoMountScheduler::stop()
@@ -102,6 +105,8 @@ void AutoMountScheduler::stop()
     m_connections.clear();
     if (m_timer)
         m_timer->stop();
+    if (m_returnTimer)
+        m_returnTimer->stop();
     m_countdowns.clear();
     m_statusClears.clear();
     m_started = false;
@@ -258,6 +263,7 @@ void AutoMountScheduler::mountThroughGate(qint64 id, Gate gate)
                 m_deps.engine->mount(id, false);
             return;
         }
+        awaitServer(id);
         m_deps.engine->updateRuntime(id, [gate](VolumeRecord &r) {
             r.runtime_isReachable_Bool = false;
             if (gate == Gate::AutoMount)
@@ -310,6 +316,7 @@ void AutoMountScheduler::onServerCheck(qint64 id, const QString &path, bool reac
         || m_serverLost.contains(id))
         return;
     m_serverLost.insert(id);
+    awaitServer(id);
     Console::line(kServerGoneLine.arg(record->volume_String, path));
     m_deps.engine->updateRuntime(id, [](VolumeRecord &r) {
         r.runtime_isMounted_Bool = false;
@@ -366,8 +373,82 @@ void AutoMountScheduler::updateMountCountdownFor(qint64 id)
 void AutoMountScheduler::onMountFinished(qint64 id, int code)
 {
     m_countdowns.erase(id);
-    if (code == 0)
+    if (code == 0) {
         m_serverLost.remove(id);
+        m_awaitingServer.remove(id);
+        return;
+    }
+    // An automatic mount that found nobody answering: watch for the server's return.
+    const VolumeRecord *record = m_deps.engine->record(id);
+    if (record && !record->runtime_isReachable_Bool && wantsMounted(*record, m_deps.clock->now()))
+        awaitServer(id);
+}
+
+// --- The server's return -------------------------------------------------------------------------------
+
+bool AutoMountScheduler::wantsMounted(const VolumeRecord &record, const QDateTime &now) const
+{
+    if (m_isAutoMountPaused)
+        return false;
+    if (record.schedule_Mount == 1) {
+        if (!ScheduleWindow::shouldBeMounted(record.schedule_MountTime, record.schedule_UnMountTime,
+                                             record.schedule_Weekdays, now))
+            return false;
+    } else if (record.auto_Mount != 1) {
+        return false;
+    }
+    if (isBlank(record.allowedSSIDs_String))
+        return true;
+    const bool wifiKnown = !m_deps.wifi || m_deps.wifi->isKnown();
+    return wifiKnown
+           && ScheduleWindow::isNetworkAllowed(record.allowedSSIDs_String,
+                                               m_deps.wifi ? m_deps.wifi->currentNetworkName() : std::nullopt);
+}
+
+void AutoMountScheduler::awaitServer(qint64 id)
+{
+    m_awaitingServer.insert(id);
+}
+
+void AutoMountScheduler::probeReturns()
+{
+    if (m_awaitingServer.isEmpty() || !m_deps.network)
+        return;
+    const QDateTime now = m_deps.clock->now();
+    const QList<qint64> ids(m_awaitingServer.begin(), m_awaitingServer.end());
+    for (qint64 id : ids) {
+        const VolumeRecord *record = m_deps.engine->record(id);
+        if (!record || record->runtime_isMounted_Bool || !wantsMounted(*record, now)) {
+            m_awaitingServer.remove(id); // mounted meanwhile, gone, or no longer wanted
+            continue;
+        }
+        if (m_deps.engine->isMountInProgress(id) || m_returnProbes.contains(id) || m_gateProbes.contains(id))
+            continue;
+        m_returnProbes.insert(id);
+        const QString host = record->hostname_String.trimmed();
+        const quint16 port = quint16(record->port_Int && *record->port_Int > 0
+                                         ? *record->port_Int
+                                         : MountProtocol::defaultPort(record->mounting_using_protocol_Enum));
+        NetworkProbe *network = m_deps.network;
+        m_pool.start([this, network, id, host, port] {
+            const bool answers = network->connect(host, port, kReturnProbeLimit) == NetworkProbe::Connect::Connected;
+            QMetaObject::invokeMethod(this, [this, id, answers] { onReturnProbe(id, answers); }, Qt::QueuedConnection);
+        });
+    }
+}
+
+void AutoMountScheduler::onReturnProbe(qint64 id, bool answers)
+{
+    m_returnProbes.remove(id);
+    const VolumeRecord *record = m_deps.engine->record(id);
+    if (!answers || !record || !m_awaitingServer.contains(id) || !mayStartAutomaticMount(id))
+        return;
+    const quint16 port = quint16(record->port_Int && *record->port_Int > 0
+                                     ? *record->port_Int
+                                     : MountProtocol::defaultPort(record->mounting_using_protocol_Enum));
+    Console::line(kServerBackLine.arg(record->volume_String, record->hostname_String).arg(port));
+    m_awaitingServer.remove(id); // a failed mount puts it back
+    mountThroughGate(id, record->schedule_Mount == 1 ? Gate::Schedule : Gate::AutoMount);
 }
 
 // --- Eject status --------------------------------------------------------------------------------------
@@ -411,8 +492,10 @@ void AutoMountScheduler::onVolumeUnmounted(const QString &path)
         return;
     const VolumeRecord *match = nullptr;
     for (const VolumeRecord &record : m_deps.engine->store().records()) {
+        const QString stored = QDir::cleanPath(record.runtime_computed_mountpoint_String);
+        // The mount point may be the share's folder below the volume that went.
         if (record.runtime_isMounted_Bool && !record.runtime_computed_mountpoint_String.isEmpty()
-            && QDir::cleanPath(record.runtime_computed_mountpoint_String) == cleaned) {
+            && (stored == cleaned || (finder.isInsideVolumesFolder(stored) && stored.startsWith(cleaned + QLatin1Char('/'))))) {
             // Our own ejects (and the sync's force-eject of a stale WebDAV mount) report themselves.
             if (m_deps.engine->isEjectInProgress(record.internal_ID_Int)
                 || (m_deps.engine->isSyncRunning() && MountProtocol::isWebDAV(record.mounting_using_protocol_Enum)))

@@ -72,6 +72,12 @@ struct AutoMountSchedulerDependencies
 // event, once per outage; the tick then remounts it when the server is back. (WebDAV shares get the same
 // treatment from the engine's own sync.)
 //
+// Beyond the tick: while a share that should be mounted has lost its server (its liveness probe failed,
+// or an automatic mount failed with the server unreachable), a light TCP connect to that share's host and
+// port alone (through `network`, every kReturnProbePeriod, one at a time per share, on the probes pool)
+// notices the server's return and starts the mount at once instead of at the next tick. The tick keeps
+// governing everything else.
+//
 // The unmount observer matches a volume to the mounted record with that mount point; unmounts caused by an
 // eject of the engine (or by its sync's force-eject of a stale WebDAV mount) are left to report themselves.
 //
@@ -104,7 +110,11 @@ public:
     static inline const QString kResumedMessage = QStringLiteral("Auto-mount resumed");
     static inline const QString kResumedTitle = QStringLiteral("Auto-mount resume status");
 
+    static inline const QString kServerBackLine =
+        QStringLiteral("⏱ [SCHED] '%1' server %2:%3 answers again — mounting now");
     static constexpr std::chrono::milliseconds kCountdownPeriod{1000};
+    static constexpr std::chrono::milliseconds kReturnProbePeriod{2000};
+    static constexpr std::chrono::milliseconds kReturnProbeLimit{1000};
     static constexpr std::chrono::milliseconds kEjectStatusClearDelay{10000};
     static constexpr double kShareUrlGateSeconds = 2.0;
     // A sync that has not finished after this long no longer holds the ticks back.
@@ -140,6 +150,8 @@ public:
     bool hasCountdown(qint64 id) const { return m_countdowns.count(id) > 0; }
     bool hasStatusClearTimer(qint64 id) const { return m_statusClears.count(id) > 0; }
     int tickCount() const { return m_tickCount; }
+    // Shares whose server's return is being watched.
+    bool isAwaitingServer(qint64 id) const { return m_awaitingServer.contains(id); }
 
 Q_SIGNALS:
     void pausedChanged(bool paused);
@@ -169,6 +181,10 @@ private:
     void checkServerAlive(const VolumeRecord &record);
     void onServerCheck(qint64 id, const QString &path, bool reachable);
     void ejectByPolicy(qint64 id);
+    bool wantsMounted(const VolumeRecord &record, const QDateTime &now) const;
+    void awaitServer(qint64 id);
+    void probeReturns();
+    void onReturnProbe(qint64 id, bool answers);
 
     void onMountStarted(qint64 id);
     void onMountFinished(qint64 id, int code);
@@ -183,6 +199,9 @@ private:
 
     AutoMountSchedulerDependencies m_deps;
     std::unique_ptr<ClockTimer> m_timer;
+    std::unique_ptr<ClockTimer> m_returnTimer;
+    QSet<qint64> m_awaitingServer;     // lost their server; watched for its return
+    QSet<qint64> m_returnProbes;       // return probes in flight
     int m_intervalSeconds = 15;
     bool m_started = false;
     bool m_isAutoMountPaused = false;

@@ -6,6 +6,7 @@
 #include "base/NotificationCenter.h"
 #include "base/Preferences.h"
 #include "core/RecordEvent.h"
+#include "core/BoundedListing.h"
 #include "core/CredentialStore.h"
 #include "core/MountPipeline.h"
 #include "core/MountPointFinder.h"
@@ -19,6 +20,7 @@
 #include "platform/FileSystem.h"
 #include "platform/MountResponseCode.h"
 #include "platform/MountService.h"
+#include "platform/MountTable.h"
 
 
 namespace {
@@ -41,14 +43,21 @@ const QString kSyncStaleLine = QStringLiteral("🔄 [SYNC] '%1' is listed at '%2
 const QString kSyncStaleEventText = QStringLiteral("Server unreachable; ejected stale mount at ");
 const QString kSyncStaleAuditDetails = QStringLiteral("Share URL probe failed while the OS still listed the volume");
 
-const QString kVerifiedStatus = QStringLiteral("Verified — connected at %1");
 const QString kVerifiedEventText = QStringLiteral("Connection verified at ");
-const QString kLostStatus = QStringLiteral("Connection lost — mount point not found");
 const QString kLostEventText = QStringLiteral("Verification failed — no live mount at ");
+const QString kNotAnsweringEventText = QStringLiteral("Verification failed — no answer within %1 s from %2");
+const QString kUnreadableEventText = QStringLiteral("Verification failed — %1 at %2");
+const QString kVerifyLine = QStringLiteral("🔎 [PROBE] Verify '%1' at '%2': %3");
 const QString kVerifiedAudit = QStringLiteral("Mount verification success");
 const QString kLostAudit = QStringLiteral("Mount verification failure");
 
 const QString kCancelledStatus = QStringLiteral("Mount cancelled");
+const QString kEjectCancelsMountLine = QStringLiteral("🔓 [EJECT] Mount in progress for '%1' — cancelling it");
+const QString kEjectCancelledText = QStringLiteral("Mount in progress cancelled by eject; nothing was mounted");
+const QString kEjectLateUndoneText = QStringLiteral("Mount finished after it was cancelled; unmounted again at ");
+const QString kEjectLateLeftText = QStringLiteral("Mount finished after it was cancelled and could not be unmounted at ");
+const QString kLateMountLine = QStringLiteral("🔓 [EJECT] '%1' was mounted at '%2' after its mount was cancelled — unmounting");
+const QString kLateMountResultLine = QStringLiteral("🔓 [EJECT] Late mount at '%1' %2");
 const QString kScriptTagMount = QStringLiteral("MOUNT");
 const QString kScriptTagEject = QStringLiteral("EJECT");
 
@@ -86,6 +95,9 @@ MountEngine::MountEngine(const MountEngineDependencies &dependencies, QObject *p
     , m_store(*dependencies.defaults, dependencies.center)
     , m_finder(std::make_unique<MountPointFinder>(*dependencies.fileSystem, *dependencies.mountTable,
                                                   *dependencies.mountService))
+    , m_sharedFileSystem(dependencies.sharedFileSystem
+                             ? dependencies.sharedFileSystem
+                             : std::shared_ptr<FileSystem>(std::shared_ptr<FileSystem>(), dependencies.fileSystem))
 {
     Q_ASSERT(m_deps.defaults && m_deps.eventLog && m_deps.mountService && m_deps.mountTable && m_deps.fileSystem
              && m_deps.network && m_deps.pools);
@@ -93,6 +105,7 @@ MountEngine::MountEngine(const MountEngineDependencies &dependencies, QObject *p
     if (const Clock *clock = m_deps.clock)
         m_finder->setClock([clock] { return clock->now(); });
     m_store.load();
+    connect(m_deps.mountTable, &MountTable::volumeMounted, this, &MountEngine::onVolumeMounted);
 }
 
 MountEngine::~MountEngine()
@@ -228,7 +241,9 @@ MountEngine::RemoveResult MountEngine::removeRecord(qint64 id)
     }
     const VolumeRecord copy = *live;
     cancelMount(id);
+    const bool ejectWaiting = m_pendingMounts.value(id).ejectRequested;
     m_pendingMounts.remove(id);
+    m_lateMountGuards.remove(id);
     m_store.remove(id);
     m_store.save();
     audit(AuditEventType::shareRemoved, copy, QStringLiteral("Share removed: ") + copy.displayName(), true);
@@ -237,6 +252,8 @@ MountEngine::RemoveResult MountEngine::removeRecord(qint64 id)
     result.removed = true;
     postRecordChanged();
     Q_EMIT recordsChanged();
+    if (ejectWaiting) // an eject was waiting for that mount to end: nothing of the share is left
+        completeEject(id, m_pendingEjects.take(id), true);
     return result;
 }
 
@@ -261,6 +278,7 @@ void MountEngine::mount(qint64 id, bool allowUI)
     if (allowUI)
         audit(AuditEventType::mountAttempt, *live, QStringLiteral("Mount attempted: ") + live->displayName(), true);
 
+    m_lateMountGuards.remove(id); // wanted again
     auto cancellation = std::make_shared<MountCancellation>();
     m_pendingMounts.insert(id, {cancellation, std::nullopt});
     const VolumeRecord copy = *live;
@@ -302,14 +320,18 @@ void MountEngine::mount(qint64 id, bool allowUI)
 void MountEngine::applyOutcome(qint64 id, const MountOutcome &outcome)
 {
     std::optional<int> timedOut;
+    bool ejectRequested = false;
     if (auto it = m_pendingMounts.find(id); it != m_pendingMounts.end()) {
         timedOut = it->timedOutAfterSeconds;
+        ejectRequested = it->ejectRequested;
         m_pendingMounts.erase(it);
     }
     VolumeRecord *record = m_store.find(id);
     const int code = outcome.cancelled ? MountResponseCode::Cancelled : outcome.code;
     if (!record) {
         Q_EMIT mountFinished(id, code);
+        if (ejectRequested)
+            completeEject(id, m_pendingEjects.take(id), true);
         return;
     }
     record->runtime_mount_start_time.reset();
@@ -347,6 +369,107 @@ void MountEngine::applyOutcome(qint64 id, const MountOutcome &outcome)
     postRecordChanged();
     refreshUI();
     Q_EMIT mountFinished(id, code);
+    if (ejectRequested)
+        finishEjectOfCancelledMount(id, outcome);
+}
+
+void MountEngine::finishEjectOfCancelledMount(qint64 id, const MountOutcome &outcome)
+{
+    const bool partOfEjectAll = m_pendingEjects.take(id);
+    VolumeRecord *record = m_store.find(id);
+    if (!record) {
+        completeEject(id, partOfEjectAll, true);
+        return;
+    }
+    if (!outcome.cancelled && outcome.mounted.value_or(false)) {
+        // Finished before the cancellation reached it: eject what is mounted now.
+        eject(id, partOfEjectAll);
+        return;
+    }
+    m_lateMountGuards.insert(id, std::chrono::steady_clock::now() + kLateMountGuard);
+    bool ok = true;
+    if (outcome.lateMountUndone && !*outcome.lateMountUndone) {
+        ok = false;
+        record->runtime_status_String = kStatusEjectLateMountLeft;
+        addEvent(*record, EVENT_TYPE_ENUM::UNMOUNT_ERROR, kEjectLateLeftText + outcome.lateMountPath);
+        audit(AuditEventType::unmountFailure, *record, kEjectLateLeftText + outcome.lateMountPath, false);
+    } else {
+        const QString text = outcome.lateMountUndone ? kEjectLateUndoneText + outcome.lateMountPath : kEjectCancelledText;
+        record->runtime_status_String = outcome.lateMountUndone ? kStatusEjectUndidLateMount : kStatusEjectCancelledMount;
+        record->runtime_isMounted_Bool = false;
+        record->runtime_get_mounted_found_Bool = false;
+        addEvent(*record, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS, text);
+        audit(AuditEventType::unmountSuccess, *record, text, true);
+    }
+    Q_EMIT recordChanged(id);
+    refreshUI();
+    completeEject(id, partOfEjectAll, ok);
+}
+
+bool MountEngine::isLateMountGuarded(qint64 id)
+{
+    auto it = m_lateMountGuards.find(id);
+    if (it == m_lateMountGuards.end())
+        return false;
+    if (std::chrono::steady_clock::now() >= *it || m_pendingMounts.contains(id)) {
+        m_lateMountGuards.erase(it);
+        return false;
+    }
+    return true;
+}
+
+void MountEngine::onVolumeMounted(const QString &path)
+{
+    TW_ASSERT_MAIN_THREAD();
+    if (m_lateMountGuards.isEmpty())
+        return;
+    QList<MountedVolume> volumes;
+    for (const MountedVolume &volume : m_finder->networkVolumes()) {
+        if (volume.path == path)
+            volumes.append(volume);
+    }
+    if (volumes.isEmpty())
+        return;
+    const QList<qint64> guarded = m_lateMountGuards.keys();
+    for (qint64 id : guarded) {
+        const VolumeRecord *record = m_store.find(id);
+        if (record && isLateMountGuarded(id) && m_finder->matchVolume(*record, volumes))
+            undoLateMount(id, path);
+    }
+}
+
+void MountEngine::undoLateMount(qint64 id, const QString &path)
+{
+    if (m_lateMountsBeingUndone.contains(path))
+        return;
+    const VolumeRecord *record = m_store.find(id);
+    if (!record)
+        return;
+    Console::line(kLateMountLine.arg(record->volume_String, path));
+    m_lateMountsBeingUndone.insert(path);
+    MountService *service = m_deps.mountService;
+    m_ioPool.start([this, service, id, path] {
+        const UnmountResult result = service->unmount(path, true);
+        QMetaObject::invokeMethod(
+            this,
+            [this, id, path, result] {
+                m_lateMountsBeingUndone.remove(path);
+                Console::line(kLateMountResultLine.arg(path, result.ok ? QStringLiteral("unmounted")
+                                                                       : QStringLiteral("not unmounted: ") + result.errorText));
+                if (VolumeRecord *record = m_store.find(id)) {
+                    if (result.ok) {
+                        record->runtime_isMounted_Bool = false;
+                        record->runtime_get_mounted_found_Bool = false;
+                        addEvent(*record, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS, kEjectLateUndoneText + path);
+                    } else {
+                        addEvent(*record, EVENT_TYPE_ENUM::UNMOUNT_ERROR, kEjectLateLeftText + path);
+                    }
+                    Q_EMIT recordChanged(id);
+                    refreshUI();
+                }
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void MountEngine::cancelMount(qint64 id)
@@ -386,6 +509,13 @@ void MountEngine::eject(qint64 id, bool partOfEjectAll, bool userInitiated)
     if (userInitiated)
         audit(AuditEventType::unmountAttempt, *live, QStringLiteral("Unmount attempted: ") + live->displayName(), true);
     m_pendingEjects.insert(id, partOfEjectAll);
+    if (auto pending = m_pendingMounts.find(id); pending != m_pendingMounts.end()) {
+        Console::line(kEjectCancelsMountLine.arg(live->volume_String));
+        pending->ejectRequested = true;
+        setStatus(id, kStatusCancellingForEject);
+        pending->cancellation->cancel(); // the mount's end finishes the eject (applyOutcome)
+        return;
+    }
     const VolumeRecord copy = *live;
     MountPointFinder *finder = m_finder.get();
     m_ioPool.start([this, finder, copy, id, partOfEjectAll] {
@@ -414,7 +544,12 @@ void MountEngine::applyEjectOutcome(qint64 id, const EjectOutcome &outcome)
         Q_EMIT recordChanged(id);
         refreshUI();
     }
-    Q_EMIT ejectFinished(id, outcome.ok);
+    completeEject(id, partOfEjectAll, outcome.ok);
+}
+
+void MountEngine::completeEject(qint64 id, bool partOfEjectAll, bool ok)
+{
+    Q_EMIT ejectFinished(id, ok);
     if (partOfEjectAll && m_ejectAllRunning && --m_ejectAllRemaining <= 0) {
         m_ejectAllRunning = false;
         m_store.save();
@@ -492,28 +627,112 @@ void MountEngine::cleanUp(qint64 id)
     });
 }
 
-bool MountEngine::verify(qint64 id)
+void MountEngine::verify(qint64 id, std::function<void(bool connected)> done)
 {
     TW_ASSERT_MAIN_THREAD();
-    VolumeRecord *record = m_store.find(id);
-    if (!record)
-        return false;
-    const QString path = record->runtime_computed_mountpoint_String;
-    const bool live = m_finder->isSpecificPath(path) && m_finder->isLiveMount(path);
-    if (live) {
-        record->runtime_status_String = kVerifiedStatus.arg(path);
-        addEvent(*record, EVENT_TYPE_ENUM::CONNECTION_SUCCESS, kVerifiedEventText + path);
-        audit(AuditEventType::mountSuccess, *record, kVerifiedAudit, true);
-    } else {
-        record->runtime_status_String = kLostStatus;
-        record->runtime_isMounted_Bool = false;
-        addEvent(*record, EVENT_TYPE_ENUM::CONNECTION_FAILED, kLostEventText + path);
-        audit(AuditEventType::mountFailure, *record, kLostAudit, false);
-        m_store.save();
+    const VolumeRecord *record = m_store.find(id);
+    if (!record) {
+        if (done)
+            QMetaObject::invokeMethod(this, [done] { done(false); }, Qt::QueuedConnection);
+        return;
     }
-    Q_EMIT recordChanged(id);
-    refreshUI();
-    return live;
+    if (auto it = m_pendingVerifies.find(id); it != m_pendingVerifies.end()) {
+        if (done)
+            it->callbacks.append(std::move(done));
+        return;
+    }
+    const quint64 serial = ++m_nextVerifySerial;
+    PendingVerify &pending = m_pendingVerifies[id];
+    pending.serial = serial;
+    pending.path = record->runtime_computed_mountpoint_String;
+    if (done)
+        pending.callbacks.append(std::move(done));
+    const QString path = pending.path;
+
+    std::optional<VerifyResult> known;
+    if (!m_finder->isSpecificPath(path) || !m_finder->isLiveMount(path))
+        known = VerifyResult::NotMounted;
+    else if (m_unansweredFolders.contains(path))
+        known = VerifyResult::NotAnswering; // no second thread on a folder that still hangs
+    if (known) {
+        QMetaObject::invokeMethod(this, [this, id, serial, result = *known] { finishVerify(id, serial, result); },
+                                  Qt::QueuedConnection);
+        return;
+    }
+    BoundedListing::start(
+        m_sharedFileSystem, path, kVerifyBound, this,
+        [this, id, serial, path](BoundedListing::Outcome outcome, const QString &error) {
+            switch (outcome) {
+            case BoundedListing::Outcome::Listed:
+                finishVerify(id, serial, VerifyResult::Connected);
+                return;
+            case BoundedListing::Outcome::Failed:
+                finishVerify(id, serial, VerifyResult::Unreadable, error);
+                return;
+            case BoundedListing::Outcome::TimedOut:
+                m_unansweredFolders.insert(path);
+                finishVerify(id, serial, VerifyResult::NotAnswering);
+                return;
+            }
+        },
+        [this, path] { m_unansweredFolders.remove(path); });
+}
+
+void MountEngine::finishVerify(qint64 id, quint64 serial, VerifyResult result, const QString &error)
+{
+    auto it = m_pendingVerifies.find(id);
+    if (it == m_pendingVerifies.end() || it->serial != serial)
+        return;
+    const PendingVerify pending = m_pendingVerifies.take(id);
+    const bool connected = result == VerifyResult::Connected;
+    if (VolumeRecord *record = m_store.find(id)) {
+        const QString &path = pending.path;
+        const bool believed = record->runtime_isMounted_Bool && record->runtime_isReachable_Bool;
+        QString status;
+        QString eventText;
+        switch (result) {
+        case VerifyResult::Connected:
+            status = kVerifiedStatus.arg(path);
+            eventText = kVerifiedEventText + path;
+            break;
+        case VerifyResult::NotMounted:
+            status = kLostStatus;
+            eventText = kLostEventText + path;
+            break;
+        case VerifyResult::NotAnswering:
+            status = kNotAnsweringStatus;
+            eventText = kNotAnsweringEventText.arg(kVerifyBound.count() / 1000).arg(path);
+            break;
+        case VerifyResult::Unreadable:
+            status = kUnreadableStatus.arg(error);
+            eventText = kUnreadableEventText.arg(error, path);
+            break;
+        }
+        Console::line(kVerifyLine.arg(record->displayName(), path, status));
+        record->runtime_status_String = status;
+        if (connected) {
+            record->runtime_isMounted_Bool = true;
+            record->runtime_isReachable_Bool = true;
+        } else {
+            record->runtime_isMounted_Bool = false;
+            record->runtime_isReachable_Bool = false;
+        }
+        if (connected != believed) {
+            if (connected) {
+                addEvent(*record, EVENT_TYPE_ENUM::CONNECTION_SUCCESS, eventText);
+                audit(AuditEventType::mountSuccess, *record, kVerifiedAudit, true);
+            } else {
+                addEvent(*record, EVENT_TYPE_ENUM::CONNECTION_FAILED, eventText);
+                audit(AuditEventType::mountFailure, *record, kLostAudit, false);
+            }
+            m_store.save();
+        }
+        Q_EMIT recordChanged(id);
+        refreshUI();
+    }
+    for (const auto &callback : pending.callbacks)
+        callback(connected);
+    Q_EMIT verifyFinished(id, connected);
 }
 
 // --- Mount table sync ----------------------------------------------------------------------------------
@@ -547,7 +766,12 @@ void MountEngine::syncWithMountTable()
             }
             continue;
         }
-        const QString path = byKnownPath ? record->runtime_computed_mountpoint_String : match->path;
+        if (!record->runtime_isMounted_Bool && isLateMountGuarded(record->internal_ID_Int)) {
+            undoLateMount(record->internal_ID_Int, match->path); // a cancelled mount the platform finished anyway
+            continue;
+        }
+        const QString path =
+            byKnownPath ? record->runtime_computed_mountpoint_String : m_finder->contentPath(match->path, *record);
         Console::line((byKnownPath ? kSyncKnownPathLine : kSyncUrlLine).arg(name, path));
         if (!record->runtime_isMounted_Bool || record->runtime_computed_mountpoint_String != path) {
             record->runtime_isMounted_Bool = true;

@@ -8,10 +8,12 @@
 #include "logging/LogEvent.h"
 
 #include <QHash>
+#include <QSet>
 #include <QObject>
 #include <QString>
 #include <QThreadPool>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -44,6 +46,9 @@ struct MountEngineDependencies
     MountService *mountService = nullptr;
     MountTable *mountTable = nullptr;
     FileSystem *fileSystem = nullptr;
+    // The same file system, jointly owned, for verification listings on detached threads that may outlive
+    // the engine (a hung FUSE path). Null: `fileSystem` is used without ownership.
+    std::shared_ptr<FileSystem> sharedFileSystem;
     CredentialStore *credentials = nullptr;
     // Resolution, TCP probe, Wake-on-LAN and the share URL probe; called on workers only.
     NetworkProbe *network = nullptr;
@@ -147,7 +152,21 @@ public:
 
     // --- Eject, Clean Up, verification ---
     // Ejects on a worker; ejectFinished(id, ok) follows. userInitiated: audit the UNMOUNT_ATTEMPT first.
+    // While a mount of the record is in flight, the eject cancels it instead and reports, when the mount
+    // has ended, what became of it: nothing mounted, a late success unmounted again at once, or (when it
+    // finished before the cancellation reached it) the normal eject of what is mounted. For kLateMountGuard
+    // afterwards a mount of the share that the platform still completes (GVfs may finish a cancelled mount
+    // in its daemon) is unmounted as soon as the mount table shows it, unless a new mount was asked for.
     void eject(qint64 id, bool partOfEjectAll = false, bool userInitiated = false);
+    static constexpr std::chrono::minutes kLateMountGuard{10};
+    static inline const QString kStatusCancellingForEject =
+        QStringLiteral("Eject requested — cancelling the mount in progress");
+    static inline const QString kStatusEjectCancelledMount =
+        QStringLiteral("Ejected — the mount in progress was cancelled, nothing is mounted");
+    static inline const QString kStatusEjectUndidLateMount =
+        QStringLiteral("Ejected — the mount finished after it was cancelled and was unmounted again");
+    static inline const QString kStatusEjectLateMountLeft =
+        QStringLiteral("Eject failed: the mount finished after it was cancelled and could not be unmounted");
     // Whether an eject of the record is running (its unmount may already show in the mount table before
     // ejectFinished arrives).
     bool isEjectInProgress(qint64 id) const { return m_pendingEjects.contains(id); }
@@ -156,10 +175,19 @@ public:
     void ejectAll();
     // The user's Clean Up: removes confirmed ghost folders of the share on a worker; cleanUpFinished(id).
     void cleanUp(qint64 id);
-    // Checks the record's mount point against the mount table (a snapshot, no blocking): sets the
-    // verification status, writes the event and audit entry; on failure clears the mounted flag and saves.
-    // Returns whether the mount is live.
-    bool verify(qint64 id);
+    // Checks the share for real: its mount point must be live in the mount table and its folder must list
+    // within kVerifyBound (on a detached thread: a hung server's FUSE path blocks, a dead one fails). Sets
+    // the verification status; on failure clears the mounted flag and marks the share unreachable. Event,
+    // audit entry and save only when the outcome differs from what the engine believed (mounted and
+    // reachable), so repeated checks add nothing. While an earlier listing of the folder is still stuck,
+    // the answer is "not connected" at once. `done(connected)` and verifyFinished() follow on the main
+    // thread (never inside this call); a verify of a record already being verified joins that check.
+    void verify(qint64 id, std::function<void(bool connected)> done = {});
+    static constexpr std::chrono::milliseconds kVerifyBound{3000};
+    static inline const QString kVerifiedStatus = QStringLiteral("Verified — connected at %1");
+    static inline const QString kLostStatus = QStringLiteral("Connection lost — mount point not found");
+    static inline const QString kNotAnsweringStatus = QStringLiteral("Connection lost — server not answering");
+    static inline const QString kUnreadableStatus = QStringLiteral("Connection lost — mount folder unreadable: %1");
 
     // --- Mount table ---
     // Reconciles the records with the OS mount table; WebDAV records that are listed get their share URL
@@ -183,6 +211,7 @@ Q_SIGNALS:
     void ejectAllFinished();
     void cleanUpFinished(qint64 id);
     void syncFinished();
+    void verifyFinished(qint64 id, bool connected);
     // Records were added, removed or edited (settings).
     void recordsChanged();
     // A record's runtime fields or status changed.
@@ -193,7 +222,22 @@ private:
     {
         std::shared_ptr<MountCancellation> cancellation;
         std::optional<int> timedOutAfterSeconds;
+        bool ejectRequested = false;
     };
+    void finishEjectOfCancelledMount(qint64 id, const MountOutcome &outcome);
+    void completeEject(qint64 id, bool partOfEjectAll, bool ok);
+    bool isLateMountGuarded(qint64 id);
+    void undoLateMount(qint64 id, const QString &path);
+    void onVolumeMounted(const QString &path);
+
+    enum class VerifyResult { Connected, NotMounted, NotAnswering, Unreadable };
+    struct PendingVerify
+    {
+        quint64 serial = 0;
+        QString path;
+        QList<std::function<void(bool)>> callbacks;
+    };
+    void finishVerify(qint64 id, quint64 serial, VerifyResult result, const QString &error = QString());
 
     void applyOutcome(qint64 id, const MountOutcome &outcome);
     void applyEjectOutcome(qint64 id, const EjectOutcome &outcome);
@@ -213,6 +257,12 @@ private:
     QHash<qint64, PendingMount> m_pendingMounts;
     QHash<qint64, bool> m_pendingEjects; // id -> part of eject-all
     QHash<qint64, bool> m_pendingCleanUps;
+    QHash<qint64, std::chrono::steady_clock::time_point> m_lateMountGuards; // id -> until
+    QSet<QString> m_lateMountsBeingUndone;
+    std::shared_ptr<FileSystem> m_sharedFileSystem;
+    QHash<qint64, PendingVerify> m_pendingVerifies;
+    quint64 m_nextVerifySerial = 0;
+    QSet<QString> m_unansweredFolders; // verification listings that have not come back yet
     int m_ejectAllRemaining = 0;
     bool m_ejectAllRunning = false;
     bool m_syncRunning = false;

@@ -11,6 +11,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace {
 // Console lines of the pipeline (texts are part of the behaviour).
 const QString kStartPrefix = QStringLiteral("🚀 [MOUNT] Starting mount process for: ");
@@ -51,6 +53,9 @@ const QString kUnreachableLine = QStringLiteral("❌ [MOUNT] EEXIST path exists 
 const QString kSetMountPointLine = QStringLiteral("📍 [MOUNT] Set runtime_computed_mountpoint_String = '%1'");
 const QString kMountedVolumesLine = QStringLiteral("📍 [MOUNT] Currently mounted volumes:");
 const QString kCancelledLine = QStringLiteral("⏹ [MOUNT] Mount cancelled");
+const QString kLateMountLine = QStringLiteral("⏹ [MOUNT] Mounted at '%1' after it was cancelled — %2");
+const QString kUndone = QStringLiteral("unmounted again");
+const QString kNotUndone = QStringLiteral("unmount failed");
 
 // Status texts.
 const QString kStaleRemovedStatus = QStringLiteral("Removed stale mount point before connecting");
@@ -351,6 +356,15 @@ MountOutcome MountPipeline::run()
         outcome.code = code;
         return stop(outcome);
     }
+    if (cancelled()) {
+        // The platform finished the mount although it was cancelled meanwhile: nobody wants it any more.
+        const QString path = customFolder && !customPath.isEmpty() ? customPath : result.mountPath;
+        outcome.code = code;
+        outcome.lateMountPath = path;
+        outcome.lateMountUndone = !path.isEmpty() && m_ctx.service->unmount(path, true).ok;
+        Console::line(kLateMountLine.arg(path, *outcome.lateMountUndone ? kUndone : kNotUndone));
+        return stop(outcome);
+    }
 
     Console::line(kHandlingPrefix + QString::number(code));
     outcome.code = code;
@@ -392,6 +406,15 @@ MountOutcome MountPipeline::run()
         return outcome;
     }
     applyFailureCode(m_record, code, outcome);
+    const bool authFailure = outcome.eventType == EVENT_TYPE_ENUM::AUTH_FAILED;
+    const auto beyondAscii = [](const QString &text) {
+        return std::any_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() > 0x7f; });
+    };
+    if (authFailure && MountProtocol::isWebDAV(m_record.mounting_using_protocol_Enum) && beyondAscii(password)) {
+        Console::line(kNonAsciiPasswordLine);
+        outcome.status = kNonAsciiPasswordStatus;
+        outcome.eventText = kNonAsciiPasswordStatus;
+    }
     return outcome;
 }
 

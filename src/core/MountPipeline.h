@@ -40,6 +40,10 @@ struct MountOutcome
     std::optional<QUrl> remountUrl;         // set on success
     std::optional<QString> ipAddress;       // the resolved address
     std::optional<QString> cachedPassword;  // the password read from the secret store, for the live record
+    // Cancelled, yet the platform call reported success: that mount was unmounted again at once (true), or
+    // its unmount failed and it is still there (false).
+    std::optional<bool> lateMountUndone;
+    QString lateMountPath;
 };
 
 // A progress report from the worker: a status text and, when known, the resolved address and reachability.
@@ -64,6 +68,12 @@ public:
     static inline const QString kAllowUI = QStringLiteral("AllowUI");
     static inline const QString kNoUI = QStringLiteral("NoUI");
     static inline const QString kLoopbackAddress = QStringLiteral("127.0.0.1");
+    // A WebDAV authentication failure with a password beyond ASCII: GVfs's WebDAV backend cannot send such
+    // a password in basic authentication (the server would accept it), so retrying cannot help.
+    static inline const QString kNonAsciiPasswordStatus = QStringLiteral(
+        "Authentication failed: the mount service cannot send WebDAV passwords with non-ASCII characters");
+    static inline const QString kNonAsciiPasswordLine =
+        QStringLiteral("❌ [MOUNT] WebDAV password has non-ASCII characters, which the mount service cannot send");
 
     struct Context
     {

@@ -139,6 +139,24 @@ QString MountPointFinder::expectedMountPath(const VolumeRecord &record) const
     return volumesFolder() + QLatin1Char('/') + m_service.volumeFolderName(QUrl(text));
 }
 
+QString MountPointFinder::contentPath(const QString &volumeRoot, const VolumeRecord &record) const
+{
+    const QString root = cleaned(volumeRoot);
+    if (!isInsideVolumesFolder(root) || root == cleaned(volumesFolder()))
+        return volumeRoot;
+    const std::optional<VolumeFolderName> named = m_service.parseVolumeFolderName(QFileInfo(root).fileName());
+    if (!named)
+        return volumeRoot;
+    const QString share = trimmedOf(record.volume_String.trimmed(), QLatin1Char('/'));
+    const QString mounted = trimmedOf(named->share, QLatin1Char('/'));
+    QString below;
+    if (mounted.isEmpty())
+        below = share; // the server's root: every path is below it
+    else if (share.startsWith(mounted + QLatin1Char('/'), Qt::CaseInsensitive))
+        below = share.mid(mounted.size() + 1);
+    return below.isEmpty() ? volumeRoot : root + QLatin1Char('/') + below;
+}
+
 int MountPointFinder::nameScore(const QString &entryName, const QString &share, const QString &host, bool log) const
 {
     const QString e = entryName.toLower();
@@ -222,8 +240,9 @@ std::optional<QString> MountPointFinder::discoverMountPoint(const VolumeRecord &
     }
     const QList<Candidate> candidates = scoreCandidates(record, *entries);
     if (!candidates.isEmpty()) {
-        Console::line(kSelectedLine.arg(candidates.first().path));
-        return candidates.first().path;
+        const QString path = contentPath(candidates.first().path, record);
+        Console::line(kSelectedLine.arg(path));
+        return path;
     }
     if (!expected.isEmpty() && m_fs.exists(expected)) {
         Console::line(kExpectedPathLine.arg(expected));
@@ -288,6 +307,21 @@ MountPointFinder::VolumeIndex::VolumeIndex(QList<MountedVolume> volumes)
     }
 }
 
+std::optional<qsizetype> MountPointFinder::VolumeIndex::containing(const QString &path) const
+{
+    // A share's content folder lies a few levels below its volume's root at most.
+    QString p = cleaned(path);
+    for (int depth = 0; depth < 32 && !p.isEmpty() && p != QLatin1String("/"); ++depth) {
+        if (const auto it = m_byPath.constFind(p); it != m_byPath.cend())
+            return *it;
+        const qsizetype slash = p.lastIndexOf(QLatin1Char('/'));
+        if (slash <= 0)
+            break;
+        p.truncate(slash);
+    }
+    return std::nullopt;
+}
+
 std::optional<MountedVolume> MountPointFinder::matchVolume(const VolumeRecord &record,
                                                            const QList<MountedVolume> &volumes, bool *byKnownPath) const
 {
@@ -308,14 +342,19 @@ std::optional<MountedVolume> MountPointFinder::matchVolume(const VolumeRecord &r
     if (isSpecificPath(stored)) {
         if (const auto it = index.m_byPath.constFind(stored); it != index.m_byPath.cend())
             return known(*it);
+        // The share's content folder below its volume's root (a WebDAV or SMB path below the mount).
+        if (isInsideVolumesFolder(stored)) {
+            if (const auto i = index.containing(stored))
+                return known(*i);
+        }
         // A custom folder: the link points at the listed GVfs folder.
         if (!isInsideVolumesFolder(stored) && m_fs.isSymbolicLink(stored)) {
             QString target = m_fs.symbolicLinkTarget(stored);
             if (QDir::isRelativePath(target))
                 target = QFileInfo(stored).absolutePath() + QLatin1Char('/') + target;
             target = cleaned(target);
-            if (const auto it = index.m_byPath.constFind(target); !target.isEmpty() && it != index.m_byPath.cend())
-                return known(*it);
+            if (const auto i = target.isEmpty() ? std::nullopt : index.containing(target))
+                return known(*i);
         }
     }
 
@@ -325,7 +364,11 @@ std::optional<MountedVolume> MountPointFinder::matchVolume(const VolumeRecord &r
     const QStringList schemes = schemesFor(record.mounting_using_protocol_Enum);
     const QString share = trimmedOf(record.volume_String, QLatin1Char('/'));
     for (const VolumeIndex::UrlEntry &entry : *entries) {
-        if (schemes.contains(entry.scheme) && entry.path.startsWith(share, Qt::CaseInsensitive))
+        if (!schemes.contains(entry.scheme))
+            continue;
+        // The mounted path is the share or lies inside it, or the share lies inside what is mounted.
+        if (entry.path.startsWith(share, Qt::CaseInsensitive) || entry.path.isEmpty()
+            || share.startsWith(entry.path + QLatin1Char('/'), Qt::CaseInsensitive))
             return index.m_volumes.at(entry.index);
     }
     return std::nullopt;
@@ -417,7 +460,9 @@ EjectOutcome MountPointFinder::eject(const VolumeRecord &record, bool partOfEjec
     bool byKnownPath = false;
     const std::optional<MountedVolume> match = matchVolume(record, volumes, &byKnownPath);
     QString path = stored;
-    if (match && !byKnownPath && cleaned(match->path) != cleaned(stored)) {
+    // The volume's root is what unmounts: the stored path may be the share's folder below it. (A custom
+    // folder's link stays the path: unmounting it gives the folder back.)
+    if (match && cleaned(match->path) != cleaned(stored) && (!byKnownPath || isInsideVolumesFolder(stored))) {
         path = match->path;
         Console::line(kEjectLivePathLine.arg(path));
     }

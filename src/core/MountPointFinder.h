@@ -89,6 +89,12 @@ public:
     // volumes folder + the folder name the mount service gives the share's URL.
     QString expectedMountPath(const VolumeRecord &record) const;
 
+    // The folder that shows the share's own content, given the root of the volume that holds it: GVfs mounts
+    // an SMB share, or a WebDAV server's collection (its "prefix"), and a share path below that is a
+    // sub-folder of the root. A root not named after a mount, or whose name does not lead to the share, is
+    // returned as it is.
+    QString contentPath(const QString &volumeRoot, const VolumeRecord &record) const;
+
     // Score of one entry name (creation bonus excluded); prints the per-rule lines when `log`.
     int nameScore(const QString &entryName, const QString &share, const QString &host, bool log = false) const;
     // Candidates among `entries` (names in listing order), sorted best first (stable). Reads creation dates.
@@ -124,6 +130,8 @@ public:
         };
         QList<MountedVolume> m_volumes;
         QHash<QString, qsizetype> m_byPath;          // cleaned path -> first volume with it
+        // The volume whose path is `path` or an ancestor of it.
+        std::optional<qsizetype> containing(const QString &path) const;
         QHash<QString, QList<UrlEntry>> m_byHost;    // lower-case host -> entries in table order
     };
     std::optional<MountedVolume> matchVolume(const VolumeRecord &record, const VolumeIndex &index,

@@ -28,19 +28,20 @@ Refusal duplicate(const QString &text, qint64 conflictingId)
 
 } // namespace
 
+QString shareKey(const VolumeRecord &record)
+{
+    const MountUsingProtocol_Enum protocol = record.mounting_using_protocol_Enum;
+    const qint64 port = record.port_Int && *record.port_Int >= 1 ? *record.port_Int : MountProtocol::defaultPort(protocol);
+    // Guests share one marker that no typed user name holds (a control character).
+    const QString user = record.no_password_guest_login != 0 ? QStringLiteral("\1") : record.username_String.trimmed();
+    const QChar separator(0);
+    return QString::number(int(protocol)) + separator + record.hostname_String.trimmed().toLower() + separator
+           + QString::number(port) + separator + trimmedShareName(record.volume_String) + separator + user;
+}
+
 bool isSameShare(const VolumeRecord &a, const VolumeRecord &b)
 {
-    if (a.mounting_using_protocol_Enum != b.mounting_using_protocol_Enum)
-        return false;
-    if (a.hostname_String.trimmed().compare(b.hostname_String.trimmed(), Qt::CaseInsensitive) != 0)
-        return false;
-    if (trimmedShareName(a.volume_String) != trimmedShareName(b.volume_String))
-        return false;
-    const bool guestA = a.no_password_guest_login != 0;
-    const bool guestB = b.no_password_guest_login != 0;
-    if (guestA || guestB)
-        return guestA == guestB;
-    return a.username_String.trimmed() == b.username_String.trimmed();
+    return shareKey(a) == shareKey(b);
 }
 
 std::optional<Refusal> checkAdd(const QList<VolumeRecord> &records, const VolumeRecord &candidate)

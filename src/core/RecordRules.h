@@ -35,8 +35,11 @@ struct Refusal
     QString message() const { return title + QStringLiteral(": ") + text; }
 };
 
-// The same share as far as configuring it goes: host (ignoring case and surrounding blanks), share name
-// (ignoring surrounding blanks and slashes), protocol and user name (guests all count as one user).
+// The same share as far as configuring it goes: protocol, host (ignoring case and surrounding blanks), port
+// (an absent port is the protocol's default), share name (ignoring surrounding blanks and slashes) and user
+// name (guests all count as one user). Every duplicate test (user edits, configuration and CSV import, the
+// legacy importer) goes through shareKey(), so they all agree.
+QString shareKey(const VolumeRecord &record);
 bool isSameShare(const VolumeRecord &a, const VolumeRecord &b);
 
 // Adding `candidate` to `records`: refused when one of them is the same share.

@@ -56,6 +56,7 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     deps.mountService = m_ports.mountService.get();
     deps.mountTable = m_ports.mountTable.get();
     deps.fileSystem = m_ports.fileSystem.get();
+    deps.sharedFileSystem = m_ports.fileSystem;
     deps.credentials = m_credentials.get();
     deps.network = m_ports.networkProbe.get();
     deps.pools = m_pools.get();

@@ -526,7 +526,7 @@ ConfigurationManager::Result<ImportResult> ConfigurationManager::importConfigura
     // Shares.
     QHash<QString, qint64> local;
     for (const VolumeRecord &r : store.records())
-        local.insert(duplicateKey(r.hostname_String, r.volume_String), r.internal_ID_Int);
+        local.insert(duplicateKey(r), r.internal_ID_Int);
     QHash<qint64, qint64> idMap; // file id -> local id
     QList<VolumeRecord> added;
     QList<qint64> addedFileIds;
@@ -534,7 +534,7 @@ ConfigurationManager::Result<ImportResult> ConfigurationManager::importConfigura
     for (const QJsonValue &v : root.value(QStringLiteral("shares")).toArray()) {
         VolumeRecord incoming = *shareFromJson(v.toObject());
         const qint64 fileId = incoming.internal_ID_Int;
-        const QString key = duplicateKey(incoming.hostname_String, incoming.volume_String);
+        const QString key = duplicateKey(incoming);
         const auto dup = local.constFind(key);
         if (dup != local.cend()) {
             if (!idMap.contains(fileId))
@@ -679,11 +679,11 @@ void ConfigurationManager::importCsv(const QString &text, std::function<void(con
         warnings.append({parsed.warningLines.at(i), parsed.warnings.at(i)});
     QSet<QString> existing;
     for (const VolumeRecord &r : m_deps.engine->store().records())
-        existing.insert(duplicateKey(r.hostname_String, r.volume_String));
+        existing.insert(duplicateKey(r));
     QList<VolumeRecord> records;
     QList<std::optional<QString>> passwords;
     for (const ShareCsv::Row &row : parsed.rows) {
-        const QString key = duplicateKey(row.record.hostname_String, row.record.volume_String);
+        const QString key = duplicateKey(row.record);
         if (existing.contains(key)) {
             warnings.append({row.line, ShareCsv::kDuplicateShare.arg(row.line).arg(row.record.hostname_String,
                                                                                    row.record.volume_String)});

@@ -2,6 +2,7 @@
 
 #include "Configuration.h"
 #include "ExchangePolicy.h"
+#include "core/RecordRules.h"
 
 #include <QJsonObject>
 #include <QList>
@@ -122,7 +123,7 @@ public:
         QString password;
     };
     void storePasswords(QList<Secret> secrets, std::function<void(int stored, int failed)> done);
-    static QString duplicateKey(const QString &host, const QString &share) { return host + QChar(0) + share; }
+    static QString duplicateKey(const VolumeRecord &record) { return RecordRules::shareKey(record); }
 
     MountEngine &engine() const { return *m_deps.engine; }
     ShareSetManager &sets() const { return *m_deps.sets; }

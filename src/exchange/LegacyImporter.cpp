@@ -130,13 +130,13 @@ void LegacyImporter::importFile(const QString &path, std::function<void(const Su
     }
     QHash<QString, qint64> local;
     for (const VolumeRecord &r : engine.store().records())
-        local.insert(ConfigurationManager::duplicateKey(r.hostname_String, r.volume_String), r.internal_ID_Int);
+        local.insert(ConfigurationManager::duplicateKey(r), r.internal_ID_Int);
     QHash<qint64, qint64> idMap; // id in the file -> id here
     QList<VolumeRecord> added;
     QList<qint64> addedOldIds;
     QList<std::optional<QString>> addedPasswords;
     for (VolumeRecord &record : decoded) {
-        const QString key = ConfigurationManager::duplicateKey(record.hostname_String, record.volume_String);
+        const QString key = ConfigurationManager::duplicateKey(record);
         if (const auto it = local.constFind(key); it != local.cend()) {
             if (*it >= 0)
                 idMap.insert(record.internal_ID_Int, *it);

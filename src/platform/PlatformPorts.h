@@ -38,7 +38,8 @@ struct PlatformPorts
     std::unique_ptr<Clock> clock;
     std::unique_ptr<MountTable> mountTable;
     std::unique_ptr<MountService> mountService;
-    std::unique_ptr<FileSystem> fileSystem;
+    // Shared: a verification listing of a hung FUSE folder runs on a thread that may outlive everything else.
+    std::shared_ptr<FileSystem> fileSystem;
     std::unique_ptr<SecretStore> secretStore;
     std::unique_ptr<WifiNetwork> wifi;
     std::unique_ptr<SleepMonitor> sleepMonitor;

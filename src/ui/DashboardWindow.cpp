@@ -269,10 +269,14 @@ void DashboardWindow::verifySelected()
     const qint64 id = selectedId();
     if (!id)
         return;
-    // A snapshot of the mount table: nothing blocks.
-    const bool live = m_context.engine->verify(id);
-    if (const VolumeRecord *r = m_context.engine->record(id))
-        setStatusMessage(live ? r->runtime_status_String : tr("%1 is no longer mounted.").arg(r->displayName()));
+    // A bounded check on a worker; the answer comes back here.
+    const QPointer<DashboardWindow> self(this);
+    m_context.engine->verify(id, [self, id](bool) {
+        if (!self)
+            return;
+        if (const VolumeRecord *r = self->m_context.engine->record(id))
+            self->setStatusMessage(r->runtime_status_String); // says connected or why not
+    });
 }
 
 void DashboardWindow::addShare()

@@ -2,6 +2,7 @@
 // Samba on loopback and the NetworkManager/logind mocks of the private system bus. A private smbd (same
 // shares as the stack's, its own port) is killed and restarted here; the stack's own smbd is left alone.
 #include "support/linux/LinuxEngineHarness.h"
+#include "support/linux/PrivateSmbd.h"
 #include "support/linux/TestStack.h"
 
 #include "base/Preferences.h"
@@ -9,9 +10,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -21,86 +20,6 @@
 using namespace TestStack;
 
 namespace {
-
-// An smbd of this test only: the stack's configuration with its own port, state folders and log, in a
-// process group of its own so that killing it takes the per-connection children along (a crash).
-class PrivateSmbd
-{
-public:
-    bool prepare()
-    {
-        QFile stackConf(env("TW_SMB_CONF"));
-        if (!m_dir.isValid() || !stackConf.open(QIODevice::ReadOnly))
-            return false;
-        m_port = freePort();
-        const QString d = m_dir.path();
-        QStringList lines;
-        for (const QString &line : QString::fromUtf8(stackConf.readAll()).split(QLatin1Char('\n'))) {
-            const QString key = line.section(QLatin1Char('='), 0, 0).trimmed();
-            static const QStringList dirs{QStringLiteral("lock directory"), QStringLiteral("state directory"),
-                                          QStringLiteral("cache directory"), QStringLiteral("private dir"),
-                                          QStringLiteral("pid directory"), QStringLiteral("ncalrpc dir")};
-            if (key == QLatin1String("smb ports"))
-                lines.append(QStringLiteral("  smb ports = %1").arg(m_port));
-            else if (dirs.contains(key))
-                lines.append(QStringLiteral("  %1 = %2/%3").arg(key, d, QString(key).replace(QLatin1Char(' '), QLatin1Char('_'))));
-            else if (key == QLatin1String("passdb backend"))
-                lines.append(QStringLiteral("  passdb backend = tdbsam:%1/passdb.tdb").arg(d));
-            else if (key == QLatin1String("log file"))
-                lines.append(QStringLiteral("  log file = %1/smbd.log").arg(d));
-            else
-                lines.append(line);
-        }
-        for (const QString &sub : {QStringLiteral("lock_directory"), QStringLiteral("state_directory"),
-                                   QStringLiteral("cache_directory"), QStringLiteral("private_dir"),
-                                   QStringLiteral("pid_directory"), QStringLiteral("ncalrpc_dir")})
-            QDir().mkpath(d + QLatin1Char('/') + sub);
-        m_conf = d + QStringLiteral("/smb.conf");
-        QFile conf(m_conf);
-        if (!conf.open(QIODevice::WriteOnly))
-            return false;
-        conf.write(lines.join(QLatin1Char('\n')).toUtf8());
-        return true;
-    }
-
-    bool start()
-    {
-        m_process = std::make_unique<QProcess>();
-        m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process->setStandardOutputFile(m_dir.path() + QStringLiteral("/smbd.stdout"));
-        m_process->setChildProcessModifier([] { ::setsid(); });
-        m_process->start(QStringLiteral("/usr/sbin/smbd"),
-                         {QStringLiteral("--foreground"), QStringLiteral("--no-process-group"),
-                          QStringLiteral("--configfile=") + m_conf});
-        if (!m_process->waitForStarted(5000))
-            return false;
-        for (int i = 0; i < 150; ++i) {
-            if (listening(m_port))
-                return true;
-            QTest::qWait(100);
-        }
-        return false;
-    }
-
-    // Like a crash: the whole process group at once, no goodbye to the clients.
-    void kill()
-    {
-        if (!m_process || m_process->state() == QProcess::NotRunning)
-            return;
-        ::kill(-pid_t(m_process->processId()), SIGKILL);
-        m_process->waitForFinished(10000);
-    }
-
-    ~PrivateSmbd() { kill(); }
-
-    quint16 port() const { return m_port; }
-
-private:
-    QTemporaryDir m_dir;
-    QString m_conf;
-    quint16 m_port = 0;
-    std::unique_ptr<QProcess> m_process;
-};
 
 // The engine and scheduler over the real ports; auto-mount guest shares of the stack's Samba host.
 struct KeepMounted : LinuxEngineHarness

@@ -60,7 +60,7 @@ private Q_SLOTS:
         QCOMPARE(server.readAll(), QByteArray("through the engine"));
         server.remove();
 
-        QVERIFY(e.engine->verify(id));
+        QVERIFY(e.verifyAndWait(id));
         QVERIFY(e.ejectAndWait(id));
         QCOMPARE(e.record(id).runtime_status_String, QStringLiteral("Ejected"));
         QVERIFY(!e.record(id).runtime_isMounted_Bool);

@@ -136,6 +136,16 @@ bool EngineHarnessBase::syncAndWait(int timeoutMs)
     return true;
 }
 
+bool EngineHarnessBase::verifyAndWait(qint64 id, int timeoutMs)
+{
+    QSignalSpy spy(engine, &MountEngine::verifyFinished);
+    engine->verify(id);
+    if (!spy.wait(waitMs(timeoutMs)))
+        return false;
+    settle();
+    return spy.first().at(1).toBool();
+}
+
 bool EngineHarnessBase::cleanUpAndWait(qint64 id, int timeoutMs)
 {
     QSignalSpy spy(engine, &MountEngine::cleanUpFinished);

@@ -49,6 +49,8 @@ public:
     bool ejectAndWait(qint64 id, bool partOfEjectAll = false, int timeoutMs = 0);
     bool syncAndWait(int timeoutMs = 0);
     bool cleanUpAndWait(qint64 id, int timeoutMs = 0);
+    // The engine's bounded verification; its answer (false also when none came in time).
+    bool verifyAndWait(qint64 id, int timeoutMs = 0);
     void ejectEverythingMounted();
     // Lets queued results (progress, audit insertions) arrive.
     void settle(int ms = 20);

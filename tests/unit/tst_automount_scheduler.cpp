@@ -175,6 +175,53 @@ private Q_SLOTS:
         QVERIFY(f.mounted(id));
     }
 
+    void serverReturnIsNoticedBeforeTheTick()
+    {
+        Fixture f;
+        const qint64 id = f.addAuto();
+        f.edit(id, [](VolumeRecord &r) { r.port_Int = 1445; });
+        const qint64 manual = f.add(MountUsingProtocol_Enum::SMB, QStringLiteral("manual"));
+        f.tick();
+        QVERIFY(f.mounted(id));
+
+        // The server goes: the tick's liveness check drops the mount, and its return is watched from now.
+        f.setServerUp(false);
+        f.network.setConnectResult(NetworkProbe::Connect::Failed);
+        f.service.setDefaultResult(MountResult{64, QStringLiteral("host is down"), {}});
+        QSignalSpy lost(f.scheduler, &AutoMountScheduler::serverLost);
+        f.tick();
+        QTRY_COMPARE(lost.size(), 1);
+        f.drain();
+        QVERIFY(!f.mounted(id));
+        QVERIFY(f.scheduler->isAwaitingServer(id));
+        QVERIFY(!f.scheduler->isAwaitingServer(manual));
+        const int ticks = f.scheduler->tickCount();
+        const qsizetype mountsBefore = f.service.mountCalls().size();
+        f.network.clearConnectCalls();
+        for (int i = 0; i < 3; ++i) {
+            f.clock.advance(AutoMountScheduler::kReturnProbePeriod);
+            f.drain();
+        }
+        // One light probe every period, of that share's host and port only; no mount while nobody answers.
+        QCOMPARE(f.network.connectCalls(), QStringList(3, QStringLiteral("127.0.0.1:1445")));
+        QCOMPARE(f.service.mountCalls().size(), mountsBefore);
+
+        // Back: mounted within one probe period, not at the next tick.
+        f.setServerUp(true);
+        f.network.setConnectResult(NetworkProbe::Connect::Connected);
+        f.service.setDefaultResult(MountResult{});
+        f.clock.advance(AutoMountScheduler::kReturnProbePeriod);
+        QTRY_VERIFY(f.mounted(id));
+        QCOMPARE(f.scheduler->tickCount(), ticks);
+        QVERIFY(f.hasLine(AutoMountScheduler::kServerBackLine.arg(QStringLiteral("docs"), kHost).arg(1445)));
+        QVERIFY(!f.scheduler->isAwaitingServer(id));
+        // Mounted again: the watch is over.
+        f.network.clearConnectCalls();
+        f.clock.advance(2 * AutoMountScheduler::kReturnProbePeriod);
+        f.drain();
+        QVERIFY(f.network.connectCalls().isEmpty());
+    }
+
     void pause()
     {
         Fixture f;

@@ -28,6 +28,7 @@ QJsonObject share(qint64 id, const QString &host, const QString &name, const QSt
                        {QStringLiteral("shareName"), name},
                        {QStringLiteral("nickname"), nickname},
                        {QStringLiteral("username"), QStringLiteral("u")},
+                       {QStringLiteral("guest"), true}, // as the harness's shares: duplicates compare the user
                        {QStringLiteral("protocolType"), QStringLiteral("SMB")},
                        {QStringLiteral("mountInVolumes"), true},
                        {QStringLiteral("customMountPoint"), QString()},
@@ -238,6 +239,7 @@ void TestConfiguration::updateKeepsIdentityAndLockedRecords()
     const qint64 mine = f.h.addRecord([](VolumeRecord &r) {
         r.hostname_String = QStringLiteral("srv");
         r.volume_String = QStringLiteral("mine");
+        r.port_Int = 8445;
         r.credentialAccountOverride = QStringLiteral("volume_record_duplicate_6B1D1A6E-9C2F-4E4B-8F1E-0D5C7A3B2E11");
         r._cachedPassword = QStringLiteral("keep-me");
     });
@@ -249,15 +251,21 @@ void TestConfiguration::updateKeepsIdentityAndLockedRecords()
     });
     QJsonObject changed = share(40, QStringLiteral("srv"), QStringLiteral("mine"), QStringLiteral("New name"));
     changed.insert(QStringLiteral("port"), 8445);
+    changed.insert(QStringLiteral("group"), QStringLiteral("G"));
+    // The same share on another port is another share: added, not merged into "mine".
+    QJsonObject otherPort = share(42, QStringLiteral("srv"), QStringLiteral("mine"), QStringLiteral("Other port"));
+    otherPort.insert(QStringLiteral("port"), 9445);
     const auto result = f.config->importConfiguration(
-        file(QJsonArray{changed, share(41, QStringLiteral("srv"), QStringLiteral("managed"), QStringLiteral("Hijack"))}),
+        file(QJsonArray{changed, share(41, QStringLiteral("srv"), QStringLiteral("managed"), QStringLiteral("Hijack")),
+                        otherPort}),
         ImportMode::Update);
     QVERIFY(result.ok());
     QCOMPARE(result.value.sharesUpdated, 1);
     QCOMPARE(result.value.sharesSkipped, 1);
+    QCOMPARE(result.value.sharesImported, 1);
     const VolumeRecord *r = f.h.engine->record(mine);
     QCOMPARE(r->nickname_String, QStringLiteral("New name"));
-    QCOMPARE(r->port_Int, std::optional<qint64>(8445));
+    QCOMPARE(r->group_String, QStringLiteral("G"));
     QCOMPARE(r->_cachedPassword, std::optional<QString>(QStringLiteral("keep-me")));
     QVERIFY(r->credentialAccountOverride.has_value());
     QCOMPARE(f.h.engine->record(managed)->nickname_String, QStringLiteral("IT"));

@@ -431,13 +431,21 @@ void TestControl::serviceMountAndSignals()
     QCOMPARE(events.first().toObject().value(QStringLiteral("recordId")).toInteger(), id);
     QVERIFY(parseArray(service.eventLog(0).value).size() >= 1);
 
-    QVERIFY(service.verify(id).value);
+    // The verification answers later, from its bounded check.
+    const auto verified = [&service](qint64 share) {
+        std::optional<ControlService::Result<bool>> answer;
+        service.verify(share, [&answer](const ControlService::Result<bool> &r) { answer = r; });
+        if (!QTest::qWaitFor([&answer] { return answer.has_value(); }, 10000))
+            return false;
+        return answer->ok() && answer->value;
+    };
+    QVERIFY(verified(id));
     QSignalSpy ejected(service.adaptor(), &Control1Adaptor::EjectFinished);
     QVERIFY(service.eject(id).ok());
     QTRY_COMPARE_WITH_TIMEOUT(ejected.size(), 1, 10000);
     QCOMPARE(ejected.first().at(1).toBool(), true);
     QVERIFY(!h.engine->record(id)->runtime_isMounted_Bool);
-    QVERIFY(!service.verify(id).value);
+    QVERIFY(!verified(id));
 }
 
 void TestControl::serviceAuditExport()
@@ -541,6 +549,15 @@ void TestControl::overTheBus()
         QCOMPARE(duplicate.error().name(), ControlNames::kErrorDuplicate);
         QVERIFY2(duplicate.error().message().startsWith(QLatin1String("Duplicate share: smb://nas/pub")),
                  qPrintable(duplicate.error().message()));
+
+        // A delayed reply: the answer of the bounded check (not mounted), and an unknown share as an error.
+        QDBusPendingReply<bool> verified = proxy.Verify(added.value());
+        QTRY_VERIFY(verified.isFinished());
+        QVERIFY2(!verified.isError(), qPrintable(verified.error().message()));
+        QCOMPARE(verified.value(), false);
+        QDBusPendingReply<bool> verifiedUnknown = proxy.Verify(99);
+        QTRY_VERIFY(verifiedUnknown.isFinished());
+        QCOMPARE(verifiedUnknown.error().name(), ControlNames::kErrorUnknownShare);
 
         QDBusPendingReply<> unknown = proxy.Mount(99);
         QTRY_VERIFY(unknown.isFinished());

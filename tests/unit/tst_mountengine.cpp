@@ -36,6 +36,41 @@ class TestMountEngine : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void nonAsciiWebDavPassword_data()
+    {
+        QTest::addColumn<int>("protocol");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("status");
+        const QString nonAscii = MountPipeline::kNonAsciiPasswordStatus;
+        const int dav = int(MountUsingProtocol_Enum::WebDAV);
+        QTest::newRow("WebDAV, umlaut") << dav << QStringLiteral("pässwort") << 80 << nonAscii;
+        QTest::newRow("WebDAVS, euro sign, denied") << int(MountUsingProtocol_Enum::WebDAVS) << QStringLiteral("x€") << 13 << nonAscii;
+        QTest::newRow("WebDAV, ASCII") << dav << QStringLiteral("password") << 80 << QStringLiteral("Authentication failed");
+        QTest::newRow("SMB, umlaut") << int(MountUsingProtocol_Enum::SMB) << QStringLiteral("pässwort") << 80
+                                     << QStringLiteral("Authentication failed");
+        QTest::newRow("WebDAV, umlaut, not an auth failure") << dav << QStringLiteral("pässwort") << 64
+                                                             << QStringLiteral("Host is down (code 64)");
+    }
+    void nonAsciiWebDavPassword()
+    {
+        QFETCH(int, protocol);
+        QFETCH(QString, password);
+        QFETCH(int, code);
+        QFETCH(QString, status);
+        EngineHarness h;
+        const qint64 id = h.addRecord([&](VolumeRecord &r) {
+            r.mounting_using_protocol_Enum = MountUsingProtocol_Enum(protocol);
+            r.no_password_guest_login = 0;
+            r.username_String = QStringLiteral("alice");
+            r._cachedPassword = password;
+        });
+        h.service.setDefaultResult(MountResult{code, QStringLiteral("refused"), {}});
+        QCOMPARE(h.mountAndWait(id), code);
+        QCOMPARE(h.record(id).runtime_status_String, status);
+        QVERIFY(!h.console().join(QLatin1Char('\n')).contains(password)); // never in clear
+    }
+
     void responseCodeTable_data()
     {
         QTest::addColumn<QString>("host");
@@ -386,7 +421,7 @@ private Q_SLOTS:
         QVERIFY(h.record(id).runtime_isMounted_Bool);
         QVERIFY(QFileInfo(folder).isSymLink());
         QCOMPARE(h.hasLine(QStringLiteral("🧹 [GHOST] Removed ghost mount point: '") + folder + QLatin1Char('\'')), kind == 4);
-        QVERIFY(h.engine->verify(id));
+        QVERIFY(h.verifyAndWait(id));
         // Eject puts the empty folder back (the service removes its link).
         QVERIFY(h.ejectAndWait(id));
         QVERIFY(QFileInfo(folder).isDir() && !QFileInfo(folder).isSymLink());

@@ -9,7 +9,52 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <condition_variable>
+#include <mutex>
+
 namespace {
+// The fake platform's file system, except that listing a chosen folder hangs until released (a FUSE path
+// of a stopped server).
+class HangingFileSystem : public LocalFileSystem
+{
+public:
+    using LocalFileSystem::LocalFileSystem;
+    std::optional<QStringList> list(const QString &directory, QString *error) const override
+    {
+        {
+            std::unique_lock lock(m_mutex);
+            if (QDir::cleanPath(directory) == m_hanging)
+                ++m_hungCalls;
+            m_released.wait(lock, [&] { return QDir::cleanPath(directory) != m_hanging; });
+        }
+        return LocalFileSystem::list(directory, error);
+    }
+    void hang(const QString &path)
+    {
+        std::lock_guard lock(m_mutex);
+        m_hanging = QDir::cleanPath(path);
+    }
+    void release()
+    {
+        {
+            std::lock_guard lock(m_mutex);
+            m_hanging.clear();
+        }
+        m_released.notify_all();
+    }
+    int hungCalls() const
+    {
+        std::lock_guard lock(m_mutex);
+        return m_hungCalls;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    mutable std::condition_variable m_released;
+    QString m_hanging;
+    mutable int m_hungCalls = 0;
+};
+
 UnmountResult failure(int errnoValue, const QString &text)
 {
     return {false, errnoValue, text};
@@ -178,6 +223,98 @@ private Q_SLOTS:
             QVERIFY(QFileInfo(live).isDir()); // the live folder (empty, but mounted) stays
     }
 
+    void ejectDuringMount_data()
+    {
+        QTest::addColumn<bool>("completesAnyway"); // the platform call reports success although cancelled
+        QTest::addColumn<QString>("status");
+        QTest::newRow("cancelled in time") << false << MountEngine::kStatusEjectCancelledMount;
+        QTest::newRow("finished as it was cancelled") << true << MountEngine::kStatusEjectUndidLateMount;
+    }
+    void ejectDuringMount()
+    {
+        QFETCH(bool, completesAnyway);
+        QFETCH(QString, status);
+        EngineHarness h;
+        const qint64 id = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("docs"));
+        const QUrl url(h.record(id).mountURLText());
+        h.service.setBlocking(url);
+        h.service.setCompletesDespiteCancel(completesAnyway);
+        QSignalSpy mounted(h.engine, &MountEngine::mountFinished);
+        h.engine->mount(id);
+        QVERIFY(h.service.waitForBlocked(1, 5000));
+
+        QVERIFY(h.ejectAndWait(id));
+        QCOMPARE(mounted.size(), 1);
+        QCOMPARE(mounted.first().at(1).toInt(), 89);
+        QCOMPARE(h.record(id).runtime_status_String, status);
+        QVERIFY(!h.record(id).runtime_isMounted_Bool);
+        QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS);
+        QCOMPARE(h.audits().first().eventType, AuditEventType::unmountSuccess);
+        // What the late success put there was unmounted again at once.
+        const QString folder = h.volumePath(h.service.volumeFolderName(url));
+        QCOMPARE(h.service.unmountCalls().size(), completesAnyway ? 1 : 0);
+        QCOMPARE(h.table.mountedVolumes().isEmpty(), true);
+
+        // The daemon finishes the cancelled mount later still: it goes as soon as the table shows it.
+        h.service.clearCalls();
+        h.table.addVolume({folder, url, false});
+        QTRY_COMPARE(h.service.unmountCalls().size(), 1);
+        QCOMPARE(h.service.unmountCalls().first().path, folder);
+        QTRY_VERIFY(h.table.mountedVolumes().isEmpty() || !h.record(id).runtime_isMounted_Bool);
+        QVERIFY(!h.record(id).runtime_isMounted_Bool);
+
+        // Asked for again, the share is mounted and stays so.
+        h.service.setBlocking(url, false);
+        h.service.setCompletesDespiteCancel(false);
+        h.table.setVolumes({});
+        QCOMPARE(h.mountAndWait(id), 0);
+        QVERIFY(h.record(id).runtime_isMounted_Bool);
+        h.settle(50);
+        QCOMPARE(h.service.unmountCalls().size(), 1);
+    }
+
+    void verificationOfAHungOrBrokenFolder()
+    {
+        std::shared_ptr<HangingFileSystem> fs;
+        EngineHarness h(EngineHarness::ConsoleMode::Capture, EngineHarness::defaultOptions(), [&fs](PlatformPorts &ports) {
+            fs = std::make_shared<HangingFileSystem>(ports.fileSystem->volumesFolder());
+            ports.fileSystem = fs;
+        });
+        const qint64 id = mounted(h);
+        const QString path = h.record(id).runtime_computed_mountpoint_String;
+        h.engine->updateRuntime(id, [](VolumeRecord &r) { r.runtime_isReachable_Bool = true; });
+        const qsizetype events = h.events().size();
+        const qsizetype audits = h.audits().size();
+
+        fs->hang(path);
+        QVERIFY(!h.verifyAndWait(id, 10000)); // answered by the bound, not by the listing
+        QCOMPARE(h.record(id).runtime_status_String, MountEngine::kNotAnsweringStatus);
+        QVERIFY(!h.record(id).runtime_isReachable_Bool);
+        QCOMPARE(h.events().size(), events + 1);
+        QCOMPARE(h.events().first().eventMessage,
+                 QStringLiteral("CONNECTION_FAILED: Verification failed — no answer within 3 s from ") + path);
+        QCOMPARE(h.audits().size(), audits + 1);
+        // Still hanging: not connected at once, no second listing, nothing written again.
+        QVERIFY(!h.verifyAndWait(id, 1000));
+        QCOMPARE(fs->hungCalls(), 1);
+        QCOMPARE(h.events().size(), events + 1);
+        QCOMPARE(h.audits().size(), audits + 1);
+
+        // The folder answers again: the next check sees it, and that change is written once.
+        fs->release();
+        QTRY_VERIFY_WITH_TIMEOUT(h.verifyAndWait(id), 5000);
+        QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Verified — connected at ") + path);
+        QCOMPARE(h.events().size(), events + 2);
+        QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::CONNECTION_SUCCESS);
+
+        // Listed in the table, but the folder cannot be read (a dead server's FUSE path fails).
+        QVERIFY(QDir(path).removeRecursively());
+        QVERIFY(!h.verifyAndWait(id));
+        QVERIFY2(h.record(id).runtime_status_String.startsWith(QStringLiteral("Connection lost — mount folder unreadable: ")),
+                 qPrintable(h.record(id).runtime_status_String));
+        QCOMPARE(h.events().size(), events + 3);
+    }
+
     void verificationAndSyncOfAMountedShare()
     {
         EngineHarness h;
@@ -188,19 +325,31 @@ private Q_SLOTS:
         QVERIFY(h.syncAndWait());
         QVERIFY(h.record(id).runtime_isMounted_Bool);
         QVERIFY(h.hasLine(QStringLiteral("🔄 [SYNC] 'docs' matched via known path '") + path + QLatin1Char('\'')));
-        QVERIFY(h.engine->verify(id));
-        QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Verified — connected at ") + path);
+        // Believed unreachable: the check that finds it answering is a change, written once.
+        h.engine->updateRuntime(id, [](VolumeRecord &r) { r.runtime_isReachable_Bool = false; });
+        const qsizetype events = h.events().size();
+        const qsizetype audits = h.audits().size();
+        for (int round = 0; round < 3; ++round) {
+            QVERIFY(h.verifyAndWait(id));
+            QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Verified — connected at ") + path);
+        }
+        QCOMPARE(h.events().size(), events + 1);
         QCOMPARE(h.events().first().eventMessage, QStringLiteral("CONNECTION_SUCCESS: Connection verified at ") + path);
+        QCOMPARE(h.audits().size(), audits + 1);
         QCOMPARE(h.audits().first().details, QStringLiteral("Mount verification success"));
 
-        // Gone from the table: verification fails and clears the flag; so does the sync, with its line.
+        // Gone from the table: verification fails and clears the flag, once; so does the sync, with its line.
         h.table.setVolumes({});
-        QVERIFY(!h.engine->verify(id));
-        QVERIFY(!h.record(id).runtime_isMounted_Bool);
-        QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Connection lost — mount point not found"));
+        for (int round = 0; round < 3; ++round) {
+            QVERIFY(!h.verifyAndWait(id));
+            QVERIFY(!h.record(id).runtime_isMounted_Bool);
+            QCOMPARE(h.record(id).runtime_status_String, QStringLiteral("Connection lost — mount point not found"));
+        }
+        QCOMPARE(h.events().size(), events + 2);
         QCOMPARE(h.events().first().event_type_Enum, EVENT_TYPE_ENUM::CONNECTION_FAILED);
         QCOMPARE(h.events().first().eventMessage,
                  QStringLiteral("CONNECTION_FAILED: Verification failed — no live mount at ") + path);
+        QCOMPARE(h.audits().size(), audits + 2);
         QCOMPARE(h.audits().first().details, QStringLiteral("Mount verification failure"));
         h.engine->updateRuntime(id, [](VolumeRecord &r) { r.runtime_isMounted_Bool = true; });
         QVERIFY(h.syncAndWait());
@@ -382,8 +531,14 @@ private Q_SLOTS:
 
         const qint64 a = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("a"));
         const qint64 b = h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("b"));
-        h.engine->verify(a);
-        h.engine->verify(b);
+        // A verification that finds a believed mount gone writes one event for each.
+        for (qint64 id : {a, b}) {
+            h.engine->updateRuntime(id, [](VolumeRecord &r) {
+                r.runtime_isMounted_Bool = true;
+                r.runtime_isReachable_Bool = true;
+            });
+            QVERIFY(!h.verifyAndWait(id));
+        }
         QVERIFY(h.engine->removeRecord(a).removed);
         QVERIFY(h.engine->record(a) == nullptr);
         for (const LogEvent &e : h.events())

@@ -242,6 +242,57 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(custom).isDir() && !QFileInfo(custom).isSymLink());
     }
 
+    void contentPath_data()
+    {
+        QTest::addColumn<QString>("root");  // entry of the volumes folder
+        QTest::addColumn<QString>("share"); // the record's share name (path)
+        QTest::addColumn<QString>("below"); // expected sub-folder of the root ("" : the root itself)
+        const QString smb = QStringLiteral("smb-share:port=1445,server=h,share=public");
+        const QString dav = QStringLiteral("dav:host=h,port=80,ssl=false,prefix=%2Fpublic");
+        QTest::newRow("smb share") << smb << "public" << "";
+        QTest::newRow("smb path below the share") << smb << "/public/sub/dir/" << "sub/dir";
+        QTest::newRow("dav collection") << dav << "public" << "";
+        QTest::newRow("dav path below the collection") << dav << "public/deep/er" << "deep/er";
+        QTest::newRow("dav path, other case") << dav << "Public/deep" << "deep";
+        QTest::newRow("dav server root") << "dav:host=h,ssl=false" << "docs/a" << "docs/a";
+        QTest::newRow("prefix that is not the share's") << dav << "publicity/x" << "";
+        QTest::newRow("not a mount's name") << "Data2" << "public/x" << "";
+    }
+    void contentPath()
+    {
+        QFETCH(QString, root);
+        QFETCH(QString, share);
+        QFETCH(QString, below);
+        Rig<ScriptedFileSystem> r;
+        const QString rootPath = *gvfsPath(root);
+        const QString expected = below.isEmpty() ? rootPath : rootPath + QLatin1Char('/') + below;
+        VolumeRecord record = smbRecord(QStringLiteral("h"), share);
+        QCOMPARE(r.finder.contentPath(rootPath, record), expected);
+
+        // That folder matches its volume by known path, and the volume is live beneath it.
+        record.runtime_computed_mountpoint_String = expected;
+        const QList<MountedVolume> volumes{{rootPath, std::nullopt, false}};
+        bool known = false;
+        QCOMPARE(r.finder.matchVolume(record, volumes, &known)->path, rootPath);
+        QVERIFY(known);
+        QVERIFY(r.finder.isLiveMount(expected, volumes));
+    }
+
+    void matchVolumeOfAPathBelowTheMount()
+    {
+        Rig<ScriptedFileSystem> r;
+        VolumeRecord record = smbRecord(QStringLiteral("h"), QStringLiteral("public/deep"));
+        record.mounting_using_protocol_Enum = MountUsingProtocol_Enum::WebDAV;
+        const QString root = *gvfsPath(QStringLiteral("dav:host=h,ssl=false,prefix=%2Fpublic"));
+        // By its remount URL (after a restart nothing is stored): the share lies inside the mounted collection.
+        const QList<MountedVolume> volumes{{*gvfsPath(QStringLiteral("dav:host=h,ssl=false,prefix=%2Fpub")),
+                                            QUrl(QStringLiteral("dav://h/pub")), false},
+                                           {root, QUrl(QStringLiteral("dav://h/public")), false}};
+        QCOMPARE(r.finder.matchVolume(record, volumes)->path, root);
+        record.volume_String = QStringLiteral("other/deep");
+        QVERIFY(!r.finder.matchVolume(record, volumes).has_value());
+    }
+
     void matchVolume()
     {
         QTemporaryDir dir;

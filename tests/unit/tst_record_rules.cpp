@@ -58,6 +58,8 @@ void TestRecordRules::sameShare_data()
     QTest::newRow("other protocol")
         << RecordEdit([](VolumeRecord &r) { r.mounting_using_protocol_Enum = MountUsingProtocol_Enum::AFP; }) << false;
     QTest::newRow("other user") << RecordEdit([](VolumeRecord &r) { r.username_String = QStringLiteral("bob"); }) << false;
+    QTest::newRow("other port") << RecordEdit([](VolumeRecord &r) { r.port_Int = 1445; }) << false;
+    QTest::newRow("default port spelled out") << RecordEdit([](VolumeRecord &r) { r.port_Int = 445; }) << true;
     QTest::newRow("guest vs user") << RecordEdit([](VolumeRecord &r) { r.no_password_guest_login = 1; }) << false;
 }
 

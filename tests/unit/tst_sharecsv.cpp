@@ -162,13 +162,14 @@ void TestShareCsv::rowsAndWarnings()
 void TestShareCsv::importStoresRealPasswordsOnly()
 {
     ExchangeFixture f;
-    f.h.addShare(QStringLiteral("nas"), QStringLiteral("existing"));
+    f.h.addShare(QStringLiteral("nas"), QStringLiteral("existing"), MountUsingProtocol_Enum::SMB, false, 0, QStringLiteral("x"));
+    // Duplicates are the same share for the same user; "existing" for someone else would be a share of its own.
     const auto outcome = f.importCsv(QStringLiteral("hostname,shareName,username,password\n"
                                                     "nas,existing,x,pw0\n"
                                                     "nas,new,alice,Secret-1\n"
                                                     "nas,tmpl,bob,YOUR_PASSWORD\n"
                                                     "nas,New,carol,\n"
-                                                    "nas,new,dave,again\n"
+                                                    "nas,new,alice,again\n"
                                                     ",x\n"));
     QVERIFY(!outcome.error.isError());
     QCOMPARE(outcome.imported, 3);
@@ -256,6 +257,7 @@ void TestShareCsv::legacyImportTakesEverything()
     one.internal_ID_Int = 1;
     one.hostname_String = QStringLiteral("srv");
     one.volume_String = QStringLiteral("already");
+    one.no_password_guest_login = 1; // the same guest share as the local one
     VolumeRecord two;
     two.internal_ID_Int = 2;
     two.hostname_String = QStringLiteral("srv");

@@ -112,6 +112,12 @@ void FakeMountService::clearCalls()
     m_unmountCalls.clear();
 }
 
+void FakeMountService::setCompletesDespiteCancel(bool completes)
+{
+    std::lock_guard lock(m_mutex);
+    m_completesDespiteCancel = completes;
+}
+
 bool FakeMountService::isBlocking(const QUrl &url) const
 {
     std::lock_guard lock(m_mutex);
@@ -151,7 +157,13 @@ MountResult FakeMountService::mount(const MountRequest &request,
             return blocker->releaseGeneration != generation || (cancellation && cancellation->isCancelled());
         });
         --blocker->blocked;
-        if (cancellation && cancellation->isCancelled())
+        lock.unlock();
+        bool completes = false;
+        {
+            std::lock_guard own(m_mutex);
+            completes = m_completesDespiteCancel;
+        }
+        if (cancellation && cancellation->isCancelled() && !completes)
             return {MountResponseCode::Cancelled, QStringLiteral("Operation was cancelled"), {}};
     } else if (cancellation && cancellation->isCancelled()) {
         return {MountResponseCode::Cancelled, QStringLiteral("Operation was cancelled"), {}};

@@ -42,6 +42,9 @@ public:
     // releaseBlocked() is called; cancelled, it returns MountResponseCode::Cancelled.
     void setBlocking(const QUrl &url, bool block = true);
     void releaseBlocked();
+    // A blocked mount woken by its cancellation completes anyway with its scripted result, like a GVfs
+    // mount whose daemon finished as the cancellation arrived.
+    void setCompletesDespiteCancel(bool completes);
     // Waits (at most timeoutMs) until count mounts are blocked; for tests that cancel a hanging mount.
     bool waitForBlocked(int count, int timeoutMs) const;
 
@@ -75,6 +78,7 @@ private:
     MountResult m_defaultResult;
     QList<QString> m_blockingUrls;
     bool m_blockAll = false;
+    bool m_completesDespiteCancel = false;
     QList<MountRequest> m_mountCalls;
     QList<UnmountCall> m_unmountCalls;
     QPointer<FakeMountTable> m_table;

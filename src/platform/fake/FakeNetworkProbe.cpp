@@ -79,10 +79,23 @@ bool FakeNetworkProbe::sendWakeOnLan(const QByteArray &packet, QString *)
     return true;
 }
 
-NetworkProbe::Connect FakeNetworkProbe::connect(const QString &, quint16, std::chrono::milliseconds)
+NetworkProbe::Connect FakeNetworkProbe::connect(const QString &host, quint16 port, std::chrono::milliseconds)
 {
     QMutexLocker lock(&m_mutex);
+    m_connectCalls.append(host + QLatin1Char(':') + QString::number(port));
     return m_connect;
+}
+
+QStringList FakeNetworkProbe::connectCalls() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_connectCalls;
+}
+
+void FakeNetworkProbe::clearConnectCalls()
+{
+    QMutexLocker lock(&m_mutex);
+    m_connectCalls.clear();
 }
 
 NetworkProbe::HttpAnswer FakeNetworkProbe::httpRequest(const QByteArray &method, const QUrl &,

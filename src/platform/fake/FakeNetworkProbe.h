@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QList>
 #include <QMutex>
+#include <QStringList>
 
 // The network as the test sets it: names that resolve, the result of every TCP probe, whether share
 // servers answer, and a record of what was sent. Nothing touches the real network. Thread-safe (the
@@ -23,6 +24,8 @@ public:
     int probeCalls() const;
     QList<QByteArray> wakePackets() const;
     QList<QByteArray> httpMethods() const;
+    QStringList connectCalls() const; // "host:port" of every connect(), in order
+    void clearConnectCalls();
 
     QString resolve(const QString &host) override;
     SelectResult probe(const QString &host, const QString &address, int port, std::chrono::seconds timeout) override;
@@ -41,4 +44,5 @@ private:
     int m_probeCalls = 0;
     QList<QByteArray> m_wakePackets;
     QList<QByteArray> m_httpMethods;
+    QStringList m_connectCalls;
 };

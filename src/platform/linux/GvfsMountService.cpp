@@ -207,6 +207,31 @@ Root enclosingMountRoot(GFile *file, GCancellable *cancellable)
     return result;
 }
 
+// The folder of `root` that shows `url`'s own content: GVfs mounts an SMB share or a WebDAV collection,
+// and a path of the URL below what it mounted is a sub-folder of the root.
+QString contentFolder(const Root &root, const QUrl &url)
+{
+    QString rootPath = QUrl(root.uri).path(QUrl::FullyDecoded);
+    while (rootPath.endsWith(QLatin1Char('/')))
+        rootPath.chop(1);
+    QString urlPath = url.path(QUrl::FullyDecoded);
+    while (urlPath.endsWith(QLatin1Char('/')))
+        urlPath.chop(1);
+    if (root.path.isEmpty() || urlPath.size() <= rootPath.size()
+        || !urlPath.startsWith(rootPath + QLatin1Char('/'), Qt::CaseInsensitive))
+        return root.path;
+    return root.path + urlPath.mid(rootPath.size());
+}
+
+// The FUSE path of the root of the GVfs mount that holds `path` (empty when none).
+QString enclosingRootPath(const QString &path)
+{
+    GFile *file = g_file_new_for_path(QFile::encodeName(QDir::cleanPath(path)).constData());
+    const Root root = enclosingMountRoot(file, nullptr);
+    g_object_unref(file);
+    return root.path;
+}
+
 // gvfsd-fuse keeps the D-Bus address of a share's previous backend and answers I/O errors for the folder of
 // a share mounted again until that address fails it enough to be looked up afresh: a few quick accesses once
 // the old backend has exited, up to about a second while it lingers after a quick unmount. Discovery lists the
@@ -364,7 +389,7 @@ MountResult GvfsMountService::mount(const MountRequest &request, const std::shar
 
     if (result.code == MountResponseCode::Success || result.code == MountResponseCode::AlreadyExists) {
         const Root root = enclosingMountRoot(file, nullptr);
-        result.mountPath = root.path;
+        result.mountPath = contentFolder(root, request.url);
         if (!root.path.isEmpty())
             waitUntilUsable(root.path, cancellation);
         if (result.code == MountResponseCode::Success && m_table && !root.path.isEmpty()) {
@@ -375,7 +400,8 @@ MountResult GvfsMountService::mount(const MountRequest &request, const std::shar
             m_table->noteMounted(volume);
         }
         if (!request.mountDirectory.isEmpty() && !root.path.isEmpty()) {
-            const int linkError = linkMountDirectory(request.mountDirectory, root.path);
+            // The link leads to the share's own content, also for a path below what GVfs mounted.
+            const int linkError = linkMountDirectory(request.mountDirectory, contentFolder(root, request.url));
             if (linkError == 0) {
                 result.mountPath = request.mountDirectory;
             } else {
@@ -401,7 +427,10 @@ UnmountResult GvfsMountService::unmount(const QString &path, bool force)
     const QFileInfo info(path);
     if (!QDir::cleanPath(path).startsWith(fuseRoot) && info.isSymLink()) {
         // A custom mount folder: unmount what it points at, then give the folder back.
-        const QString target = info.symLinkTarget();
+        QString target = info.symLinkTarget();
+        // The link may lead to a folder below the mount's root.
+        if (const QString root = enclosingRootPath(target); !root.isEmpty())
+            target = root;
         UnmountResult result = unmountGvfs(target, force);
         if (!result.ok && result.errnoValue != EINVAL && result.errnoValue != ENOENT)
             return result;
