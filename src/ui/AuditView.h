@@ -23,7 +23,16 @@ class AuditTableModel : public QAbstractTableModel
 {
     Q_OBJECT
 public:
-    enum Column { TimeColumn, EventColumn, ShareColumn, HostColumn, UserColumn, ResultColumn, DetailsColumn, ColumnCount };
+    enum Column {
+        TimeColumn,
+        EventColumn,
+        ShareColumn,
+        HostColumn,
+        UserColumn,
+        ResultColumn,
+        DetailsColumn,
+        ColumnCount
+    };
 
     struct Filter
     {

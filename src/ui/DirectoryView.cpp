@@ -220,17 +220,19 @@ void DirectoryView::showState()
 {
     const QString status = m_manager->statusMessage();
     m_status->setText(status.isEmpty() ? tr("Not checked yet") : status);
-    const auto &user = m_manager->currentUser();
+    // A user read before the binding went away is not shown (nor applied) as current.
+    const bool bound = m_manager->isConfigured();
+    const std::optional<ADUserInfo> user = bound ? m_manager->currentUser() : std::nullopt;
     QString domain;
-    if (m_manager->isConfigured() && user)
+    if (user)
         domain = tr("Domain: %1").arg(user->domain);
-    if (const auto synced = m_manager->lastSyncDate())
+    if (const auto synced = m_manager->lastSyncDate(); synced && bound)
         domain += (domain.isEmpty() ? QString() : QStringLiteral(" · ")) +
                   tr("Last checked: %1").arg(QLocale().toString(synced->toLocalTime(), QLocale::ShortFormat));
     m_domain->setText(domain);
     m_domain->setVisible(!domain.isEmpty());
     // The notice answers a finished check that found no binding.
-    m_notice->setVisible(!m_manager->isConfigured() && !status.isEmpty() &&
+    m_notice->setVisible(!bound && !status.isEmpty() &&
                          status == ActiveDirectoryManager::kStatusNotBound);
     m_userBox->setVisible(user.has_value());
     if (user) {

@@ -173,7 +173,8 @@ void DiscoveryView::update()
     for (int i = 0; same && i < servers.size(); ++i)
         same = m_servers->item(i)->data(Qt::UserRole).toUuid() == servers.at(i).id;
     if (!same) {
-        const QUuid selected = m_servers->currentItem() ? m_servers->currentItem()->data(Qt::UserRole).toUuid() : QUuid();
+        const QUuid selected
+            = m_servers->currentItem() ? m_servers->currentItem()->data(Qt::UserRole).toUuid() : QUuid();
         m_servers->clear();
         for (const DiscoveredShare &server : servers) {
             auto *item = new QListWidgetItem(server.displayName);

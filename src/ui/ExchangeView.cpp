@@ -179,10 +179,9 @@ QString ExchangeView::previewText(const QString &fileName, const QString &export
 void ExchangeView::exportConfiguration()
 {
     // Refused before any panel opens.
-    const auto bytes = m_configuration.exportConfiguration();
-    if (!bytes.ok()) {
+    if (!m_configuration.exportAllowed()) {
         refreshPolicy();
-        fail(tr("Export Failed"), bytes.error.text());
+        fail(tr("Export Failed"), Configuration::Error{Configuration::ErrorKind::ExportDisabledByIT, {}}.text());
         return;
     }
     ViewHooks::FilePanel panel;
@@ -251,7 +250,8 @@ void ExchangeView::importConfigurationBytes(const QString &path, const QByteArra
         p.exportDate ? QLocale().toString(p.exportDate->toLocalTime(), QLocale::ShortFormat) : QString();
     const QString text =
         previewText(QFileInfo(path).fileName(), p.exportedBy, date, p.shareCount, p.setCount, p.ruleCount);
-    const QStringList buttons{QStringLiteral("Replace All"), QStringLiteral("Merge (Add New)"), QStringLiteral("Cancel")};
+    const QStringList buttons { QStringLiteral("Replace All"), QStringLiteral("Merge (Add New)"),
+                                QStringLiteral("Cancel") };
     const QPointer<ExchangeView> self(this);
     ViewHooks::instance().choose(this, QStringLiteral("Import Configuration"), text, buttons, [self, bytes](int index) {
         if (!self)
@@ -291,8 +291,8 @@ void ExchangeView::exportCsv()
     ViewHooks::instance().choosePath(this, panel, [self](const QString &chosen) {
         if (!self || chosen.isEmpty())
             return;
-        const QString path = chosen.endsWith(QStringLiteral(".csv"), Qt::CaseInsensitive) ? chosen
-                                                                                           : chosen + QStringLiteral(".csv");
+        const QString path
+            = chosen.endsWith(QStringLiteral(".csv"), Qt::CaseInsensitive) ? chosen : chosen + QStringLiteral(".csv");
         const auto text = self->m_configuration.exportCsv();
         if (!text.ok()) {
             self->fail(tr("Export Failed"), text.error.text());
@@ -327,19 +327,20 @@ void ExchangeView::importCsv()
                 self->fail(tr("Import Failed"), error);
                 return;
             }
-            self->m_configuration.importCsv(QString::fromUtf8(bytes), [self](const ConfigurationManager::CsvOutcome &outcome) {
-                if (!self)
-                    return;
-                if (outcome.error.isError()) {
-                    self->fail(tr("Import Failed"), outcome.error.text());
-                    return;
-                }
-                QString text = outcome.summary();
-                if (!outcome.warnings.isEmpty())
-                    text += QStringLiteral("\n\n") + outcome.warnings.join(QLatin1Char('\n'));
-                Prompter::instance().inform(self, outcome.title(), text);
-                self->setOutcome(text);
-            });
+            self->m_configuration.importCsv(
+                QString::fromUtf8(bytes), [self](const ConfigurationManager::CsvOutcome &outcome) {
+                    if (!self)
+                        return;
+                    if (outcome.error.isError()) {
+                        self->fail(tr("Import Failed"), outcome.error.text());
+                        return;
+                    }
+                    QString text = outcome.summary();
+                    if (!outcome.warnings.isEmpty())
+                        text += QStringLiteral("\n\n") + outcome.warnings.join(QLatin1Char('\n'));
+                    Prompter::instance().inform(self, outcome.title(), text);
+                    self->setOutcome(text);
+                });
         });
     });
 }

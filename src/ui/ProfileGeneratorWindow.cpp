@@ -51,7 +51,7 @@ ProfileGeneratorWindow::ProfileGeneratorWindow(QWidget *parent)
     title->setFont(big);
     auto *subtitle = new QLabel(tr("Create a .mobileconfig profile for JAMF, Mosyle, Kandji, etc."));
     subtitle->setObjectName(QStringLiteral("subtitle"));
-    subtitle->setStyleSheet(QStringLiteral("color: palette(mid);"));
+    subtitle->setStyleSheet(QStringLiteral("color: #666666;"));
     layout->addWidget(title);
     layout->addWidget(subtitle);
 
@@ -128,10 +128,11 @@ ProfileGeneratorWindow::ProfileGeneratorWindow(QWidget *parent)
     layout->addWidget(new QLabel(tr("Generated Profile")));
     m_profile->setObjectName(QStringLiteral("generatedProfile"));
     m_profile->setReadOnly(true);
+    m_profile->setLineWrapMode(QPlainTextEdit::NoWrap); // the indentation is part of the format
     m_profile->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     m_profile->setMinimumHeight(140);
     layout->addWidget(m_profile, 1);
-    resize(640, 760);
+    resize(660, 880);
 }
 
 int ProfileGeneratorWindow::addShareRow(const ProfileGenerator::Share &share)

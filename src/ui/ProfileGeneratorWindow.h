@@ -22,7 +22,8 @@ class ProfileGeneratorWindow : public QWidget
     Q_OBJECT
 public:
     static inline const QString kTitle = QStringLiteral("MDM Profile Generator");
-    static inline const QString kSubtitle = QStringLiteral("Create a .mobileconfig profile for JAMF, Mosyle, Kandji, etc.");
+    static inline const QString kSubtitle
+        = QStringLiteral("Create a .mobileconfig profile for JAMF, Mosyle, Kandji, etc.");
 
     explicit ProfileGeneratorWindow(QWidget *parent = nullptr);
 

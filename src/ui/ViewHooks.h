@@ -39,5 +39,6 @@ namespace BackgroundFile {
 // `done(bytes, error)`; error is empty on success.
 void read(QObject *owner, const QString &path, std::function<void(const QByteArray &bytes, const QString &error)> done);
 // Atomic write; `done(error)`, empty on success.
-void write(QObject *owner, const QString &path, const QByteArray &bytes, std::function<void(const QString &error)> done);
+void write(QObject *owner, const QString &path, const QByteArray &bytes,
+           std::function<void(const QString &error)> done);
 } // namespace BackgroundFile

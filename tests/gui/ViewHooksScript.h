@@ -11,10 +11,11 @@ struct ViewHooksScript
     {
         ViewHooks &hooks = ViewHooks::instance();
         m_saved = hooks;
-        hooks.choosePath = [this](QWidget *, const ViewHooks::FilePanel &panel, std::function<void(const QString &)> done) {
-            panels.append(panel);
-            done(paths.isEmpty() ? QString() : paths.takeFirst());
-        };
+        hooks.choosePath
+            = [this](QWidget *, const ViewHooks::FilePanel &panel, std::function<void(const QString &)> done) {
+                  panels.append(panel);
+                  done(paths.isEmpty() ? QString() : paths.takeFirst());
+              };
         hooks.choose = [this](QWidget *, const QString &title, const QString &text, const QStringList &buttons,
                               std::function<void(int)> done) {
             alerts.append(title + QLatin1Char('|') + text);

@@ -54,7 +54,8 @@ private:
         FakeDirectoryService directory;
         std::unique_ptr<ActiveDirectoryManager> manager;
     };
-    static ADMappedShare share(const QString &host, const QString &name, const QString &protocol = QStringLiteral("SMB"))
+    static ADMappedShare share(const QString &host, const QString &name,
+                               const QString &protocol = QStringLiteral("SMB"))
     {
         ADMappedShare s;
         s.hostname = host;
@@ -96,8 +97,9 @@ void TestDirectoryView::boundUserAndApply()
     QCOMPARE(int(h.engine->store().size()), before + 2);
     bool afp = false;
     for (const VolumeRecord &r : h.engine->store().records())
-        afp |= r.volume_String == QStringLiteral("tools") && r.mounting_using_protocol_Enum == MountUsingProtocol_Enum::AFP &&
-               r.nickname_String == QStringLiteral("tools (AD: Engineering)");
+        afp |= r.volume_String == QStringLiteral("tools")
+            && r.mounting_using_protocol_Enum == MountUsingProtocol_Enum::AFP
+            && r.nickname_String == QStringLiteral("tools (AD: Engineering)");
     QVERIFY(afp);
     apply->click();
     QCOMPARE(view.statusText(), QStringLiteral("No new shares to add"));
@@ -120,11 +122,18 @@ void TestDirectoryView::notBoundShowsNotice()
     QVERIFY(!view.findChild<QPushButton *>(QStringLiteral("directoryApplyButton"))->isEnabled());
     QCOMPARE(view.userText(), QString());
 
-    // Bound later: the notice goes.
+    // Bound later: the notice goes; unbound again: the user read before is not shown as current.
     s.bind(QStringLiteral("corp.example"), {QStringLiteral("Staff")});
     view.refresh();
     QTRY_COMPARE(view.statusText(), QStringLiteral("Connected to corp.example"));
     QVERIFY(!view.notBoundNoticeShown());
+    QVERIFY(view.userText().contains(QStringLiteral("Groups: Staff")));
+    s.bind(QString(), {});
+    view.refresh();
+    QTRY_COMPARE(view.statusText(), QStringLiteral("Not bound to Active Directory"));
+    QVERIFY(view.notBoundNoticeShown());
+    QCOMPARE(view.userText(), QString());
+    QVERIFY(!view.findChild<QPushButton *>(QStringLiteral("directoryApplyButton"))->isEnabled());
 }
 
 void TestDirectoryView::editorStoresMappings()

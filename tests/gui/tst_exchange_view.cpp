@@ -53,8 +53,9 @@ void TestExchangeView::importThroughPreviewAlert_data()
     QTest::addColumn<QString>("notice");
     QTest::newRow("Replace All") << 0 << list("alpha/docs,beta/media")
                                  << QStringLiteral("Import Complete|2 shares imported, preferences imported");
-    QTest::newRow("Merge (Add New)") << 1 << list("alpha/docs,beta/media,gamma/home")
-                                     << QStringLiteral("Import Complete|1 shares imported, 1 shares skipped, preferences imported");
+    QTest::newRow("Merge (Add New)")
+        << 1 << list("alpha/docs,beta/media,gamma/home")
+        << QStringLiteral("Import Complete|1 shares imported, 1 shares skipped, preferences imported");
     QTest::newRow("Cancel") << 2 << list("alpha/docs,gamma/home") << QString();
 }
 
@@ -90,14 +91,17 @@ void TestExchangeView::importThroughPreviewAlert()
              (QStringList{QStringLiteral("Replace All"), QStringLiteral("Merge (Add New)"), QStringLiteral("Cancel")}));
     QCOMPARE(script.alerts.size(), 1);
     const QString alert = script.alerts.at(0);
-    QVERIFY2(alert.startsWith(QStringLiteral("Import Configuration|File: office.twconfig\nExported by: Dana Admin\nDate: ")),
-             qPrintable(alert));
-    QVERIFY2(alert.endsWith(QStringLiteral("\n\nContains:\n2 shares\n0 share sets\n0 rules\n\nHow should imported items be "
-                                           "handled?")),
-             qPrintable(alert));
+    QVERIFY2(
+        alert.startsWith(QStringLiteral("Import Configuration|File: office.twconfig\nExported by: Dana Admin\nDate: ")),
+        qPrintable(alert));
+    QVERIFY2(
+        alert.endsWith(QStringLiteral("\n\nContains:\n2 shares\n0 share sets\n0 rules\n\nHow should imported items be "
+                                      "handled?")),
+        qPrintable(alert));
 
     QCOMPARE(shareKeys(h), shares);
-    QCOMPARE(h.notices.filter(QStringLiteral("Import Complete")), notice.isEmpty() ? QStringList() : QStringList{notice});
+    QCOMPARE(h.notices.filter(QStringLiteral("Import Complete")),
+             notice.isEmpty() ? QStringList() : QStringList { notice });
     if (notice.isEmpty())
         QCOMPARE(view.lastOutcome(), QStringLiteral("Operation was cancelled"));
     else
@@ -201,7 +205,8 @@ void TestExchangeView::exportsWriteChosenFiles()
     view.exportCsv();
     QVERIFY(waitFinished(view));
     QCOMPARE(script.panels.at(1).title, QStringLiteral("Export Shares as CSV"));
-    QCOMPARE(script.panels.at(1).message, QStringLiteral("Save for Excel, Numbers, or sharing (passwords not included)"));
+    QCOMPARE(script.panels.at(1).message,
+             QStringLiteral("Save for Excel, Numbers, or sharing (passwords not included)"));
     QCOMPARE(script.panels.at(1).proposedName, QStringLiteral("Tarnwell-Shares.csv"));
     QFile in(csv);
     QVERIFY(in.open(QIODevice::ReadOnly));

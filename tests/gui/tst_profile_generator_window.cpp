@@ -48,7 +48,8 @@ void TestProfileGeneratorWindow::generatedTextIsTheEngines_data()
     QTest::addColumn<QString>("organization");
     QTest::addColumn<QString>("ssids");
     QTest::addColumn<bool>("allowExport");
-    QTest::newRow("organisation, SSIDs, export forbidden") << QStringLiteral("Acme Corporation") << QStringLiteral("CorpWiFi, CorpWiFi-5G") << false;
+    QTest::newRow("organisation, SSIDs, export forbidden")
+        << QStringLiteral("Acme Corporation") << QStringLiteral("CorpWiFi, CorpWiFi-5G") << false;
     QTest::newRow("empty organisation, no SSIDs") << QStringLiteral("") << QStringLiteral("") << true;
     QTest::newRow("ampersand written as typed") << QStringLiteral("Smith & Sons") << QStringLiteral("") << true;
 }
