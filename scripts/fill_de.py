@@ -158,7 +158,80 @@ DE = {
  'macOS sandbox or permission issue. May need to grant Full Disk Access in System Settings > Privacy.':
    'macOS-Sandbox- oder Berechtigungsproblem. Eventuell muss in den Systemeinstellungen > Datenschutz der vollständige Festplattenzugriff gewährt werden.',
 }
+# The import and export, discovery, directory and audit tabs and the profile generator.
+DE.update({
+ 'Import && Export': 'Import && Export', 'Discovery': 'Netzwerksuche', 'Directory': 'Verzeichnisdienst', 'Audit': 'Audit',
+ '%1 (hidden)': '%1 (versteckt)', '%1 of %2 entries': '%1 von %2 Einträgen', '(no group)': '(keine Gruppe)',
+ 'Add Share': 'Freigabe hinzufügen', 'Add a mapping': 'Zuordnung hinzufügen', 'Add a share': 'Freigabe hinzufügen',
+ "Added share '%1'. Edit it in the Shares tab.": "Freigabe '%1' hinzugefügt. Bearbeiten Sie sie im Tab „Freigaben“.",
+ 'All Events': 'Alle Ereignisse', 'All Time': 'Gesamter Zeitraum',
+ 'Allow export (CSV, config, sets)': 'Export erlauben (CSV, Konfiguration, Sets)',
+ 'Allow import (CSV, config, sets)': 'Import erlauben (CSV, Konfiguration, Sets)',
+ 'Allow users to add their own shares': 'Benutzer dürfen eigene Freigaben hinzufügen',
+ 'Apply Mappings': 'Zuordnungen anwenden', 'Browse Shares': 'Freigaben anzeigen', 'Checking…': 'Prüfe…',
+ 'Comma-separated values (*.csv)': 'Kommagetrennte Werte (*.csv)', 'Configuration File': 'Konfigurationsdatei',
+ 'Configuration profiles (*.mobileconfig)': 'Konfigurationsprofile (*.mobileconfig)',
+ 'Copied to clipboard': 'In die Zwischenablage kopiert', 'Copy': 'Kopieren',
+ 'Create a .mobileconfig profile for JAMF, Mosyle, Kandji, etc.':
+   'Erstellt ein .mobileconfig-Profil für JAMF, Mosyle, Kandji usw.',
+ 'Create a configuration profile that pushes shares and policies to managed machines.':
+   'Erstellt ein Konfigurationsprofil, das Freigaben und Richtlinien auf verwaltete Rechner verteilt.',
+ 'Current User': 'Aktueller Benutzer', 'Date Range:': 'Zeitraum:',
+ 'Deploy this file with your device-management service': 'Verteilen Sie diese Datei mit Ihrer Geräteverwaltung',
+ 'Deployment': 'Verteilung', 'Details': 'Details', 'Directory Binding': 'Verzeichnisanbindung',
+ 'Directory group, exactly as named (case-sensitive)': 'Verzeichnisgruppe, genau wie benannt (Groß-/Kleinschreibung)',
+ 'Domain: %1': 'Domäne: %1', 'E-mail: %1': 'E-Mail: %1', 'Earlier Version': 'Frühere Version', 'Enabled': 'Aktiv',
+ 'Enforced Wi-Fi networks:': 'Vorgeschriebene WLAN-Netze:', 'Event': 'Ereignis', 'Event:': 'Ereignis:',
+ 'Export Audit Log': 'Audit-Protokoll exportieren', 'Export Configuration': 'Konfiguration exportieren',
+ 'Export Configuration…': 'Konfiguration exportieren…', 'Export Failed': 'Export fehlgeschlagen',
+ 'Export Shares as CSV…': 'Freigaben als CSV exportieren…', 'Exported configuration to %1': 'Konfiguration nach %1 exportiert',
+ 'Exported shares to %1': 'Freigaben nach %1 exportiert', 'Export…': 'Exportieren…', 'Failed': 'Fehlgeschlagen',
+ 'Failed (%1)': 'Fehlgeschlagen (%1)', 'Format:': 'Format:', 'From': 'Von', 'Generate Profile': 'Profil erzeugen',
+ 'Generated Profile': 'Erzeugtes Profil', 'Group Mappings': 'Gruppenzuordnungen', 'Group:': 'Gruppe:',
+ 'Groups: %1': 'Gruppen: %1', 'Help Desk Email:': 'Helpdesk-E-Mail:',
+ 'Hidden share: its name ends in $': 'Versteckte Freigabe: Ihr Name endet auf $', 'Home: %1': 'Home: %1',
+ 'Host': 'Host', 'Hostname': 'Hostname', 'Import Configuration…': 'Konfiguration importieren…',
+ 'Import Failed': 'Import fehlgeschlagen', 'Import Shares from CSV': 'Freigaben aus CSV importieren',
+ 'Import Shares from CSV…': 'Freigaben aus CSV importieren…', 'Import from the macOS Build': 'Aus der macOS-Version importieren',
+ 'Import from the macOS Build…': 'Aus der macOS-Version importieren…', 'JSON (*.json)': 'JSON (*.json)',
+ 'Last 30 Days': 'Letzte 30 Tage', 'Last 7 Days': 'Letzte 7 Tage', 'Last 90 Days': 'Letzte 90 Tage',
+ 'Last checked: %1': 'Zuletzt geprüft: %1', 'Listing shares…': 'Freigaben werden abgefragt…', 'Locked': 'Gesperrt',
+ 'MDM Profile Generator': 'MDM-Profilgenerator', 'MDM Profile Generator…': 'MDM-Profilgenerator…',
+ 'Managed Shares': 'Verwaltete Freigaben', 'Mount Point': 'Einhängepunkt', 'Name: %1 (%2)': 'Name: %1 (%2)',
+ 'Nickname': 'Name', 'No audit log entries': 'Keine Audit-Einträge',
+ 'Not Connected to Active Directory': 'Nicht mit Active Directory verbunden', 'Not checked yet': 'Noch nicht geprüft',
+ 'One share per line, for spreadsheets. Passwords are never exported; an import may carry them in a "password" column.':
+   'Eine Freigabe pro Zeile, für Tabellenkalkulationen. Passwörter werden nie exportiert; ein Import kann sie in einer Spalte „password“ enthalten.',
+ 'Organization': 'Organisation', 'Organization Name:': 'Name der Organisation:', 'Password:': 'Passwort:',
+ 'Policies': 'Richtlinien', 'Property lists (*.plist)': 'Property-Listen (*.plist)', 'Protocol': 'Protokoll',
+ 'Refresh': 'Aktualisieren', 'Remove the selected mapping': 'Ausgewählte Zuordnung entfernen',
+ 'Remove the selected share': 'Ausgewählte Freigabe entfernen', 'Result': 'Ergebnis', 'Retry': 'Erneut versuchen',
+ 'Save Configuration Profile': 'Konfigurationsprofil sichern',
+ 'Save the Tarnwell configuration (passwords not included)': 'Tarnwell-Konfiguration sichern (ohne Passwörter)',
+ 'Save the audit log': 'Audit-Protokoll sichern', 'Saved to %1': 'Gesichert unter %1', 'Save…': 'Sichern…',
+ 'Scan Network': 'Netzwerk durchsuchen', 'Select a CSV file with hostname and shareName columns':
+   'Wählen Sie eine CSV-Datei mit den Spalten hostname und shareName',
+ 'Select the preferences file the macOS build left behind': 'Wählen Sie die Einstellungsdatei der macOS-Version',
+ 'Servers': 'Server', 'Share': 'Freigabe', 'Share CSV': 'Freigaben-CSV',
+ 'Shares can be listed for SMB servers only.': 'Freigaben lassen sich nur für SMB-Server auflisten.',
+ 'Stop Scan': 'Suche beenden', 'Success': 'Erfolg',
+ 'Takes the shares, event log, share sets, directory mappings and settings from the preferences file of the macOS build (the file is only read).':
+   'Übernimmt Freigaben, Ereignisprotokoll, Freigabe-Sets, Verzeichniszuordnungen und Einstellungen aus der Einstellungsdatei der macOS-Version (die Datei wird nur gelesen).',
+ 'The audit log could not be encoded.': 'Das Audit-Protokoll konnte nicht kodiert werden.',
+ 'The share could not be added.': 'Die Freigabe konnte nicht hinzugefügt werden.',
+ 'The whole setup (shares without passwords, share sets, rules and settings) as one .twconfig file, to move it to another machine.':
+   'Die gesamte Einrichtung (Freigaben ohne Passwörter, Freigabe-Sets, Regeln und Einstellungen) als eine .twconfig-Datei, um sie auf einen anderen Rechner zu übertragen.',
+ 'This Mac is not bound to an Active Directory domain.\nContact your IT administrator to join this Mac to AD.':
+   'Dieser Rechner ist an keine Active-Directory-Domäne angebunden.\nWenden Sie sich an Ihre IT-Abteilung, um ihn in AD aufzunehmen.',
+ 'This build has no directory service.': 'Diese Version hat keinen Verzeichnisdienst.', 'Time': 'Zeit', 'To': 'Bis',
+ 'User': 'Benutzer', 'Username:': 'Benutzername:',
+ 'Your IT administrator has disabled export.': 'Ihre IT-Abteilung hat den Export deaktiviert.',
+ 'Your IT administrator has disabled import.': 'Ihre IT-Abteilung hat den Import deaktiviert.',
+ 'guest': 'Gast', 'none': 'keine',
+})
 PLURAL = {'%n share(s) configured.': ['%n Freigabe eingerichtet.', '%n Freigaben eingerichtet.']}
+
+PLURAL['%n share(s)'] = ['%n Freigabe', '%n Freigaben']
 
 path = sys.argv[1]
 tree = ET.parse(path)

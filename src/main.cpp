@@ -93,6 +93,7 @@ int main(int argc, char *argv[])
         context.scheduler = &host->scheduler();
         context.credentials = &host->credentials();
         context.control = delegate.control();
+        context.host = host;
         DesktopShell::Hooks hooks;
         hooks.quit = [&delegate] { delegate.quit(); };
         hooks.setNoticePresenter = [host](const auto &presenter) { host->setNoticePresenter(presenter); };

@@ -1,6 +1,10 @@
 #include "DashboardWindow.h"
 
 #include "ActionSounds.h"
+#include "AuditView.h"
+#include "DirectoryView.h"
+#include "DiscoveryView.h"
+#include "ExchangeView.h"
 #include "LogManagerWidget.h"
 #include "ShareEditorDialog.h"
 #include "ShareTableModel.h"
@@ -11,6 +15,7 @@
 #include "core/AutoMountScheduler.h"
 #include "core/MountEngine.h"
 #include "core/VolumeRecord.h"
+#include "engine/EngineHost.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -93,6 +98,12 @@ DashboardWindow::DashboardWindow(const UiContext &context, QWidget *parent)
     m_tabs->setObjectName(QStringLiteral("dashboardTabs"));
     m_tabs->addTab(shares, tr("Shares"));
     m_tabs->addTab(m_logView, tr("Logs"));
+    if (EngineHost *host = context.host) {
+        addView(new ExchangeView(host->configuration(), &host->legacyImporter()), tr("Import && Export"));
+        addView(new DiscoveryView(host->discovery(), host->engine()), tr("Discovery"));
+        addView(new DirectoryView(host->directoryMappings()), tr("Directory"));
+        addView(new AuditView(host->auditLog()), tr("Audit"));
+    }
     setCentralWidget(m_tabs);
 
     m_message->setObjectName(QStringLiteral("statusMessage"));

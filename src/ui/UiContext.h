@@ -5,6 +5,7 @@
 class AutoMountScheduler;
 class ControlService;
 class CredentialStore;
+class EngineHost;
 class Defaults;
 class LogEventManager;
 class MountEngine;
@@ -25,6 +26,7 @@ struct UiContext
     AutoMountScheduler *scheduler = nullptr;
     CredentialStore *credentials = nullptr;
     ControlService *control = nullptr;
+    EngineHost *host = nullptr; // the engine root, for the subsystem views; null: the dashboard has none
 };
 
 // The questions and notices the windows put to the user. The defaults open window-modal message boxes and

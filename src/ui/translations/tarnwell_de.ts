@@ -1,227 +1,401 @@
 <?xml version='1.0' encoding='utf-8'?>
 <TS version="2.1" language="de_DE">
 <context>
+    <name>AuditTableModel</name>
+    <message>
+        <location filename="../AuditView.cpp" line="101" />
+        <source>Success</source>
+        <translation>Erfolg</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="102" />
+        <source>Failed (%1)</source>
+        <translation>Fehlgeschlagen (%1)</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="102" />
+        <source>Failed</source>
+        <translation>Fehlgeschlagen</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="122" />
+        <source>Time</source>
+        <translation>Zeit</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="124" />
+        <source>Event</source>
+        <translation>Ereignis</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="126" />
+        <source>Share</source>
+        <translation>Freigabe</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="128" />
+        <source>Host</source>
+        <translation>Host</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="130" />
+        <source>User</source>
+        <translation>Benutzer</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="132" />
+        <source>Result</source>
+        <translation>Ergebnis</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="134" />
+        <source>Details</source>
+        <translation>Details</translation>
+    </message>
+</context>
+<context>
+    <name>AuditView</name>
+    <message>
+        <location filename="../AuditView.cpp" line="147" />
+        <source>From</source>
+        <translation>Von</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="148" />
+        <source>To</source>
+        <translation>Bis</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="152" />
+        <source>No audit log entries</source>
+        <translation>Keine Audit-Einträge</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="160" />
+        <source>All Events</source>
+        <translation>Alle Ereignisse</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="163" />
+        <source>Event:</source>
+        <translation>Ereignis:</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="185" />
+        <location filename="../AuditView.cpp" line="295" />
+        <source>Export…</source>
+        <translation>Exportieren…</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="248" />
+        <source>%1 of %2 entries</source>
+        <translation>%1 von %2 Einträgen</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="277" />
+        <location filename="../AuditView.cpp" line="279" />
+        <location filename="../AuditView.cpp" line="325" />
+        <source>Export Audit Log</source>
+        <translation>Audit-Protokoll exportieren</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="288" />
+        <source>All Time</source>
+        <translation>Gesamter Zeitraum</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="289" />
+        <source>Last 7 Days</source>
+        <translation>Letzte 7 Tage</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="290" />
+        <source>Last 30 Days</source>
+        <translation>Letzte 30 Tage</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="291" />
+        <source>Last 90 Days</source>
+        <translation>Letzte 90 Tage</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="292" />
+        <source>Format:</source>
+        <translation>Format:</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="293" />
+        <source>Date Range:</source>
+        <translation>Zeitraum:</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="316" />
+        <source>The audit log could not be encoded.</source>
+        <translation>Das Audit-Protokoll konnte nicht kodiert werden.</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="326" />
+        <source>Save the audit log</source>
+        <translation>Audit-Protokoll sichern</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="327" />
+        <source>JSON (*.json)</source>
+        <translation>JSON (*.json)</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="327" />
+        <source>Comma-separated values (*.csv)</source>
+        <translation>Kommagetrennte Werte (*.csv)</translation>
+    </message>
+    <message>
+        <location filename="../AuditView.cpp" line="336" />
+        <source>Export Failed</source>
+        <translation>Export fehlgeschlagen</translation>
+    </message>
+</context>
+<context>
     <name>DashboardWindow</name>
     <message>
-        <location filename="../DashboardWindow.cpp" line="37" />
+        <location filename="../DashboardWindow.cpp" line="42" />
         <source>Tarnwell</source>
         <translation>Tarnwell</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="50" />
+        <location filename="../DashboardWindow.cpp" line="55" />
         <source>Mount</source>
         <translation>Verbinden</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="51" />
+        <location filename="../DashboardWindow.cpp" line="56" />
         <source>Eject</source>
         <translation>Auswerfen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="52" />
+        <location filename="../DashboardWindow.cpp" line="57" />
         <source>Clean Up</source>
         <translation>Aufräumen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="53" />
+        <location filename="../DashboardWindow.cpp" line="58" />
         <source>Verify</source>
         <translation>Prüfen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="55" />
+        <location filename="../DashboardWindow.cpp" line="60" />
         <source>Add</source>
         <translation>Hinzufügen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="56" />
-        <location filename="../DashboardWindow.cpp" line="175" />
+        <location filename="../DashboardWindow.cpp" line="61" />
+        <location filename="../DashboardWindow.cpp" line="186" />
         <source>Edit</source>
         <translation>Bearbeiten</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="57" />
+        <location filename="../DashboardWindow.cpp" line="62" />
         <source>Duplicate</source>
         <translation>Duplizieren</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="58" />
-        <location filename="../DashboardWindow.cpp" line="329" />
+        <location filename="../DashboardWindow.cpp" line="63" />
+        <location filename="../DashboardWindow.cpp" line="340" />
         <source>Delete</source>
         <translation>Löschen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="60" />
-        <location filename="../DashboardWindow.cpp" line="179" />
+        <location filename="../DashboardWindow.cpp" line="65" />
+        <location filename="../DashboardWindow.cpp" line="190" />
         <source>Pause Auto-Mount</source>
         <translation>Auto-Mount pausieren</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="94" />
+        <location filename="../DashboardWindow.cpp" line="99" />
         <source>Shares</source>
         <translation>Freigaben</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="95" />
+        <location filename="../DashboardWindow.cpp" line="100" />
         <source>Logs</source>
         <translation>Protokolle</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="112" />
+        <location filename="../DashboardWindow.cpp" line="102" />
+        <source>Import &amp;&amp; Export</source>
+        <translation>Import &amp;&amp; Export</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="103" />
+        <source>Discovery</source>
+        <translation>Netzwerksuche</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="104" />
+        <source>Directory</source>
+        <translation>Verzeichnisdienst</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="105" />
+        <source>Audit</source>
+        <translation>Audit</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="123" />
         <source>%1 is mounted.</source>
         <translation>%1 ist verbunden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="113" />
+        <location filename="../DashboardWindow.cpp" line="124" />
         <source>%1: %2</source>
         <translation>%1: %2</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="116" />
+        <location filename="../DashboardWindow.cpp" line="127" />
         <source>%1 was ejected.</source>
         <translation>%1 wurde ausgeworfen.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="116" />
+        <location filename="../DashboardWindow.cpp" line="127" />
         <source>%1 could not be ejected.</source>
         <translation>%1 konnte nicht ausgeworfen werden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="119" />
+        <location filename="../DashboardWindow.cpp" line="130" />
         <source>Clean Up finished for %1.</source>
         <translation>Aufräumen für %1 abgeschlossen.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="122" />
+        <location filename="../DashboardWindow.cpp" line="133" />
         <source>Auto-mount paused.</source>
         <translation>Auto-Mount pausiert.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="122" />
+        <location filename="../DashboardWindow.cpp" line="133" />
         <source>Auto-mount resumed.</source>
         <translation>Auto-Mount fortgesetzt.</translation>
     </message>
     <message numerus="yes">
-        <location filename="../DashboardWindow.cpp" line="128" />
+        <location filename="../DashboardWindow.cpp" line="139" />
         <source>%n share(s) configured.</source>
         <translation><numerusform>%n Freigabe eingerichtet.</numerusform><numerusform>%n Freigaben eingerichtet.</numerusform></translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="175" />
+        <location filename="../DashboardWindow.cpp" line="186" />
         <source>View</source>
         <translation>Ansehen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="179" />
+        <location filename="../DashboardWindow.cpp" line="190" />
         <source>Resume Auto-Mount</source>
         <translation>Auto-Mount fortsetzen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="190" />
+        <location filename="../DashboardWindow.cpp" line="201" />
         <source>Mounted at %1.</source>
         <translation>Verbunden unter %1.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="192" />
+        <location filename="../DashboardWindow.cpp" line="203" />
         <source>Mounted; auto-mount is paused and will not reconnect it after a drop.</source>
         <translation>Verbunden; Auto-Mount ist pausiert und verbindet nach einem Abbruch nicht neu.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="194" />
+        <location filename="../DashboardWindow.cpp" line="205" />
         <source>Auto-mount is paused: this share is not mounted automatically until you resume.</source>
         <translation>Auto-Mount ist pausiert: Diese Freigabe wird erst nach dem Fortsetzen wieder automatisch verbunden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="196" />
+        <location filename="../DashboardWindow.cpp" line="207" />
         <source>Empty folders left by lost connections were removed.</source>
         <translation>Leere Ordner verlorener Verbindungen wurden entfernt.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="198" />
+        <location filename="../DashboardWindow.cpp" line="209" />
         <source>Not mounted. Select Mount to connect.</source>
         <translation>Nicht verbunden. Wählen Sie „Verbinden“.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="200" />
+        <location filename="../DashboardWindow.cpp" line="211" />
         <source>Ejected. Auto-mount shares are mounted again at the next check.</source>
         <translation>Ausgeworfen. Auto-Mount-Freigaben werden bei der nächsten Prüfung wieder verbunden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="203" />
+        <location filename="../DashboardWindow.cpp" line="214" />
         <source>Connecting to %1…</source>
         <translation>Verbinde mit %1…</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="205" />
+        <location filename="../DashboardWindow.cpp" line="216" />
         <source>The server does not answer. Check that it is on and reachable from this network.</source>
         <translation>Der Server antwortet nicht. Prüfen Sie, ob er eingeschaltet und aus diesem Netz erreichbar ist.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="207" />
+        <location filename="../DashboardWindow.cpp" line="218" />
         <source>The server has no share of that name. Check the share name (it is case-sensitive).</source>
         <translation>Der Server hat keine Freigabe dieses Namens. Prüfen Sie den Freigabenamen (Groß-/Kleinschreibung).</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="209" />
+        <location filename="../DashboardWindow.cpp" line="220" />
         <source>The server refused access. Check the account's rights on this share.</source>
         <translation>Der Server verweigert den Zugriff. Prüfen Sie die Rechte des Kontos auf dieser Freigabe.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="211" />
+        <location filename="../DashboardWindow.cpp" line="222" />
         <source>User name or password incorrect. Edit the share to correct them.</source>
         <translation>Benutzername oder Passwort falsch. Bearbeiten Sie die Freigabe, um sie zu korrigieren.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="213" />
+        <location filename="../DashboardWindow.cpp" line="224" />
         <source>The server took too long to answer. Try again, or raise the mount timeout in Preferences.</source>
         <translation>Der Server hat zu lange gebraucht. Versuchen Sie es erneut oder erhöhen Sie das Verbindungs-Zeitlimit in den Einstellungen.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="215" />
+        <location filename="../DashboardWindow.cpp" line="226" />
         <source>No connection to the server could be made.</source>
         <translation>Es konnte keine Verbindung zum Server hergestellt werden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="217" />
+        <location filename="../DashboardWindow.cpp" line="228" />
         <source>The server's name could not be resolved. Check the name, or use its address.</source>
         <translation>Der Servername konnte nicht aufgelöst werden. Prüfen Sie den Namen oder verwenden Sie die Adresse.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="219" />
+        <location filename="../DashboardWindow.cpp" line="230" />
         <source>The last attempt failed; see the Logs tab for details.</source>
         <translation>Der letzte Versuch ist fehlgeschlagen; Details im Tab „Protokolle“.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="275" />
+        <location filename="../DashboardWindow.cpp" line="286" />
         <source>%1 is no longer mounted.</source>
         <translation>%1 ist nicht mehr verbunden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="284" />
+        <location filename="../DashboardWindow.cpp" line="295" />
         <source>Share added.</source>
         <translation>Freigabe hinzugefügt.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="310" />
+        <location filename="../DashboardWindow.cpp" line="321" />
         <source>Share duplicated.</source>
         <translation>Freigabe dupliziert.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="326" />
+        <location filename="../DashboardWindow.cpp" line="337" />
         <source>Delete Share?</source>
         <translation>Freigabe löschen?</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="327" />
+        <location filename="../DashboardWindow.cpp" line="338" />
         <source>"%1" will be removed from Tarnwell. This action cannot be undone.</source>
         <translation>„%1“ wird aus Tarnwell entfernt. Dies kann nicht rückgängig gemacht werden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="336" />
+        <location filename="../DashboardWindow.cpp" line="347" />
         <source>Share deleted.</source>
         <translation>Freigabe gelöscht.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="349" />
+        <location filename="../DashboardWindow.cpp" line="360" />
         <source>Auto-mount can be paused only while at least one share is mounted</source>
         <translation>Auto-Mount kann nur pausiert werden, solange mindestens eine Freigabe verbunden ist</translation>
     </message>
@@ -247,6 +421,246 @@
         <location filename="../DesktopShell.cpp" line="55" />
         <source>Quit Tarnwell</source>
         <translation>Tarnwell beenden</translation>
+    </message>
+</context>
+<context>
+    <name>DirectoryView</name>
+    <message>
+        <location filename="../DirectoryView.cpp" line="43" />
+        <source>This build has no directory service.</source>
+        <translation>Diese Version hat keinen Verzeichnisdienst.</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="50" />
+        <source>Directory Binding</source>
+        <translation>Verzeichnisanbindung</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="63" />
+        <source>Refresh</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="65" />
+        <source>Apply Mappings</source>
+        <translation>Zuordnungen anwenden</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="76" />
+        <source>Not Connected to Active Directory</source>
+        <translation>Nicht mit Active Directory verbunden</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="78" />
+        <source>This Mac is not bound to an Active Directory domain.
+Contact your IT administrator to join this Mac to AD.</source>
+        <translation>Dieser Rechner ist an keine Active-Directory-Domäne angebunden.
+Wenden Sie sich an Ihre IT-Abteilung, um ihn in AD aufzunehmen.</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="85" />
+        <source>Current User</source>
+        <translation>Aktueller Benutzer</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="95" />
+        <source>Group Mappings</source>
+        <translation>Gruppenzuordnungen</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="103" />
+        <source>Add a mapping</source>
+        <translation>Zuordnung hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="105" />
+        <source>Remove the selected mapping</source>
+        <translation>Ausgewählte Zuordnung entfernen</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="118" />
+        <source>Directory group, exactly as named (case-sensitive)</source>
+        <translation>Verzeichnisgruppe, genau wie benannt (Groß-/Kleinschreibung)</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="119" />
+        <source>Enabled</source>
+        <translation>Aktiv</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="121" />
+        <source>Group:</source>
+        <translation>Gruppe:</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="126" />
+        <source>Host</source>
+        <translation>Host</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="126" />
+        <source>Share</source>
+        <translation>Freigabe</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="126" />
+        <source>Protocol</source>
+        <translation>Protokoll</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="126" />
+        <source>Mount Point</source>
+        <translation>Einhängepunkt</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="133" />
+        <source>Add a share</source>
+        <translation>Freigabe hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="135" />
+        <source>Remove the selected share</source>
+        <translation>Ausgewählte Freigabe entfernen</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="202" />
+        <source>Checking…</source>
+        <translation>Prüfe…</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="222" />
+        <source>Not checked yet</source>
+        <translation>Noch nicht geprüft</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="228" />
+        <source>Domain: %1</source>
+        <translation>Domäne: %1</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="231" />
+        <source>Last checked: %1</source>
+        <translation>Zuletzt geprüft: %1</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="240" />
+        <source>Name: %1 (%2)</source>
+        <translation>Name: %1 (%2)</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="242" />
+        <source>E-mail: %1</source>
+        <translation>E-Mail: %1</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="244" />
+        <source>Home: %1</source>
+        <translation>Home: %1</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="245" />
+        <source>Groups: %1</source>
+        <translation>Gruppen: %1</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="245" />
+        <source>none</source>
+        <translation>keine</translation>
+    </message>
+    <message>
+        <location filename="../DirectoryView.cpp" line="260" />
+        <location filename="../DirectoryView.cpp" line="348" />
+        <source>(no group)</source>
+        <translation>(keine Gruppe)</translation>
+    </message>
+    <message numerus="yes">
+        <location filename="../DirectoryView.cpp" line="263" />
+        <source>%n share(s)</source>
+        <translation><numerusform>%n Freigabe</numerusform><numerusform>%n Freigaben</numerusform></translation>
+    </message>
+</context>
+<context>
+    <name>DiscoveryView</name>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="22" />
+        <location filename="../DiscoveryView.cpp" line="165" />
+        <source>Scan Network</source>
+        <translation>Netzwerk durchsuchen</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="28" />
+        <source>Browse Shares</source>
+        <translation>Freigaben anzeigen</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="32" />
+        <source>Retry</source>
+        <translation>Erneut versuchen</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="33" />
+        <source>Add Share</source>
+        <translation>Freigabe hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="52" />
+        <source>Servers</source>
+        <translation>Server</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="58" />
+        <source>Shares</source>
+        <translation>Freigaben</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="62" />
+        <source>guest</source>
+        <translation>Gast</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="65" />
+        <source>Username:</source>
+        <translation>Benutzername:</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="66" />
+        <source>Password:</source>
+        <translation>Passwort:</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="156" />
+        <source>Added share '%1'. Edit it in the Shares tab.</source>
+        <translation>Freigabe '%1' hinzugefügt. Bearbeiten Sie sie im Tab „Freigaben“.</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="157" />
+        <source>The share could not be added.</source>
+        <translation>Die Freigabe konnte nicht hinzugefügt werden.</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="165" />
+        <source>Stop Scan</source>
+        <translation>Suche beenden</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="203" />
+        <source>%1 (hidden)</source>
+        <translation>%1 (versteckt)</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="207" />
+        <source>Hidden share: its name ends in $</source>
+        <translation>Versteckte Freigabe: Ihr Name endet auf $</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="216" />
+        <source>Listing shares…</source>
+        <translation>Freigaben werden abgefragt…</translation>
+    </message>
+    <message>
+        <location filename="../DiscoveryView.cpp" line="229" />
+        <source>Shares can be listed for SMB servers only.</source>
+        <translation>Freigaben lassen sich nur für SMB-Server auflisten.</translation>
     </message>
 </context>
 <context>
@@ -343,6 +757,159 @@
         <location filename="../ErrorCodeReference.cpp" line="82" />
         <source>Done</source>
         <translation>Fertig</translation>
+    </message>
+</context>
+<context>
+    <name>ExchangeView</name>
+    <message>
+        <location filename="../ExchangeView.cpp" line="69" />
+        <location filename="../ExchangeView.cpp" line="136" />
+        <source>Your IT administrator has disabled export.</source>
+        <translation>Ihre IT-Abteilung hat den Export deaktiviert.</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="74" />
+        <location filename="../ExchangeView.cpp" line="135" />
+        <source>Your IT administrator has disabled import.</source>
+        <translation>Ihre IT-Abteilung hat den Import deaktiviert.</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="80" />
+        <source>Configuration File</source>
+        <translation>Konfigurationsdatei</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="81" />
+        <source>The whole setup (shares without passwords, share sets, rules and settings) as one .twconfig file, to move it to another machine.</source>
+        <translation>Die gesamte Einrichtung (Freigaben ohne Passwörter, Freigabe-Sets, Regeln und Einstellungen) als eine .twconfig-Datei, um sie auf einen anderen Rechner zu übertragen.</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="83" />
+        <source>Export Configuration…</source>
+        <translation>Konfiguration exportieren…</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="85" />
+        <source>Import Configuration…</source>
+        <translation>Konfiguration importieren…</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="90" />
+        <source>Share CSV</source>
+        <translation>Freigaben-CSV</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="91" />
+        <source>One share per line, for spreadsheets. Passwords are never exported; an import may carry them in a "password" column.</source>
+        <translation>Eine Freigabe pro Zeile, für Tabellenkalkulationen. Passwörter werden nie exportiert; ein Import kann sie in einer Spalte „password“ enthalten.</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="93" />
+        <source>Export Shares as CSV…</source>
+        <translation>Freigaben als CSV exportieren…</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="94" />
+        <source>Import Shares from CSV…</source>
+        <translation>Freigaben aus CSV importieren…</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="100" />
+        <source>Earlier Version</source>
+        <translation>Frühere Version</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="100" />
+        <source>Takes the shares, event log, share sets, directory mappings and settings from the preferences file of the macOS build (the file is only read).</source>
+        <translation>Übernimmt Freigaben, Ereignisprotokoll, Freigabe-Sets, Verzeichniszuordnungen und Einstellungen aus der Einstellungsdatei der macOS-Version (die Datei wird nur gelesen).</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="102" />
+        <source>Import from the macOS Build…</source>
+        <translation>Aus der macOS-Version importieren…</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="108" />
+        <source>Deployment</source>
+        <translation>Verteilung</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="108" />
+        <source>Create a configuration profile that pushes shares and policies to managed machines.</source>
+        <translation>Erstellt ein Konfigurationsprofil, das Freigaben und Richtlinien auf verwaltete Rechner verteilt.</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="110" />
+        <source>MDM Profile Generator…</source>
+        <translation>MDM-Profilgenerator…</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="185" />
+        <location filename="../ExchangeView.cpp" line="204" />
+        <location filename="../ExchangeView.cpp" line="209" />
+        <location filename="../ExchangeView.cpp" line="282" />
+        <location filename="../ExchangeView.cpp" line="299" />
+        <location filename="../ExchangeView.cpp" line="304" />
+        <source>Export Failed</source>
+        <translation>Export fehlgeschlagen</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="189" />
+        <source>Export Configuration</source>
+        <translation>Konfiguration exportieren</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="190" />
+        <source>Save the Tarnwell configuration (passwords not included)</source>
+        <translation>Tarnwell-Konfiguration sichern (ohne Passwörter)</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="213" />
+        <source>Exported configuration to %1</source>
+        <translation>Konfiguration nach %1 exportiert</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="222" />
+        <location filename="../ExchangeView.cpp" line="235" />
+        <location filename="../ExchangeView.cpp" line="246" />
+        <location filename="../ExchangeView.cpp" line="267" />
+        <location filename="../ExchangeView.cpp" line="315" />
+        <location filename="../ExchangeView.cpp" line="328" />
+        <location filename="../ExchangeView.cpp" line="336" />
+        <location filename="../ExchangeView.cpp" line="357" />
+        <location filename="../ExchangeView.cpp" line="372" />
+        <source>Import Failed</source>
+        <translation>Import fehlgeschlagen</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="306" />
+        <source>Exported shares to %1</source>
+        <translation>Freigaben nach %1 exportiert</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="319" />
+        <source>Import Shares from CSV</source>
+        <translation>Freigaben aus CSV importieren</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="320" />
+        <source>Select a CSV file with hostname and shareName columns</source>
+        <translation>Wählen Sie eine CSV-Datei mit den Spalten hostname und shareName</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="361" />
+        <source>Import from the macOS Build</source>
+        <translation>Aus der macOS-Version importieren</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="362" />
+        <source>Select the preferences file the macOS build left behind</source>
+        <translation>Wählen Sie die Einstellungsdatei der macOS-Version</translation>
+    </message>
+    <message>
+        <location filename="../ExchangeView.cpp" line="363" />
+        <source>Property lists (*.plist)</source>
+        <translation>Property-Listen (*.plist)</translation>
     </message>
 </context>
 <context>
@@ -636,6 +1203,145 @@
         <location filename="../PreferencesWindow.cpp" line="166" />
         <source>Updates come with your distribution's packages.</source>
         <translation>Aktualisierungen kommen mit den Paketen Ihrer Distribution.</translation>
+    </message>
+</context>
+<context>
+    <name>ProfileGeneratorWindow</name>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="33" />
+        <source>Allow users to add their own shares</source>
+        <translation>Benutzer dürfen eigene Freigaben hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="34" />
+        <source>Allow export (CSV, config, sets)</source>
+        <translation>Export erlauben (CSV, Konfiguration, Sets)</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="35" />
+        <source>Allow import (CSV, config, sets)</source>
+        <translation>Import erlauben (CSV, Konfiguration, Sets)</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="39" />
+        <source>Copy</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="40" />
+        <source>Save…</source>
+        <translation>Sichern…</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="44" />
+        <location filename="../ProfileGeneratorWindow.cpp" line="47" />
+        <source>MDM Profile Generator</source>
+        <translation>MDM-Profilgenerator</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="52" />
+        <source>Create a .mobileconfig profile for JAMF, Mosyle, Kandji, etc.</source>
+        <translation>Erstellt ein .mobileconfig-Profil für JAMF, Mosyle, Kandji usw.</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="58" />
+        <source>Organization</source>
+        <translation>Organisation</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="64" />
+        <source>Organization Name:</source>
+        <translation>Name der Organisation:</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="65" />
+        <source>Help Desk Email:</source>
+        <translation>Helpdesk-E-Mail:</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="68" />
+        <source>Policies</source>
+        <translation>Richtlinien</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="79" />
+        <source>Enforced Wi-Fi networks:</source>
+        <translation>Vorgeschriebene WLAN-Netze:</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="82" />
+        <source>Managed Shares</source>
+        <translation>Verwaltete Freigaben</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="85" />
+        <source>Nickname</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="85" />
+        <source>Hostname</source>
+        <translation>Hostname</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="85" />
+        <source>Share</source>
+        <translation>Freigabe</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="85" />
+        <source>Protocol</source>
+        <translation>Protokoll</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="85" />
+        <source>Locked</source>
+        <translation>Gesperrt</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="95" />
+        <source>Add a share</source>
+        <translation>Freigabe hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="98" />
+        <source>Remove the selected share</source>
+        <translation>Ausgewählte Freigabe entfernen</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="110" />
+        <source>Generate Profile</source>
+        <translation>Profil erzeugen</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="128" />
+        <source>Generated Profile</source>
+        <translation>Erzeugtes Profil</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="216" />
+        <source>Copied to clipboard</source>
+        <translation>In die Zwischenablage kopiert</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="229" />
+        <source>Save Configuration Profile</source>
+        <translation>Konfigurationsprofil sichern</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="230" />
+        <source>Deploy this file with your device-management service</source>
+        <translation>Verteilen Sie diese Datei mit Ihrer Geräteverwaltung</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="231" />
+        <source>Configuration profiles (*.mobileconfig)</source>
+        <translation>Konfigurationsprofile (*.mobileconfig)</translation>
+    </message>
+    <message>
+        <location filename="../ProfileGeneratorWindow.cpp" line="240" />
+        <source>Saved to %1</source>
+        <translation>Gesichert unter %1</translation>
     </message>
 </context>
 <context>
@@ -1123,52 +1829,52 @@ Der Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.</translati
         <translation>Tarnwell</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="79" />
+        <location filename="../TrayController.cpp" line="111" />
         <source>Mount</source>
         <translation>Verbinden</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="84" />
+        <location filename="../TrayController.cpp" line="115" />
         <source>Eject</source>
         <translation>Auswerfen</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="92" />
+        <location filename="../TrayController.cpp" line="122" />
         <source>Clean Up</source>
         <translation>Aufräumen</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="99" />
+        <location filename="../TrayController.cpp" line="131" />
         <source>No shares configured</source>
         <translation>Keine Freigaben eingerichtet</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="103" />
+        <location filename="../TrayController.cpp" line="135" />
         <source>Resume Auto-Mount</source>
         <translation>Auto-Mount fortsetzen</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="103" />
+        <location filename="../TrayController.cpp" line="135" />
         <source>Pause Auto-Mount</source>
         <translation>Auto-Mount pausieren</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="113" />
+        <location filename="../TrayController.cpp" line="146" />
         <source>Open Dashboard</source>
         <translation>Übersicht öffnen</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="114" />
+        <location filename="../TrayController.cpp" line="147" />
         <source>Log Manager…</source>
         <translation>Protokollverwaltung…</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="115" />
+        <location filename="../TrayController.cpp" line="148" />
         <source>Preferences…</source>
         <translation>Einstellungen…</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="117" />
+        <location filename="../TrayController.cpp" line="150" />
         <source>Quit Tarnwell</source>
         <translation>Tarnwell beenden</translation>
     </message>
