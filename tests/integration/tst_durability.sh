@@ -164,13 +164,14 @@ for run in 1 2 3; do
       done ) &
     writers="$writers $!"
   done
-  sleep "1.$((RANDOM % 10))"
+  # Once adds are being acknowledged, at a random moment while the writers keep going.
+  wait_for 120 test -s "$work/acked" || fail "run $run: no add was acknowledged"
+  sleep "0.$((RANDOM % 10))"
   kill_daemon KILL
   for p in $writers; do wait "$p" || true; done
   writers=""
   shares=$(stored_shares) || fail "run $run: the preferences file is cut off"
   python3 -c 'import json, sys; json.load(open(sys.argv[1]))' "$audit" || fail "run $run: the audit log is cut off"
-  [ -s "$work/acked" ] || fail "run $run: no add was acknowledged before the kill (kill came too early)"
   while read -r name; do
     grep -qxF "$name" <<<"$shares" || fail "run $run: the acknowledged share $name is lost"
   done <"$work/acked"
