@@ -1,7 +1,9 @@
 #include "AppDelegate.h"
 
+#include "EngineLock.h"
 #include "UnixSignalWatcher.h"
 #include "base/Console.h"
+#include "base/Paths.h"
 #include "base/NotificationCenter.h"
 #include "control/Control1Proxy.h"
 #include "control/ControlNames.h"
@@ -20,8 +22,17 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QTimer>
 
+#include <chrono>
 #include <csignal>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+const QString kLockFileName = QStringLiteral("/engine.lock");
+constexpr int kBusCheckMs = 1000;
+} // namespace
 
 AppDelegate::AppDelegate(QStringList urls, QObject *parent)
     : QObject(parent)
@@ -114,6 +125,13 @@ AppDelegate::LaunchResult AppDelegate::launch()
     else if (bus.interface()->isServiceRegistered(ControlNames::kServiceName).value())
         return forwardToRunningInstance();
 
+    QString why;
+    m_lock = EngineLock::acquire(Paths::configDir() + kLockFileName, &why);
+    if (!m_lock) {
+        Console::line(kSecondEngineLine.arg(why));
+        return LaunchResult::Failed;
+    }
+
     m_host = std::make_unique<EngineHost>(LinuxPlatform::createPorts());
     m_control = std::make_unique<ControlService>(m_host->engine(), m_host->eventLog(), m_host->auditLog());
     AutoMountScheduler *scheduler = &m_host->scheduler();
@@ -129,11 +147,37 @@ AppDelegate::LaunchResult AppDelegate::launch()
         m_served.clear();
         m_control.reset();
         m_host.reset();
+        m_lock.reset();
         return forwardToRunningInstance();
     }
 
+    if (haveBus) {
+        // Without the bus nobody can reach this engine, and it would hold the lock a new one needs. GIO's
+        // own session connection raises SIGTERM when the bus goes away, Qt may leave the event loop, and
+        // this check sees a connection that knows it is closed: whichever comes first ends the engine
+        // through quit(), with the line.
+        connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
+            if (m_quitting)
+                return;
+            reportLostBus();
+            quit();
+        });
+        auto *busCheck = new QTimer(this);
+        connect(busCheck, &QTimer::timeout, this, [this] {
+            if (!QDBusConnection::sessionBus().isConnected()) {
+                reportLostBus();
+                quit();
+            }
+        });
+        busCheck->start(kBusCheckMs);
+    }
+
     m_signals = std::make_unique<UnixSignalWatcher>(QList<int>{SIGINT, SIGTERM, SIGHUP});
-    connect(m_signals.get(), &UnixSignalWatcher::signalReceived, this, [this](int) { quit(); });
+    connect(m_signals.get(), &UnixSignalWatcher::signalReceived, this, [this](int number) {
+        if (!reportLostBus())
+            Console::line(QStringLiteral("🛑 [SETUP] Signal %1 received; quitting").arg(number));
+        quit();
+    });
 
     m_host->start();
 
@@ -150,11 +194,30 @@ AppDelegate::LaunchResult AppDelegate::launch()
     return LaunchResult::Running;
 }
 
+bool AppDelegate::reportLostBus()
+{
+    if (!m_exported)
+        return false;
+    // Answers at once either way; the connection may not know yet that the bus is gone.
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (bus.isConnected() && bus.interface()->isServiceRegistered(ControlNames::kServiceName).isValid())
+        return false;
+    Console::line(kBusLostLine);
+    return true;
+}
+
 void AppDelegate::quit()
 {
     if (m_quitting)
         return;
     m_quitting = true;
+    // Past the limit the process ends without the rest of the shutdown: what was saved is on disk (every
+    // store writes through), and a mount stuck in the kernel must not keep a stopped engine alive.
+    std::thread([] {
+        std::this_thread::sleep_for(std::chrono::seconds(kShutdownLimitSeconds));
+        Console::line(kShutdownTooLongLine.arg(kShutdownLimitSeconds));
+        ::_exit(2);
+    }).detach();
     // Stop answering first, so no client talks to an engine that is going away.
     unexport();
     if (m_host)

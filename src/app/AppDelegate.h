@@ -10,12 +10,16 @@
 
 class ControlService;
 class EngineHost;
+class EngineLock;
 class UnixSignalWatcher;
 
 // The application's life in one process: refuses to start a second engine (a second launch forwards its
-// tarnwell:// URLs to the running one over the session bus and ends), builds the EngineHost over the
+// tarnwell:// URLs to the running one over the session bus and ends; one that finds the user's files locked
+// by an engine it cannot reach says so and fails), builds the EngineHost over the
 // Linux ports, exports the control interface, starts the engine, and quits cleanly on SIGINT/SIGTERM or
-// on request (records saved, APP_QUIT written and on disk before the process ends).
+// on request (records saved, APP_QUIT written and on disk before the process ends), within
+// kShutdownLimitSeconds. Losing the session bus ends the engine cleanly as well: it could no longer be
+// controlled, and a new one must be able to start.
 //
 // The tray user interface, when there is one, attaches after launch() through host() and the control
 // service; the headless daemon runs exactly this without it.
@@ -29,6 +33,12 @@ public:
     static inline const QString kNoSessionBusLine =
         QStringLiteral("⚠️ [SETUP] No session bus: the control interface (tarnwellctl) is not available");
     static inline const QString kUrlFailedLine = QStringLiteral("❌ [SETUP] URL not handled: %1");
+    static inline const QString kSecondEngineLine = QStringLiteral("❌ [SETUP] Not starting a second engine: %1");
+    static inline const QString kBusLostLine = QStringLiteral("❌ [SETUP] Lost the session bus; shutting down");
+    static inline const QString kShutdownTooLongLine =
+        QStringLiteral("❌ [SETUP] Shutdown did not finish within %1 s; ending now");
+    // How long a quit may take (a mount hanging in the kernel must not keep the process alive).
+    static constexpr int kShutdownLimitSeconds = 20;
 
     enum class LaunchResult {
         Running,        // the engine runs; enter the event loop
@@ -61,8 +71,11 @@ private:
     void createServedObjects();
     bool exportControlInterface();
     void unexport();
+    // Prints kBusLostLine when the engine served the bus and the bus is gone; whether it did.
+    bool reportLostBus();
 
     QStringList m_urls;
+    std::unique_ptr<EngineLock> m_lock; // held while the engine lives; released after it is gone
     std::unique_ptr<EngineHost> m_host;
     std::unique_ptr<ControlService> m_control;
     std::vector<Served> m_served; // besides m_control; destroyed before the host they refer to

@@ -1,16 +1,15 @@
 #include "Defaults.h"
 
 #include "Console.h"
+#include "DurableFile.h"
 #include "Paths.h"
 #include "PropertyList.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QDeadlineTimer>
 #include <QMultiHash>
-#include <QSaveFile>
-
-#include <sys/stat.h>
 
 namespace {
 // Live instances by file, so a new reader of a file first waits for the writes a live one has pending.
@@ -69,13 +68,56 @@ void Defaults::flush()
 {
     QMutexLocker lock(&m_mutex);
     const quint64 target = m_generation;
-    while (m_written < target)
+    while (m_attempted < target)
         m_changed.wait(&m_mutex);
+}
+
+quint64 Defaults::generation() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_generation;
+}
+
+QString Defaults::lastSaveError() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_lastError;
+}
+
+void Defaults::setRetryInterval(int milliseconds)
+{
+    QMutexLocker lock(&m_mutex);
+    m_retryMs = milliseconds;
+    m_changed.wakeAll();
+}
+
+void Defaults::whenSaved(quint64 generation, QObject *context, SavedCallback done)
+{
+    QMutexLocker lock(&m_mutex);
+    m_waiters.append({generation, context, std::move(done)});
+    notifyWaitersLocked();
+}
+
+void Defaults::notifyWaitersLocked()
+{
+    for (qsizetype i = 0; i < m_waiters.size();) {
+        const Waiter &waiter = m_waiters.at(i);
+        if (waiter.generation > m_attempted) {
+            ++i;
+            continue;
+        }
+        const QString error = m_saved >= waiter.generation ? QString() : m_lastError;
+        if (QObject *context = waiter.context.data())
+            QMetaObject::invokeMethod(context, [done = waiter.done, error] { done(error); }, Qt::QueuedConnection);
+        m_waiters.removeAt(i);
+    }
 }
 
 void Defaults::loadLocked()
 {
     m_values.clear();
+    DurableFile::removeLeftovers(m_filePath);
+    DurableFile::makePrivate(m_filePath);
     QFile file(m_filePath);
     if (!file.exists())
         return;
@@ -210,47 +252,54 @@ void Defaults::scheduleWriteLocked()
 void Defaults::writerLoop()
 {
     QMutexLocker lock(&m_mutex);
+    QDeadlineTimer retryAt(QDeadlineTimer::Forever);
     for (;;) {
-        while (!m_stopping && m_written == m_generation)
-            m_changed.wait(&m_mutex);
-        if (m_written == m_generation)
-            return; // stopping, nothing pending
+        if (m_attempted == m_generation) {
+            if (m_stopping)
+                return; // everything was attempted; a failure was reported when it happened
+            const bool failing = m_saved < m_attempted;
+            if (!failing) {
+                m_changed.wait(&m_mutex);
+                continue;
+            }
+            if (!retryAt.hasExpired()) {
+                m_changed.wait(&m_mutex, retryAt);
+                continue;
+            }
+        }
         const quint64 generation = m_generation;
         const QVariantMap snapshot = m_values; // implicitly shared: cheap to take under the lock
         lock.unlock();
-        writeSnapshot(snapshot);
+        const QString error = writeSnapshot(snapshot);
         lock.relock();
-        m_written = generation;
+        m_attempted = generation;
+        if (error.isEmpty()) {
+            m_saved = generation;
+            if (!m_lastError.isEmpty())
+                Console::line(QStringLiteral("✅ [Persistence] Preferences saved again: ") + m_filePath);
+            m_lastError.clear();
+        } else {
+            // One line per reason, not one per retry.
+            if (error != m_lastError)
+                Console::line(QStringLiteral("❌ [Persistence] Preferences not saved (kept in memory, retried): ")
+                              + error);
+            m_lastError = error;
+            retryAt = QDeadlineTimer(m_retryMs);
+        }
+        notifyWaitersLocked();
         m_changed.wakeAll();
     }
 }
 
-bool Defaults::writeSnapshot(const QVariantMap &values) const
+QString Defaults::writeSnapshot(const QVariantMap &values) const
 {
-    if (m_readOnly) {
-        Console::line(QStringLiteral("❌ [Persistence] Preferences not saved: the damaged file ") + m_filePath
-                      + QStringLiteral(" is still in place"));
-        return false;
-    }
+    if (m_readOnly)
+        return QStringLiteral("the damaged file ") + m_filePath + QStringLiteral(" is still in place");
     const QByteArray bytes = PropertyList::serialize(QVariant(values));
-    if (bytes.isEmpty()) {
-        Console::line(QStringLiteral("⚠️ [Persistence] Preferences hold a value with no property-list form; not written"));
-        return false;
-    }
-    const QFileInfo info(m_filePath);
-    QDir().mkpath(info.absolutePath());
-    QSaveFile file(m_filePath);
-    if (!file.open(QIODevice::WriteOnly)) {
-        Console::line(QStringLiteral("⚠️ [Persistence] Could not write preferences file ") + m_filePath + QStringLiteral(": ")
-                      + file.errorString());
-        return false;
-    }
-    ::fchmod(file.handle(), S_IRUSR | S_IWUSR);
-    file.write(bytes);
-    if (!file.commit()) {
-        Console::line(QStringLiteral("⚠️ [Persistence] Could not write preferences file ") + m_filePath + QStringLiteral(": ")
-                      + file.errorString());
-        return false;
-    }
-    return true;
+    if (bytes.isEmpty())
+        return QStringLiteral("a value has no property-list form");
+    const DurableFile::Result result = DurableFile::write(m_filePath, bytes, 0600);
+    if (!result.ok)
+        return result.error + QStringLiteral(" (") + m_filePath + QLatin1Char(')');
+    return {};
 }

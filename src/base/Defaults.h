@@ -2,12 +2,16 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QList>
 #include <QMutex>
+#include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QVariant>
 #include <QWaitCondition>
 
 #include <atomic>
+#include <functional>
 #include <optional>
 #include <thread>
 
@@ -16,10 +20,16 @@
 // "present but of another kind" (the engine's fallbacks depend on that).
 //
 // Every change is handed to a writer thread at once; it serialises the newest state and replaces the file
-// atomically (temporary file + rename, mode 0600). Changes that arrive while a write is running are
-// coalesced into the next one, so the main thread never pays for serialising a large event log. flush()
-// waits until everything set so far is on disk; the destructor flushes, and opening a second instance on
-// the same file first flushes the live one, so a reader never sees an older state than a writer left.
+// through DurableFile (checked writes, fsync, atomic rename, mode 0600). Changes that arrive while a write
+// is running are coalesced into the next one, so the main thread never pays for serialising a large event
+// log. flush() waits until everything set so far was attempted; the destructor flushes, and opening a
+// second instance on the same file first flushes the live one, so a reader never sees an older state than
+// a writer left.
+//
+// A failed write (full disk, read-only folder) leaves the previous file as it was, prints one console line
+// (again only when the reason changes) and is retried every retryInterval() and with the next change, so
+// the newest state lands once space returns; "saved again" is printed then. Whoever must know whether a
+// change reached the disk takes generation() after making it and asks whenSaved().
 //
 // Thread-safe: the engine writes from the main thread, workers read (the probe reads its time-out).
 // A file that cannot be parsed at start is moved aside with a console line, never silently overwritten.
@@ -57,21 +67,46 @@ public:
     // Blocks until every change made before the call is written (or its write has failed).
     void flush();
 
+    // Counts the changes made so far; a change is on disk once a write carrying its generation succeeded.
+    quint64 generation() const;
+    // Calls `done` on `context`'s thread (queued, never inline) once the first write carrying `generation`
+    // was attempted: with an empty text when it is on disk, else with the reason it is not (it stays in
+    // memory and is retried). Nothing is called when the context is gone by then.
+    using SavedCallback = std::function<void(const QString &error)>;
+    void whenSaved(quint64 generation, QObject *context, SavedCallback done);
+    // The reason the last write failed; empty while the file holds everything attempted.
+    QString lastSaveError() const;
+
+    static constexpr int kDefaultRetryIntervalMs = 2000;
+    void setRetryInterval(int milliseconds);
+
     // Re-reads the file (used after an external change, and by tests).
     void reload();
 
 private:
     void scheduleWriteLocked();
     void writerLoop();
-    bool writeSnapshot(const QVariantMap &values) const;
+    QString writeSnapshot(const QVariantMap &values) const; // the error, empty on success
     void loadLocked();
+    void notifyWaitersLocked();
+
+    struct Waiter
+    {
+        quint64 generation;
+        QPointer<QObject> context;
+        SavedCallback done;
+    };
 
     const QString m_filePath;
     mutable QMutex m_mutex;
     QWaitCondition m_changed;
     QVariantMap m_values;
     quint64 m_generation = 0; // bumped by every change
-    quint64 m_written = 0;    // the generation the last finished write carried
+    quint64 m_attempted = 0;  // the generation the last finished write carried, whatever its outcome
+    quint64 m_saved = 0;      // the generation the last successful write carried
+    QString m_lastError;
+    QList<Waiter> m_waiters;
+    int m_retryMs = kDefaultRetryIntervalMs;
     bool m_stopping = false;
     // Set when a damaged file could not be moved aside: writing would destroy it.
     std::atomic<bool> m_readOnly = false;

@@ -3,7 +3,11 @@
 #include "ControlClient.h"
 #include "DateArgument.h"
 
-#include <QSaveFile>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
 
 int AuditCommand::run(const QStringList &arguments)
 {
@@ -42,22 +46,30 @@ int AuditCommand::run(const QStringList &arguments)
         bounds[i] = DateArgument::toWire(*date);
     }
 
-    ControlClient client;
-    ControlClient::Failure failure;
-    const auto text = client.wait(client.control().ExportAudit(kind, bounds[0], bounds[1]), &failure);
-    if (!text)
-        return failure.report();
-    if (!parser.isSet(output)) {
-        Cli::out(*text);
-        return kExitOk;
-    }
-    const QString path = parser.value(output);
-    QSaveFile file(path);
-    const QByteArray data = text->toUtf8();
-    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit()) {
-        Cli::err(QStringLiteral("Cannot write %1: %2").arg(path, file.errorString()));
+    // The engine writes the export to a file (a large log never travels as one bus message): the file the
+    // user named, or a private temporary one that is printed and removed.
+    const bool toStdout = !parser.isSet(output);
+    QTemporaryDir scratch(QDir::tempPath() + QStringLiteral("/tarnwellctl-XXXXXX"));
+    if (toStdout && !scratch.isValid()) {
+        Cli::err(QStringLiteral("Cannot create a temporary folder: %1").arg(scratch.errorString()));
         return kExitFailure;
     }
-    Cli::err(QStringLiteral("Wrote the audit log to %1").arg(path));
+    const QString path = toStdout ? scratch.filePath(QStringLiteral("audit.") + kind)
+                                  : QFileInfo(parser.value(output)).absoluteFilePath();
+    ControlClient client;
+    ControlClient::Failure failure;
+    const auto count = client.wait(client.control().ExportAuditToFile(kind, bounds[0], bounds[1], path), &failure);
+    if (!count)
+        return failure.report();
+    if (toStdout) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly)) {
+            Cli::err(QStringLiteral("Cannot read the export: %1").arg(file.errorString()));
+            return kExitFailure;
+        }
+        Cli::out(QString::fromUtf8(file.readAll()));
+        return kExitOk;
+    }
+    Cli::err(QStringLiteral("Wrote %1 audit entries to %2").arg(*count).arg(Cli::printable(path)));
     return kExitOk;
 }

@@ -1,9 +1,10 @@
 #include "ProfileCommand.h"
 
+#include "base/DurableFile.h"
+
 #include "enterprise/ProfileGenerator.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 namespace {
 
@@ -155,9 +156,9 @@ int ProfileCommand::generate(const QStringList &arguments)
         Cli::err(QStringLiteral("%1 exists; use --force to replace it").arg(path));
         return kExitFailure;
     }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0 || !file.commit()) {
-        Cli::err(QStringLiteral("Cannot write %1: %2").arg(path, file.errorString()));
+    const DurableFile::Result written = DurableFile::write(path, text.toUtf8(), 0600, /*createFolder=*/false);
+    if (!written.ok) {
+        Cli::err(QStringLiteral("Cannot write %1: %2").arg(path, written.error));
         return kExitFailure;
     }
     Cli::out(QStringLiteral("Wrote %1\n").arg(Cli::printable(path)));

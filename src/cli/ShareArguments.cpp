@@ -1,5 +1,8 @@
 #include "ShareArguments.h"
 
+#include "Command.h"
+#include "base/ShareFields.h"
+
 #include <QRegularExpression>
 #include <QUrl>
 
@@ -141,8 +144,12 @@ std::optional<ShareUrl> parseShareUrl(const QString &text, QString *error)
     ShareUrl result;
     result.protocolType = *protocol;
     result.hostname = url.host(QUrl::FullyDecoded);
-    if (url.port() > 0)
+    // An explicit port must be a real one: "smb://host:0/share" is refused, not read as the default.
+    if (url.port() != -1) {
+        if (const auto problem = ShareFields::checkPort(url.port()))
+            return fail(*problem);
         result.port = url.port();
+    }
     result.username = url.userName(QUrl::FullyDecoded);
     result.shareName = trimSlashes(url.path(QUrl::FullyDecoded));
     if (result.shareName.isEmpty() && !isWebDav(result.protocolType))
@@ -226,7 +233,7 @@ std::optional<QJsonObject> toRecordJson(const Flags &flags, bool forAdd, QString
         return fail(QStringLiteral("--mount-dir and --in-volumes exclude each other"));
     if (flags.mountDir) {
         if (!flags.mountDir->startsWith(QLatin1Char('/')))
-            return fail(QStringLiteral("--mount-dir must be an absolute path, not '%1'").arg(*flags.mountDir));
+            return fail(QStringLiteral("--mount-dir must be an absolute path, not '%1'").arg(Cli::printable(*flags.mountDir)));
         o[QStringLiteral("mountInVolumes")] = 0;
         o[QStringLiteral("customMountPoint")] = *flags.mountDir;
     }
@@ -257,6 +264,24 @@ std::optional<QJsonObject> toRecordJson(const Flags &flags, bool forAdd, QString
     } else if (o.isEmpty()) {
         return fail(QStringLiteral("Nothing to change: give at least one setting"));
     }
+
+    // The engine applies the same checks; asking first gives a usage error before anything is sent.
+    ShareFields::Fields fields;
+    const auto text = [&o](const char *key) {
+        const QString k = QLatin1String(key);
+        return o.contains(k) ? std::optional<QString>(o.value(k).toString()) : std::nullopt;
+    };
+    fields.hostname = text("hostname");
+    fields.shareName = text("shareName");
+    fields.username = text("username");
+    fields.nickname = text("nickname");
+    fields.customMountPoint = text("customMountPoint");
+    fields.group = text("group");
+    fields.macAddress = text("macAddress");
+    if (o.value(QStringLiteral("port")).isDouble())
+        fields.port = qint64(o.value(QStringLiteral("port")).toDouble());
+    if (const auto problem = ShareFields::check(fields))
+        return fail(*problem);
     return o;
 }
 

@@ -20,6 +20,8 @@ inline const QString kErrorInvalidArgument = QStringLiteral("io.tarnwell.Tarnwel
 inline const QString kErrorDuplicate = QStringLiteral("io.tarnwell.Tarnwell.Error.Duplicate");
 inline const QString kErrorNotAvailable = QStringLiteral("io.tarnwell.Tarnwell.Error.NotAvailable");
 inline const QString kErrorFailed = QStringLiteral("io.tarnwell.Tarnwell.Error.Failed");
+// The change is made in the running engine but could not be written to disk (yet).
+inline const QString kErrorNotSaved = QStringLiteral("io.tarnwell.Tarnwell.Error.NotSaved");
 
 // The text every client shows when nobody owns the bus name.
 inline const QString kNoEngineMessage = QStringLiteral(

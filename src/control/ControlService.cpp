@@ -6,12 +6,15 @@
 #include "ShareResolver.h"
 #include "UrlCommand.h"
 
+#include "base/Defaults.h"
+#include "base/DurableFile.h"
 #include "core/CredentialStore.h"
 #include "core/MountEngine.h"
 #include "logging/EnterpriseAuditLog.h"
 #include "logging/LogEventManager.h"
 
 #include <QDBusConnection>
+#include <QDir>
 #include <QDBusMessage>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -319,6 +322,22 @@ ControlService::Result<QString> ControlService::exportAudit(const QString &forma
                           QStringLiteral("Unknown audit export format '%1' (use csv or json)").arg(format))};
 }
 
+ControlService::Result<int> ControlService::exportAuditToFile(const QString &format, const QString &since,
+                                                              const QString &until, const QString &path) const
+{
+    if (!QDir::isAbsolutePath(path))
+        return {0, makeError(ControlNames::kErrorInvalidArgument, QStringLiteral("The export path must be absolute: '%1'").arg(path))};
+    const Result<QString> text = exportAudit(format, since, until);
+    if (!text.ok())
+        return {0, text.error};
+    bool ok = true;
+    const int count = int(m_auditLog.filtered(parseBound(since, &ok), parseBound(until, &ok)).size());
+    const DurableFile::Result written = DurableFile::write(path, text.value.toUtf8(), 0600, /*createFolder=*/false);
+    if (!written.ok)
+        return {0, makeError(ControlNames::kErrorFailed, QStringLiteral("Cannot write %1: %2").arg(path, written.error))};
+    return {count, {}};
+}
+
 ControlService::Result<ControlService::Done> ControlService::handleUrl(const QString &url)
 {
     QString why;
@@ -359,6 +378,25 @@ void ControlService::reply(const Error &error)
         sendErrorReply(error.name, error.message);
 }
 
+void ControlService::replyWhenSaved(const QVariant &value)
+{
+    if (!calledFromDBus())
+        return;
+    setDelayedReply(true);
+    const QDBusMessage call = message();
+    const QDBusConnection bus = connection();
+    Defaults &defaults = m_engine.store().defaults();
+    defaults.whenSaved(defaults.generation(), this, [call, bus, value](const QString &error) {
+        QDBusConnection connection(bus);
+        if (!error.isEmpty())
+            connection.send(call.createErrorReply(ControlNames::kErrorNotSaved, kNotSaved.arg(error)));
+        else if (value.isValid())
+            connection.send(call.createReply(value));
+        else
+            connection.send(call.createReply());
+    });
+}
+
 QString ControlService::ListRecords()
 {
     const auto r = listRecords();
@@ -383,23 +421,34 @@ qlonglong ControlService::ResolveShare(const QString &query)
 qlonglong ControlService::AddRecord(const QString &record, const QString &password)
 {
     const auto r = addRecord(record, password);
+    if (r.ok())
+        replyWhenSaved(QVariant::fromValue<qlonglong>(r.value));
     reply(r.error);
     return r.value;
 }
 
 void ControlService::EditRecord(qlonglong id, const QString &record)
 {
-    reply(editRecord(id, record).error);
+    const auto r = editRecord(id, record);
+    if (r.ok())
+        replyWhenSaved();
+    reply(r.error);
 }
 
 void ControlService::SetPassword(qlonglong id, const QString &password)
 {
-    reply(setPassword(id, password).error);
+    const auto r = setPassword(id, password);
+    if (r.ok())
+        replyWhenSaved();
+    reply(r.error);
 }
 
 void ControlService::RemoveRecord(qlonglong id)
 {
-    reply(removeRecord(id).error);
+    const auto r = removeRecord(id);
+    if (r.ok())
+        replyWhenSaved();
+    reply(r.error);
 }
 
 void ControlService::Mount(qlonglong id)
@@ -461,6 +510,14 @@ QString ControlService::EventLog(int limit)
 QString ControlService::ExportAudit(const QString &format, const QString &since, const QString &until)
 {
     const auto r = exportAudit(format, since, until);
+    reply(r.error);
+    return r.value;
+}
+
+int ControlService::ExportAuditToFile(const QString &format, const QString &since, const QString &until,
+                                      const QString &path)
+{
+    const auto r = exportAuditToFile(format, since, until, path);
     reply(r.error);
     return r.value;
 }

@@ -64,6 +64,9 @@ public:
     static inline const QString kNothingToPause =
         QStringLiteral("Auto-mount can be paused only while at least one share is mounted");
     static inline const QString kNotAvailable = QStringLiteral("%1 is not available in this build");
+    static inline const QString kNotSaved =
+        QStringLiteral("Not saved: %1. The change is kept by the running engine and saved as soon as the disk "
+                       "accepts it");
 
     ControlService(MountEngine &engine, LogEventManager &eventLog, EnterpriseAuditLog &auditLog,
                    QObject *parent = nullptr);
@@ -102,6 +105,9 @@ public:
     Result<Done> resume();
     Result<QString> eventLog(int limit) const;
     Result<QString> exportAudit(const QString &format, const QString &since, const QString &until) const;
+    // The export written to `path` (absolute) through DurableFile, mode 0600; the number of entries.
+    Result<int> exportAuditToFile(const QString &format, const QString &since, const QString &until,
+                                  const QString &path) const;
     Result<Done> handleUrl(const QString &url);
 
     // --- Called by the adaptor (the interface's method names) ---
@@ -121,6 +127,7 @@ public:
     void Resume();
     QString EventLog(int limit);
     QString ExportAudit(const QString &format, const QString &since, const QString &until);
+    int ExportAuditToFile(const QString &format, const QString &since, const QString &until, const QString &path);
     void HandleUrl(const QString &url);
 
 private:
@@ -128,6 +135,10 @@ private:
     QString statusOf(qint64 id) const;
     // Sends the error as the D-Bus reply when the call came over the bus.
     void reply(const Error &error);
+    // For a settings change made over the bus: the reply (`value`, or none when invalid) is held back until
+    // the preferences writer reports the change on disk, or becomes NotSaved with the reason. The main
+    // thread does not wait meanwhile.
+    void replyWhenSaved(const QVariant &value = QVariant());
 
     MountEngine &m_engine;
     LogEventManager &m_eventLog;

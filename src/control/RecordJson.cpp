@@ -1,5 +1,6 @@
 #include "RecordJson.h"
 
+#include "base/ShareFields.h"
 #include "core/ProtocolName.h"
 
 #include <QJsonValue>
@@ -127,6 +128,23 @@ bool apply(const QJsonObject &json, VolumeRecord &record, QString *error)
             return fail(QStringLiteral("unknown key '%1'").arg(key));
         }
     }
+    // The same checks as every other way in (command line, importers, editor), on the keys given.
+    ShareFields::Fields fields;
+    const auto given = [&json](const QString &key, const QString &value) {
+        return json.contains(key) ? std::optional<QString>(value) : std::nullopt;
+    };
+    fields.hostname = given(kHostname, edited.hostname_String);
+    fields.shareName = given(kShareName, edited.volume_String);
+    fields.username = given(kUsername, edited.username_String);
+    fields.nickname = given(kNickname, edited.nickname_String);
+    fields.customMountPoint = given(kCustomMountPoint, edited.unique_mountpoint_fullpath_String);
+    fields.group = given(kGroup, edited.group_String);
+    fields.macAddress = given(kMacAddress, edited.macAddress_String);
+    fields.allowedSSIDs = given(kAllowedSSIDs, edited.allowedSSIDs_String);
+    if (json.contains(kPort))
+        fields.port = edited.port_Int;
+    if (const auto problem = ShareFields::check(fields))
+        return fail(*problem);
     record = edited;
     return true;
 }

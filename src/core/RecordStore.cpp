@@ -25,6 +25,11 @@ QString RecordStore::backupKey()
     return Preferences::Keys::VolumeRecordArray + QStringLiteral("_backup");
 }
 
+QString RecordStore::undecodableKey()
+{
+    return Preferences::Keys::VolumeRecordArray + QStringLiteral("_undecodable");
+}
+
 RecordStore::RecordStore(Defaults &defaults, NotificationCenter *center)
     : m_defaults(defaults)
     , m_center(center)
@@ -41,6 +46,8 @@ int RecordStore::load()
 
     if (const auto list = m_defaults.array(key)) {
         int failures = 0;
+        QVariantList keptAside = m_defaults.array(undecodableKey()).value_or(QVariantList());
+        const qsizetype keptBefore = keptAside.size();
         for (qsizetype i = 0; i < list->size(); ++i) {
             const QVariant &element = list->at(i);
             QString failedKey;
@@ -50,14 +57,19 @@ int RecordStore::load()
             else
                 failedKey = QStringLiteral("(not a dictionary)");
             if (!record) {
-                // The stored value stays as it is until the next save; only then is this element dropped.
+                // Kept aside before the next save drops it from the list.
                 Console::line(kDecodeFailedLine + QStringLiteral("record at index ") + QString::number(i)
-                              + QStringLiteral(" skipped, missing or mistyped ") + failedKey);
+                              + QStringLiteral(" skipped, missing or mistyped ") + failedKey
+                              + QStringLiteral("; kept under ") + undecodableKey());
+                if (!keptAside.contains(element))
+                    keptAside.append(element);
                 ++failures;
                 continue;
             }
             m_records.append(*record);
         }
+        if (keptAside.size() != keptBefore)
+            m_defaults.setValue(undecodableKey(), keptAside);
         return failures;
     }
 

@@ -22,8 +22,9 @@ class NotificationCenter;
 //
 // Damaged data never stops start-up and is never dropped without a console line:
 // - a stored element that cannot be decoded (not a dictionary, or a required key missing or mistyped) is
-//   skipped with a console line naming its index; the others load. The stored value is left as it is until
-//   the next save(), which writes only the records that loaded.
+//   skipped with a console line naming its index and the key; the others load. The element itself is
+//   copied, as it stands, to undecodableKey() (added to what is kept there, never twice), so the next
+//   save(), which writes only the records that loaded, loses nothing a user could still repair.
 // - a stored value that is not an array is copied under backupKey() (replacing an older backup), a console
 //   line is printed, and the store starts empty; the next save() replaces the original key. A data value is
 //   first tried as a keyed archive of an older build (LegacyArchive); when that decodes, its records load
@@ -39,6 +40,8 @@ public:
 
     // Where a stored record value of an unexpected kind is kept aside: "Tarnwell_VolumeRecordArray_backup".
     static QString backupKey();
+    // Where stored elements that could not be decoded are kept: "Tarnwell_VolumeRecordArray_undecodable".
+    static QString undecodableKey();
 
     // The centre may be null (then nothing is posted).
     explicit RecordStore(Defaults &defaults, NotificationCenter *center = nullptr);
@@ -50,6 +53,9 @@ public:
     // Hands the whole list to the preferences, which write it through. False (with the console line) when the
     // list has no property-list form; a failed file write is reported by Defaults with its own console line.
     bool save();
+
+    // The preferences domain the records are stored in (callers that must know when a save landed ask it).
+    Defaults &defaults() const { return m_defaults; }
 
     const QList<VolumeRecord> &records() const { return m_records; }
     qsizetype size() const { return m_records.size(); }

@@ -1,5 +1,8 @@
 #include "ConfigurationManager.h"
 
+#include "base/DurableFile.h"
+#include "core/RecordFields.h"
+
 #include "RulesExchange.h"
 #include "ShareCsv.h"
 #include "ShareSetManager.h"
@@ -16,7 +19,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QPointer>
-#include <QSaveFile>
 #include <QSet>
 #include <QTimeZone>
 
@@ -177,9 +179,10 @@ QString ConfigurationManager::readFile(const QString &path, QByteArray *bytes)
 
 QString ConfigurationManager::writeFile(const QString &path, const QByteArray &bytes)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        return QStringLiteral("Cannot write ") + path + QStringLiteral(": ") + file.errorString();
+    // Exports carry hosts, users and shares: private to the user, and never half written.
+    const DurableFile::Result result = DurableFile::write(path, bytes, 0600, /*createFolder=*/false);
+    if (!result.ok)
+        return QStringLiteral("Cannot write ") + path + QStringLiteral(": ") + result.error;
     return QString();
 }
 
@@ -533,6 +536,10 @@ ConfigurationManager::Result<ImportResult> ConfigurationManager::importConfigura
     bool updated = false;
     for (const QJsonValue &v : root.value(QStringLiteral("shares")).toArray()) {
         VolumeRecord incoming = *shareFromJson(v.toObject());
+        if (RecordFields::check(incoming)) {
+            ++result.sharesSkipped; // a share no other way in would accept
+            continue;
+        }
         const qint64 fileId = incoming.internal_ID_Int;
         const QString key = duplicateKey(incoming);
         const auto dup = local.constFind(key);

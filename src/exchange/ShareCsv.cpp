@@ -1,5 +1,7 @@
 #include "ShareCsv.h"
 
+#include "core/RecordFields.h"
+
 #include <QHash>
 
 namespace ShareCsv {
@@ -147,6 +149,11 @@ Parsed parse(const QString &text)
             r.auto_Mount = parseBool(*v) ? 1 : 0;
         if (auto v = cell(columns.password); v && isRealPassword(*v))
             row.password = *v;
+        if (const auto problem = RecordFields::check(r)) {
+            parsed.warnings.append(QStringLiteral("Line %1: %2").arg(lineNumber).arg(*problem));
+            parsed.warningLines.append(lineNumber);
+            continue;
+        }
         parsed.rows.append(row);
     }
     if (!haveHeader)

@@ -1,6 +1,7 @@
 #include "AuditLogFile.h"
 
 #include "base/Console.h"
+#include "base/DurableFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -8,15 +9,16 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonParseError>
-#include <QSaveFile>
 
 namespace {
-const QString kSaveFailedLine = QStringLiteral("❌ [AUDIT] Failed to save audit log: ");
 const QString kKeptAsideLine = QStringLiteral("⚠️ [AUDIT] Unreadable audit log kept as ");
+const QString kEntriesLeftOutLine =
+    QStringLiteral("⚠️ [AUDIT] Unreadable audit entries left out of the log; the file as it was is kept as ");
 const QString kKeepAsideFailedLine = QStringLiteral("❌ [AUDIT] Could not keep unreadable audit log aside: ");
 
-// Renames a file we are about to replace because it cannot be decoded; its content stays for inspection.
-bool keepAside(const QString &filePath)
+// Renames a file we are about to replace because it cannot be decoded (whole or in part); its content
+// stays for inspection.
+bool keepAside(const QString &filePath, const QString &keptLine = kKeptAsideLine)
 {
     const QString stem =
         filePath + QStringLiteral(".corrupt-") + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
@@ -24,7 +26,7 @@ bool keepAside(const QString &filePath)
     for (int n = 1; QFileInfo::exists(target) && n < 1000; ++n)
         target = stem + QLatin1Char('-') + QString::number(n);
     if (QFile::rename(filePath, target)) {
-        Console::line(kKeptAsideLine + target);
+        Console::line(keptLine + target);
         return true;
     }
     Console::line(kKeepAsideFailedLine + filePath);
@@ -34,8 +36,10 @@ bool keepAside(const QString &filePath)
 
 namespace {
 // Parses and validates the file content; the array is kept as parsed so an append rewrites old entries
-// without converting them back and forth.
-std::optional<QJsonArray> parseArray(const QByteArray &bytes, QList<AuditLogEntry> *entries, QString *error)
+// without converting them back and forth. A file that is no JSON array fails as a whole; an entry that
+// cannot be decoded is left out alone, with its index and reason in *skipped.
+std::optional<QJsonArray> parseArray(const QByteArray &bytes, QList<AuditLogEntry> *entries, QString *error,
+                                     QStringList *skipped)
 {
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
@@ -49,7 +53,8 @@ std::optional<QJsonArray> parseArray(const QByteArray &bytes, QList<AuditLogEntr
             *error = QStringLiteral("the file does not hold a JSON array");
         return std::nullopt;
     }
-    QJsonArray array = document.array();
+    const QJsonArray array = document.array();
+    QJsonArray good;
     if (entries)
         entries->reserve(array.size());
     for (qsizetype i = 0; i < array.size(); ++i) {
@@ -60,23 +65,24 @@ std::optional<QJsonArray> parseArray(const QByteArray &bytes, QList<AuditLogEntr
         else
             entryError = QStringLiteral("not an object");
         if (!entry) {
-            if (error)
-                *error = QStringLiteral("entry %1: %2").arg(i).arg(entryError);
-            return std::nullopt;
+            if (skipped)
+                skipped->append(QStringLiteral("entry %1: %2").arg(i).arg(entryError));
+            continue;
         }
+        good.append(array.at(i));
         if (entries)
             entries->append(std::move(*entry));
     }
-    return array;
+    return good;
 }
 } // namespace
 
 namespace AuditLogFile {
 
-std::optional<QList<AuditLogEntry>> decode(const QByteArray &bytes, QString *error)
+std::optional<QList<AuditLogEntry>> decode(const QByteArray &bytes, QString *error, QStringList *skipped)
 {
     QList<AuditLogEntry> entries;
-    if (!parseArray(bytes, &entries, error))
+    if (!parseArray(bytes, &entries, error, skipped))
         return std::nullopt;
     return entries;
 }
@@ -89,7 +95,7 @@ QByteArray encode(const QList<AuditLogEntry> &entries)
     return QJsonDocument(array).toJson(QJsonDocument::Indented);
 }
 
-std::optional<QList<AuditLogEntry>> read(const QString &filePath, QString *error)
+std::optional<QList<AuditLogEntry>> read(const QString &filePath, QString *error, QStringList *skipped)
 {
     QFile file(filePath);
     if (!file.exists())
@@ -99,43 +105,49 @@ std::optional<QList<AuditLogEntry>> read(const QString &filePath, QString *error
             *error = file.errorString();
         return std::nullopt;
     }
-    return decode(file.readAll(), error);
+    return decode(file.readAll(), error, skipped);
 }
 
-bool append(const QString &filePath, const AuditLogEntry &entry, int maxEntries)
+bool append(const QString &filePath, const QList<AuditLogEntry> &newestFirst, int maxEntries, QString *error)
 {
     QJsonArray array;
     QFile existing(filePath);
     if (existing.exists()) {
         if (!existing.open(QIODevice::ReadOnly)) {
             // Replacing a file we could not even read could destroy history; leave it and report.
-            Console::line(kSaveFailedLine + existing.errorString());
+            if (error)
+                *error = existing.errorString();
             return false;
         }
         const QByteArray bytes = existing.readAll();
         existing.close();
-        if (auto parsed = parseArray(bytes, nullptr, nullptr))
-            array = std::move(*parsed);
-        else if (!bytes.trimmed().isEmpty())
-            keepAside(filePath);
+        QStringList skipped;
+        const auto parsed = parseArray(bytes, nullptr, nullptr, &skipped);
+        if (parsed)
+            array = *parsed;
+        // Rewriting drops what could not be read: the file as it was goes aside first.
+        const bool unreadable = parsed ? !skipped.isEmpty() : !bytes.trimmed().isEmpty();
+        if (unreadable && !keepAside(filePath, parsed ? kEntriesLeftOutLine : kKeptAsideLine)) {
+            if (error)
+                *error = QStringLiteral("the unreadable file could not be kept aside");
+            return false;
+        }
     }
 
-    array.prepend(entry.toJson());
-    while (array.size() > maxEntries)
-        array.removeLast();
+    QJsonArray merged;
+    for (const AuditLogEntry &entry : newestFirst) {
+        if (merged.size() >= maxEntries)
+            break;
+        merged.append(entry.toJson());
+    }
+    for (qsizetype i = 0; i < array.size() && merged.size() < maxEntries; ++i)
+        merged.append(array.at(i));
 
-    QDir().mkpath(QFileInfo(filePath).absolutePath());
-    QSaveFile out(filePath);
-    if (!out.open(QIODevice::WriteOnly)) {
-        Console::line(kSaveFailedLine + out.errorString());
-        return false;
-    }
-    out.write(QJsonDocument(array).toJson(QJsonDocument::Indented));
-    if (!out.commit()) {
-        Console::line(kSaveFailedLine + out.errorString());
-        return false;
-    }
-    return true;
+    const DurableFile::Result result =
+        DurableFile::write(filePath, QJsonDocument(merged).toJson(QJsonDocument::Indented), 0600);
+    if (!result.ok && error)
+        *error = result.error;
+    return result.ok;
 }
 
 } // namespace AuditLogFile

@@ -4,6 +4,7 @@
 #include "platform/Clock.h"
 
 #include "base/Console.h"
+#include "base/DurableFile.h"
 #include "base/Paths.h"
 #include "logging/AuditLogFile.h"
 
@@ -22,6 +23,9 @@ namespace {
 const QString kLogLinePrefix = QStringLiteral("📋 [AUDIT] ");
 const QString kLoadedLine = QStringLiteral("📋 [AUDIT] Loaded %1 audit log entries");
 const QString kLoadFailedLine = QStringLiteral("❌ [AUDIT] Failed to load audit log: ");
+const QString kEntriesSkippedLine = QStringLiteral("⚠️ [AUDIT] %1 unreadable audit entries left out: %2");
+const QString kSaveFailedLine = QStringLiteral("❌ [AUDIT] Failed to save audit log: ");
+const QString kSavedAgainLine = QStringLiteral("✅ [AUDIT] Audit log saved again");
 const QString kFileName = QStringLiteral("audit_log.json");
 const QString kUnknownMachine = QStringLiteral("Unknown");
 
@@ -58,18 +62,24 @@ EnterpriseAuditLog::EnterpriseAuditLog(const QString &filePath, QObject *parent)
     , m_userName(currentUserName())
     , m_machineName(currentMachineName())
 {
-    m_writer.setMaxThreadCount(1);
-    // A missing folder is created now; if that fails the first write reports it.
-    QDir().mkpath(QFileInfo(m_filePath).absolutePath());
+    // A missing folder is created now (private: the log names users, hosts and shares); if that fails the
+    // first write reports it.
+    DurableFile::makeFolder(QFileInfo(m_filePath).absolutePath());
+    DurableFile::removeLeftovers(m_filePath);
+    DurableFile::makePrivate(m_filePath);
+    m_writer = std::thread([this] { writerLoop(); });
 
     if (!QFileInfo::exists(m_filePath))
         return;
     QString error;
-    auto loaded = AuditLogFile::read(m_filePath, &error);
+    QStringList skipped;
+    auto loaded = AuditLogFile::read(m_filePath, &error, &skipped);
     if (!loaded) {
         Console::line(kLoadFailedLine + error);
         return;
     }
+    if (!skipped.isEmpty())
+        Console::line(kEntriesSkippedLine.arg(skipped.size()).arg(skipped.join(QStringLiteral("; "))));
     // Only the newest entries are kept in memory; the file itself is left as it is.
     if (loaded->size() > kMaxMemoryEntries)
         loaded->resize(kMaxMemoryEntries);
@@ -79,7 +89,72 @@ EnterpriseAuditLog::EnterpriseAuditLog(const QString &filePath, QObject *parent)
 
 EnterpriseAuditLog::~EnterpriseAuditLog()
 {
-    m_writer.waitForDone();
+    {
+        QMutexLocker lock(&m_writeMutex);
+        m_stopping = true;
+        m_writeChanged.wakeAll();
+    }
+    m_writer.join(); // what is queued gets one more attempt first
+}
+
+void EnterpriseAuditLog::writerLoop()
+{
+    QMutexLocker lock(&m_writeMutex);
+    QDeadlineTimer retryAt(QDeadlineTimer::Forever);
+    for (;;) {
+        const bool fresh = m_attemptedCount < m_loggedCount; // entries no write has carried yet
+        if (!fresh) {
+            if (m_stopping)
+                return;
+            if (m_unwritten.isEmpty()) {
+                m_writeChanged.wait(&m_writeMutex);
+                continue;
+            }
+            if (!retryAt.hasExpired()) {
+                m_writeChanged.wait(&m_writeMutex, retryAt);
+                continue;
+            }
+        }
+        const quint64 carried = m_loggedCount;
+        QList<AuditLogEntry> batch;
+        batch.reserve(m_unwritten.size());
+        for (auto it = m_unwritten.crbegin(); it != m_unwritten.crend(); ++it)
+            batch.append(*it); // newest first, as the file holds them
+        const qsizetype taken = m_unwritten.size();
+        lock.unlock();
+        QString error;
+        const bool ok = AuditLogFile::append(m_filePath, batch, kMaxDiskEntries, &error);
+        lock.relock();
+        m_attemptedCount = carried;
+        if (ok) {
+            m_unwritten.remove(0, taken); // newer entries arrived meanwhile stay queued
+            if (!m_lastWriteError.isEmpty())
+                Console::line(kSavedAgainLine);
+            m_lastWriteError.clear();
+        } else {
+            if (error != m_lastWriteError)
+                Console::line(kSaveFailedLine + error);
+            m_lastWriteError = error;
+            retryAt = QDeadlineTimer(m_retryMs);
+            // The file keeps only the newest entries anyway: a long outage must not grow memory without end.
+            if (m_unwritten.size() > kMaxDiskEntries)
+                m_unwritten.remove(0, m_unwritten.size() - kMaxDiskEntries);
+        }
+        m_writeChanged.wakeAll();
+    }
+}
+
+int EnterpriseAuditLog::pendingEntryCount() const
+{
+    QMutexLocker lock(&m_writeMutex);
+    return int(m_unwritten.size());
+}
+
+void EnterpriseAuditLog::setRetryInterval(int milliseconds)
+{
+    QMutexLocker lock(&m_writeMutex);
+    m_retryMs = milliseconds;
+    m_writeChanged.wakeAll();
 }
 
 QString EnterpriseAuditLog::standardFilePath()
@@ -126,7 +201,12 @@ void EnterpriseAuditLog::log(AuditEventType type, const std::optional<QString> &
     entry.errorCode = errorCode;
 
     QMetaObject::invokeMethod(this, [this, entry] { insertInMemory(entry); }, Qt::QueuedConnection);
-    m_writer.start([path = m_filePath, entry] { AuditLogFile::append(path, entry, kMaxDiskEntries); });
+    {
+        QMutexLocker lock(&m_writeMutex);
+        m_unwritten.append(entry);
+        ++m_loggedCount;
+        m_writeChanged.wakeAll();
+    }
     Console::line(kLogLinePrefix + AuditEventTypes::rawValue(type) + QStringLiteral(": ") + details);
 }
 
@@ -184,5 +264,8 @@ std::optional<QByteArray> EnterpriseAuditLog::exportJSON(std::optional<QDateTime
 
 void EnterpriseAuditLog::waitForPendingWrites()
 {
-    m_writer.waitForDone();
+    QMutexLocker lock(&m_writeMutex);
+    const quint64 target = m_loggedCount;
+    while (m_attemptedCount < target)
+        m_writeChanged.wait(&m_writeMutex);
 }

@@ -7,10 +7,13 @@
 #include <QList>
 #include <QObject>
 #include <QString>
-#include <QThreadPool>
+#include <QDeadlineTimer>
+#include <QMutex>
+#include <QWaitCondition>
 
 #include <atomic>
 #include <optional>
+#include <thread>
 
 class Clock;
 
@@ -21,8 +24,11 @@ class Clock;
 // outlive every thread that calls log().
 // Threads: log() may be called from any thread. The in-memory list is changed only on the object's own
 // (main) thread, through a queued invocation; entries(), exports and the signal belong to that thread.
-// File appends run on one private serial writer thread, in call order, each reading and rewriting the
-// whole file atomically, so simultaneous events never lose an entry and a crash never leaves half a file.
+// File appends run on one private writer thread: entries logged while a write runs are coalesced into the
+// next one (a burst costs a few rewrites, not one per entry), each write reads the file and replaces it
+// through DurableFile, so simultaneous events never lose an entry and a crash never leaves half a file.
+// A failed write keeps its entries queued, prints "❌ [AUDIT] Failed to save audit log: " + reason once per
+// reason, and is retried every retry interval and with the next entry.
 class EnterpriseAuditLog : public QObject
 {
     Q_OBJECT
@@ -63,9 +69,14 @@ public:
     // Pretty-printed JSON array, sorted keys, ISO 8601 dates; nullopt when encoding fails.
     std::optional<QByteArray> exportJSON(std::optional<QDateTime> start, std::optional<QDateTime> end) const;
 
-    // Blocks until every queued file append has finished (tests, benches, shutdown). Not for the main
-    // thread during normal operation.
+    // Blocks until every entry logged so far was written or its write failed (tests, benches, shutdown).
+    // Not for the main thread during normal operation.
     void waitForPendingWrites();
+    // Entries logged but not yet on disk (their last write failed, or it is still running).
+    int pendingEntryCount() const;
+
+    static constexpr int kDefaultRetryIntervalMs = 2000;
+    void setRetryInterval(int milliseconds);
 
     // Login name of the user (getpwuid), and the machine's pretty host name (else the host name, else
     // "Unknown"), as recorded in every entry.
@@ -78,11 +89,21 @@ Q_SIGNALS:
 
 private:
     void insertInMemory(const AuditLogEntry &entry);
+    void writerLoop();
 
     const QString m_filePath;
     const QString m_userName;
     const QString m_machineName;
     QList<AuditLogEntry> m_entries;
     std::atomic<const Clock *> m_clock = nullptr;
-    QThreadPool m_writer; // one thread: appends run one after another, in order
+
+    mutable QMutex m_writeMutex; // guards the members below
+    QWaitCondition m_writeChanged;
+    QList<AuditLogEntry> m_unwritten; // oldest first
+    quint64 m_loggedCount = 0;        // entries handed to the writer so far
+    quint64 m_attemptedCount = 0;     // of those, how many a finished write carried (whatever its outcome)
+    QString m_lastWriteError;
+    int m_retryMs = kDefaultRetryIntervalMs;
+    bool m_stopping = false;
+    std::thread m_writer;
 };

@@ -3,6 +3,7 @@
 #include <QSet>
 
 #include "base/Console.h"
+#include "base/DurableFile.h"
 #include "base/Paths.h"
 #include "core/ScriptRunner.h"
 #include "platform/Clock.h"
@@ -18,6 +19,7 @@
 #include <QFileInfo>
 #include <QMutex>
 #include <QPointer>
+#include <QTimer>
 #include <QWaitCondition>
 
 #include <unistd.h>
@@ -459,40 +461,28 @@ void RuleEngine::logActivity(const QString &message, RuleActivity::ActivityType 
 
 bool RuleEngine::writeFile(const QByteArray &data, QString *error) const
 {
-    const QFileInfo info(m_filePath);
-    if (!QDir().mkpath(info.absolutePath())) {
-        *error = QStringLiteral("cannot create folder ") + info.absolutePath();
-        return false;
-    }
-    // Temp file in the same folder, flushed to disk, then renamed over the old file: a crash leaves either
-    // the old or the new rules, never half a file.
-    const QString temp = m_filePath + QStringLiteral(".tmp");
-    QFile file(temp);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        *error = file.errorString();
-        return false;
-    }
-    if (file.write(data) != data.size() || !file.flush() || ::fsync(file.handle()) != 0) {
-        *error = file.errorString().isEmpty() ? QString::fromLocal8Bit(std::strerror(errno)) : file.errorString();
-        file.close();
-        QFile::remove(temp);
-        return false;
-    }
-    file.close();
-    if (std::rename(QFile::encodeName(temp).constData(), QFile::encodeName(m_filePath).constData()) != 0) {
-        *error = QString::fromLocal8Bit(std::strerror(errno));
-        QFile::remove(temp);
-        return false;
-    }
-    return true;
+    // A crash or a full disk leaves either the old or the new rules, never half a file.
+    const DurableFile::Result result = DurableFile::write(m_filePath, data, 0600);
+    if (!result.ok)
+        *error = result.error;
+    return result.ok;
 }
 
 bool RuleEngine::saveRules()
 {
     QString error;
     if (!writeFile(Rule::encodeList(m_rules), &error)) {
+        if (error != m_lastSaveError) // once per reason, not once per retry
+            Console::line(kSaveFailed + error);
         m_lastSaveError = error;
-        Console::line(kSaveFailed + error);
+        if (!m_saveRetryPending) {
+            m_saveRetryPending = true;
+            QTimer::singleShot(kSaveRetryMs, this, [this] {
+                m_saveRetryPending = false;
+                if (!m_lastSaveError.isEmpty())
+                    saveRules();
+            });
+        }
         return false;
     }
     m_lastSaveError.clear();
@@ -502,6 +492,7 @@ bool RuleEngine::saveRules()
 
 void RuleEngine::loadRules()
 {
+    DurableFile::makePrivate(m_filePath);
     QFile file(m_filePath);
     if (!file.exists()) {
         Console::line(kNoSaved);

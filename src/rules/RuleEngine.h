@@ -112,7 +112,10 @@ public:
     // Runs the rule's actions now, conditions untested; false when there is no such rule.
     bool forceRun(const QUuid &id);
 
+    // Writes the file through DurableFile. A failure keeps the list in memory and is retried every
+    // kSaveRetryMs (and with the next change) until it lands.
     bool saveRules();
+    static constexpr int kSaveRetryMs = 2000;
     void loadRules();
     QString lastSaveError() const { return m_lastSaveError; }
 
@@ -150,6 +153,7 @@ private:
     std::optional<QString> m_lastSsid;
     QList<QMetaObject::Connection> m_observers;
     QString m_lastSaveError;
+    bool m_saveRetryPending = false; // a failed save is tried again after kSaveRetryMs
     std::shared_ptr<Cancellation> m_cancellation;
     QThreadPool m_pool;
 };

@@ -2,7 +2,7 @@
 # tarnwellctl against a real headless engine on the stack's private session bus, as a user would drive it:
 # add a guest and a password share (real Samba), mount them and read files through the mount paths, list,
 # eject, read the event log and export the audit log; then bad input (each refused with a clear message, a
-# non-zero status and nothing stored changed), a second launch, and SIGTERM (exit 0, APP_QUIT on disk,
+# non-zero status and nothing stored changed; control characters refused), a second launch, and SIGTERM (exit 0, APP_QUIT on disk,
 # records saved).
 set -euo pipefail
 : "${TW_SOURCE_DIR:?}" "${TW_BINARY_DIR:?}" "${DBUS_SESSION_BUS_ADDRESS:?}"
@@ -240,18 +240,18 @@ expect_err "ambiguous"; expect_err "$guest_id"; expect_err "$secure_id"
 run_ctl 0 remove "$secure_id"
 run_ctl 1 status "$secure_id"
 
-step "user data reaches the terminal escaped; --json keeps it exact"
+step "control characters in a share's text are refused at the door, on the command line and on the bus"
 nick=$'\e[31mRed\a'
-run_ctl 0 add "smb://127.0.0.1:9/escape-$tag" --nickname "$nick"
-escape_id=$(sed -n 's/^Added share \([0-9]*\):.*/\1/p' <<<"$out")
-[ -n "$escape_id" ] || fail "no ID in: $out"
-run_ctl 0 list
-grep -qF '\x1b[31mRed\x07' <<<"$out" || fail "list did not show the nickname escaped: $out"
-! grep -q $'\e' <<<"$out" || fail "list wrote a raw escape character"
-run_ctl 0 status "$escape_id"
-! grep -q $'\e' <<<"$out" || fail "status wrote a raw escape character"
-[ "$(record_field "$escape_id" nickname)" = "$nick" ] || fail "list --json did not keep the nickname exact"
-run_ctl 0 remove "$escape_id"
+run_ctl 2 add "smb://127.0.0.1:9/escape-$tag" --nickname "$nick"
+expect_err "'nickname' must not contain control characters"
+! grep -q $'\e' <<<"$err" || fail "the refusal wrote a raw escape character"
+run_ctl 2 add "smb://127.0.0.1:0/zero-$tag"; expect_err "'port' must be a number from 1 to 65535, not 0"
+run_ctl 2 add --host $'nas\nevil' --share x; expect_err "'hostname' must not contain"
+status=0
+gdbus call --session --dest io.tarnwell.Tarnwell --object-path /io/tarnwell/Tarnwell \
+  --method io.tarnwell.Tarnwell.Control1.AddRecord "'{\"hostname\":\"nas\\\\u0000x\",\"shareName\":\"s\"}'" "''" \
+  >"$work/out" 2>&1 || status=$?
+[ "$status" -ne 0 ] && grep -qF "InvalidArgument" "$work/out" || fail "the bus took a host with NUL: $(cat "$work/out")"
 
 step "SIGTERM: exit 0, records saved, APP_QUIT on disk"
 stop_daemon TERM

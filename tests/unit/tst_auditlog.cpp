@@ -57,7 +57,10 @@ private Q_SLOTS:
     void capsInMemoryAndOnDisk();
     void corruptFileIsKeptAside_data();
     void corruptFileIsKeptAside();
+    void badEntryLosesOnlyItself_data();
+    void badEntryLosesOnlyItself();
     void concurrentLoggingLosesNothing();
+    void failedWriteKeepsEntriesAndRetries();
 
     void entryFormats_data();
     void entryFormats();
@@ -69,6 +72,32 @@ private:
     QString path() const { return folder() + QStringLiteral("/audit_log.json"); }
     std::optional<QTemporaryDir> m_dir;
 };
+
+void TestAuditLog::failedWriteKeepsEntriesAndRetries()
+{
+    ConsoleCapture console;
+    EnterpriseAuditLog log(path());
+    log.setRetryInterval(50);
+    log.log(AuditEventType::appLaunch, std::nullopt, std::nullopt, QStringLiteral("first"), true);
+    log.waitForPendingWrites();
+    const QByteArray before = readFile(path());
+    {
+        FileSizeLimit full(before.size() + 16);
+        for (int i = 0; i < 50; ++i)
+            log.log(AuditEventType::shareAdded, QStringLiteral("s%1").arg(i), std::nullopt, QStringLiteral("burst"), true);
+        log.waitForPendingWrites();
+        QTest::qWait(200); // retries fail too, and are reported once
+        QCOMPARE(readFile(path()), before);
+        QCOMPARE(log.pendingEntryCount(), 50);
+        QCOMPARE(console.startingWith(QStringLiteral("❌ [AUDIT] Failed to save audit log: ")).size(), 1);
+    }
+    QTRY_COMPARE(log.pendingEntryCount(), 0);
+    const QJsonArray file = readFileArray(path());
+    QCOMPARE(file.size(), 51);
+    QCOMPARE(detailsAt(file, 50), QStringLiteral("first"));
+    QCOMPARE(file.at(0).toObject().value(QStringLiteral("shareName")).toString(), QStringLiteral("s49"));
+    QCOMPARE(console.startingWith(QStringLiteral("✅ [AUDIT] Audit log saved again")).size(), 1);
+}
 
 void TestAuditLog::eventTypes()
 {
@@ -164,14 +193,51 @@ void TestAuditLog::capsInMemoryAndOnDisk()
 void TestAuditLog::corruptFileIsKeptAside_data()
 {
     QTest::addColumn<QByteArray>("content");
-    QJsonObject unknownType = handEntry(QStringLiteral("1"), QDateTime::currentDateTimeUtc());
-    unknownType.insert(QStringLiteral("eventType"), QStringLiteral("TELEPORT"));
-
     QTest::newRow("truncated JSON") << QByteArray("[{\"id\": \"AB");
     QTest::newRow("object instead of array") << QByteArray("{\"entries\": []}");
-    QTest::newRow("entry missing a key")
-        << QJsonDocument(QJsonArray{QJsonObject{{QStringLiteral("details"), QStringLiteral("x")}}}).toJson();
-    QTest::newRow("unknown event type") << QJsonDocument(QJsonArray{unknownType}).toJson();
+}
+
+void TestAuditLog::badEntryLosesOnlyItself_data()
+{
+    QTest::addColumn<QJsonValue>("bad");
+    QJsonObject unknownType = handEntry(QStringLiteral("bad"), QDateTime::currentDateTimeUtc());
+    unknownType.insert(QStringLiteral("eventType"), QStringLiteral("TELEPORT"));
+    QJsonObject mistyped = handEntry(QStringLiteral("bad"), QDateTime::currentDateTimeUtc());
+    mistyped.insert(QStringLiteral("success"), QStringLiteral("yes"));
+    QTest::newRow("entry missing a key") << QJsonValue(QJsonObject{{QStringLiteral("details"), QStringLiteral("x")}});
+    QTest::newRow("unknown event type") << QJsonValue(unknownType);
+    QTest::newRow("mistyped field") << QJsonValue(mistyped);
+    QTest::newRow("not an object") << QJsonValue(42);
+}
+
+void TestAuditLog::badEntryLosesOnlyItself()
+{
+    QFETCH(QJsonValue, bad);
+    const QDateTime t = QDateTime::currentDateTimeUtc().addSecs(-60);
+    const QByteArray content =
+        QJsonDocument(QJsonArray{handEntry(QStringLiteral("newer"), t), bad, handEntry(QStringLiteral("older"), t)})
+            .toJson();
+    QVERIFY(writeFile(path(), content));
+
+    ConsoleCapture console;
+    EnterpriseAuditLog log(path());
+    QCOMPARE(log.entries().size(), 2);
+    const QStringList skipped = console.startingWith(QStringLiteral("⚠️ [AUDIT] 1 unreadable audit entries left out: "));
+    QCOMPARE(skipped.size(), 1);
+    QVERIFY2(skipped.first().contains(QStringLiteral("entry 1: ")), qPrintable(skipped.first()));
+
+    // The next write carries the readable entries over; the file as it was is kept aside, named.
+    log.log(AuditEventType::appLaunch, std::nullopt, std::nullopt, QStringLiteral("new"), true);
+    log.waitForPendingWrites();
+    const QJsonArray file = readFileArray(path());
+    QCOMPARE(file.size(), 3);
+    QCOMPARE(detailsAt(file, 0), QStringLiteral("new"));
+    QCOMPARE(detailsAt(file, 1), QStringLiteral("newer"));
+    QCOMPARE(detailsAt(file, 2), QStringLiteral("older"));
+    const QStringList aside = QDir(folder()).entryList({QStringLiteral("audit_log.json.corrupt-*")}, QDir::Files);
+    QCOMPARE(aside.size(), 1);
+    QCOMPARE(readFile(folder() + u'/' + aside.first()), content);
+    QCOMPARE(console.startingWith(QStringLiteral("⚠️ [AUDIT] Unreadable audit entries left out of the log")).size(), 1);
 }
 
 void TestAuditLog::corruptFileIsKeptAside()

@@ -80,8 +80,8 @@ void TestControl::applyJson_data()
     QTest::addColumn<QString>("reason"); // set: refused with this reason
 
     QTest::newRow("strings") << json(R"({"nickname":"N","hostname":" srv ","shareName":"s","username":"u",)"
-                                     R"("group":"g","macAddress":"m","allowedSSIDs":"a,b","customMountPoint":"/x"})")
-                             << "nickname=N;host=srv;share=s;user=u;group=g;mac=m;ssids=a,b;dir=/x" << "";
+                                     R"("group":"g","macAddress":"00:11:22:aa:bb:cc","allowedSSIDs":"a,b","customMountPoint":"/x"})")
+                             << "nickname=N;host=srv;share=s;user=u;group=g;mac=00:11:22:aa:bb:cc;ssids=a,b;dir=/x" << "";
     QTest::newRow("port set") << json(R"({"port":8445})") << "port=8445" << "";
     QTest::newRow("port cleared") << json(R"({"port":null})") << "port=none" << "";
     QTest::newRow("protocol any case") << json(R"({"protocolType":"webdavs"})") << "protocol=4" << "";
@@ -90,6 +90,7 @@ void TestControl::applyJson_data()
     QTest::newRow("empty share name") << json(R"({"shareName":""})") << "share=" << "";
 
     QTest::newRow("unknown key") << json(R"({"nickname":"x","colour":"red"})") << "" << "unknown key 'colour'";
+    QTest::newRow("malformed hardware address") << json(R"({"macAddress":"m"})") << "" << "'macAddress' must be";
     QTest::newRow("id") << json(R"({"id":9})") << "" << "'id' cannot be set";
     QTest::newRow("runtime") << json(R"({"mounted":true})") << "" << "'mounted' cannot be set";
     QTest::newRow("port zero") << json(R"({"port":0})") << "" << "'port'";

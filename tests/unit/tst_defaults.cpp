@@ -55,6 +55,7 @@ private Q_SLOTS:
     void fileIsPrivate();
     void writeReplacesFileAtomically();
     void writeFailureKeepsMemory();
+    void failedWriteIsReportedAndRetried();
     void corruptFileIsMovedAside_data();
     void corruptFileIsMovedAside();
     void standardPathFollowsXdg();
@@ -187,7 +188,7 @@ void TestDefaults::writeFailureKeepsMemory()
     QCOMPARE(d.integer(QStringLiteral("k")), std::optional<qint64>(3));
     QVERIFY(!console.lines.isEmpty());
     for (const QString &l : std::as_const(console.lines))
-        QVERIFY2(l.startsWith(QStringLiteral("⚠️ [Persistence] ")), qPrintable(l));
+        QVERIFY2(l.contains(QStringLiteral(" [Persistence] ")), qPrintable(l));
     QVERIFY(QFileInfo(occupied + QStringLiteral("/inner")).isDir());
 
     // A value with no property-list form is refused before it is stored, with a line of its own.
@@ -197,6 +198,52 @@ void TestDefaults::writeFailureKeepsMemory()
         QVERIFY(!ok.setValue(QStringLiteral("v"), v));
     QVERIFY(!ok.contains(QStringLiteral("v")));
     QCOMPARE(console.lines.size(), 2);
+}
+
+void TestDefaults::failedWriteIsReportedAndRetried()
+{
+    Defaults d(path());
+    d.setRetryInterval(50);
+    QVERIFY(d.setValue(QStringLiteral("a"), QStringLiteral("old")));
+    d.flush();
+    const QByteArray before = readFile(path());
+    ConsoleCapture console;
+
+    // Whoever asks learns the outcome of the write that carries the change, on its own thread.
+    QObject context;
+    std::optional<QString> outcome;
+    auto ask = [&] {
+        outcome.reset();
+        d.whenSaved(d.generation(), &context, [&](const QString &error) { outcome = error; });
+    };
+    {
+        FileSizeLimit full(before.size() + 16); // the disk fills up
+        QVERIFY(d.setValue(QStringLiteral("big"), QByteArray(64 * 1024, 'b')));
+        ask();
+        QTRY_VERIFY(outcome.has_value());
+        QVERIFY(!outcome->isEmpty());
+        QCOMPARE(d.lastSaveError(), *outcome);
+        QTest::qWait(300); // several retries fail meanwhile
+        QCOMPARE(readFile(path()), before);
+        QCOMPARE(QDir(QFileInfo(path()).absolutePath()).entryList(QDir::Files | QDir::Hidden),
+                 QStringList{QStringLiteral("prefs.plist")});
+        QCOMPARE(console.startingWith(QStringLiteral("❌ [Persistence] Preferences not saved")).size(), 1);
+        // A change made while the disk is full is refused the same way; the value stays in memory.
+        QVERIFY(d.setValue(QStringLiteral("c"), qint64(3)));
+        ask();
+        QTRY_VERIFY(outcome.has_value());
+        QVERIFY(!outcome->isEmpty());
+        QCOMPARE(d.integer(QStringLiteral("c")), std::optional<qint64>(3));
+    }
+    // Space returns: the retry lands without another change.
+    QTRY_VERIFY(readFile(path()).contains("<key>big</key>"));
+    QTRY_VERIFY(d.lastSaveError().isEmpty());
+    QCOMPARE(console.startingWith(QStringLiteral("✅ [Persistence] Preferences saved again")).size(), 1);
+    ask();
+    QTRY_VERIFY(outcome.has_value());
+    QCOMPARE(*outcome, QString());
+    Defaults reread(m_dir->filePath(QStringLiteral("sub/prefs.plist")));
+    QCOMPARE(reread.integer(QStringLiteral("c")), std::optional<qint64>(3));
 }
 
 void TestDefaults::corruptFileIsMovedAside_data()
