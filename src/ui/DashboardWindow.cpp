@@ -2,6 +2,7 @@
 
 #include "ActionSounds.h"
 #include "LogManagerWidget.h"
+#include "RulesView.h"
 #include "ShareEditorDialog.h"
 #include "ShareTableModel.h"
 
@@ -93,6 +94,8 @@ DashboardWindow::DashboardWindow(const UiContext &context, QWidget *parent)
     m_tabs->setObjectName(QStringLiteral("dashboardTabs"));
     m_tabs->addTab(shares, tr("Shares"));
     m_tabs->addTab(m_logView, tr("Logs"));
+    if (context.rules)
+        addView(new RulesView(*context.rules, *context.engine), tr("Rules"));
     setCentralWidget(m_tabs);
 
     m_message->setObjectName(QStringLiteral("statusMessage"));

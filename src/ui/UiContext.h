@@ -3,12 +3,15 @@
 #include <functional>
 
 class AutoMountScheduler;
+class ConfigurationManager;
 class ControlService;
 class CredentialStore;
 class Defaults;
 class LogEventManager;
 class MountEngine;
 class NotificationCenter;
+class RuleEngine;
+class ShareSetManager;
 class QWidget;
 class QString;
 
@@ -25,6 +28,9 @@ struct UiContext
     AutoMountScheduler *scheduler = nullptr;
     CredentialStore *credentials = nullptr;
     ControlService *control = nullptr;
+    RuleEngine *rules = nullptr;                   // the Rules tab (none: no tab)
+    ShareSetManager *shareSets = nullptr;          // the Sets tab (none: no tab)
+    ConfigurationManager *configuration = nullptr; // set files (none: no export or import)
 };
 
 // The questions and notices the windows put to the user. The defaults open window-modal message boxes and
