@@ -3,6 +3,7 @@
 #include "ActionSounds.h"
 #include "LogManagerWidget.h"
 #include "RulesView.h"
+#include "SetsView.h"
 #include "ShareEditorDialog.h"
 #include "ShareTableModel.h"
 
@@ -96,6 +97,8 @@ DashboardWindow::DashboardWindow(const UiContext &context, QWidget *parent)
     m_tabs->addTab(m_logView, tr("Logs"));
     if (context.rules)
         addView(new RulesView(*context.rules, *context.engine), tr("Rules"));
+    if (context.shareSets)
+        addView(new SetsView(context), tr("Sets"));
     setCentralWidget(m_tabs);
 
     m_message->setObjectName(QStringLiteral("statusMessage"));
