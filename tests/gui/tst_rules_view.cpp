@@ -87,6 +87,7 @@ void TestRulesView::switchIsTheEngineStartAndStop()
 
     view.engineSwitch()->click();
     QVERIFY(rules(h).isRunning());
+    QVERIFY(!view.activityLines().isEmpty());
     QVERIFY(view.activityLines().first().endsWith(QStringLiteral("Rule Engine started")));
 
     // Stopped elsewhere (quit, a test): the switch follows without starting it again.
