@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 build_dir=${TW_BUILD_DIR:-build}
 bash scripts/build.sh -DTARNWELL_BENCH=ON >/dev/null
 
-stack_benches=" bench_mount bench_mount_engine bench_reconnect "
+stack_benches=" bench_mount bench_mount_engine bench_reconnect bench_ui_stall "
 names=("$@")
 if [ ${#names[@]} -eq 0 ]; then
   for src in bench/bench_*.cpp; do names+=("$(basename "$src" .cpp)"); done

@@ -158,6 +158,65 @@ DE = {
  'macOS sandbox or permission issue. May need to grant Full Disk Access in System Settings > Privacy.':
    'macOS-Sandbox- oder Berechtigungsproblem. Eventuell muss in den Systemeinstellungen > Datenschutz der vollständige Festplattenzugriff gewährt werden.',
 }
+# Rules and sets tabs.
+DE.update({
+ 'Rules': 'Regeln', 'Sets': 'Sets', ' seconds': ' Sekunden',
+ '%1: %2 of %3 shares ejected.': '%1: %2 von %3 Freigaben ausgeworfen.',
+ '%1: %2 of %3 shares mounted.': '%1: %2 von %3 Freigaben verbunden.',
+ '%1: nothing to eject (%2 not mounted or busy).': '%1: nichts auszuwerfen (%2 nicht verbunden oder beschäftigt).',
+ '%1: nothing to mount (%2 already mounted or busy).': '%1: nichts zu verbinden (%2 bereits verbunden oder beschäftigt).',
+ '(disabled)': '(deaktiviert)', '(missing share %1)': '(fehlende Freigabe %1)', 'Action type:': 'Aktionstyp:',
+ 'Actions execute in order when conditions are met': 'Aktionen werden der Reihe nach ausgeführt, wenn die Bedingungen erfüllt sind',
+ 'Actions': 'Aktionen', 'Add Action': 'Aktion hinzufügen', 'Add Condition': 'Bedingung hinzufügen',
+ 'Add Example Rules': 'Beispielregeln hinzufügen', 'All conditions must be true': 'Alle Bedingungen müssen erfüllt sein',
+ 'Any condition can be true': 'Eine beliebige Bedingung genügt', 'Application name:': 'Programmname:',
+ 'Cancel': 'Abbrechen',
+ 'Choose a rule from the list to view or edit it,\nor create a new rule to get started.':
+   'Wählen Sie eine Regel aus der Liste, um sie anzusehen oder zu bearbeiten,\noder legen Sie eine neue Regel an.',
+ 'Choose a share…': 'Freigabe wählen…', 'Condition type:': 'Bedingungstyp:',
+ 'Conditions at last check': 'Bedingungen bei der letzten Prüfung', 'Conditions': 'Bedingungen',
+ 'Create Your First Rule': 'Erste Regel anlegen', 'Create': 'Anlegen', 'Delete Rule': 'Regel löschen',
+ 'Delete Set?': 'Set löschen?', 'Delete "%1"?': '„%1“ löschen?', 'Disabled': 'Deaktiviert', 'Edit Rule': 'Regel bearbeiten',
+ 'Eject Set': 'Set auswerfen', 'Ejecting %1…': '%1 wird ausgeworfen…', 'Enabled': 'Aktiviert', 'End time:': 'Endzeit:',
+ 'Evaluate the rules and run their actions when their conditions become true':
+   'Regeln auswerten und ihre Aktionen ausführen, sobald ihre Bedingungen erfüllt sind',
+ 'Export Failed': 'Export fehlgeschlagen', 'Export Set': 'Set exportieren', 'Export Set…': 'Set exportieren…',
+ 'Icon:': 'Symbol:', 'Import Complete': 'Import abgeschlossen', 'Import Failed': 'Import fehlgeschlagen',
+ 'Import Set': 'Set importieren', 'Import Set…': 'Set importieren…', 'Last Triggered': 'Zuletzt ausgelöst',
+ 'Last run: ': 'Zuletzt ausgeführt: ', 'Leave empty to match any WiFi network': 'Leer lassen für ein beliebiges WLAN',
+ 'Met': 'Erfüllt', 'Mount Set': 'Set verbinden', 'Mounting %1…': '%1 wird verbunden…', 'Move Down': 'Nach unten',
+ 'Move Up': 'Nach oben', 'Never': 'Nie', 'New Rule': 'Neue Regel', 'New Set': 'Neues Set',
+ 'New Set…': 'Neues Set…', "No actions - rule won't do anything": 'Keine Aktionen – die Regel bewirkt nichts',
+ 'No actions defined': 'Keine Aktionen festgelegt', 'No activity yet': 'Noch keine Aktivität',
+ 'No additional configuration needed': 'Keine weitere Einstellung nötig',
+ 'No conditions - rule will never trigger': 'Keine Bedingungen – die Regel wird nie ausgelöst',
+ 'No conditions defined': 'Keine Bedingungen festgelegt', 'Not evaluated yet': 'Noch nicht ausgewertet',
+ 'Not met': 'Nicht erfüllt', 'Notification message': 'Text der Mitteilung', 'Recent Activity': 'Letzte Aktivität',
+ 'Remove': 'Entfernen', 'Rename Set': 'Set umbenennen', 'Rename…': 'Umbenennen…', 'Rule Engine': 'Regel-Engine',
+ 'Rule Not Saved': 'Regel nicht gespeichert', 'Rule name:': 'Name der Regel:',
+ 'Rules automate volume mounting\nbased on conditions you define.':
+   'Regeln verbinden Volumes automatisch\nanhand von Bedingungen, die Sie festlegen.',
+ 'Run Now': 'Jetzt ausführen', 'Running': 'Läuft',
+ 'Save this set for sharing (passwords not included)': 'Dieses Set zum Weitergeben sichern (ohne Passwörter)',
+ 'Save': 'Sichern', 'Select a set file (.twconfig)': 'Set-Datei wählen (.twconfig)',
+ 'Set exported to %1.': 'Set nach %1 exportiert.', 'Set name:': 'Name des Sets:',
+ 'Shares in this set': 'Freigaben in diesem Set', 'Start time:': 'Startzeit:', 'Statistics': 'Statistik',
+ 'Stopped — rules do not act until the engine is switched on':
+   'Angehalten – Regeln wirken erst, wenn die Engine eingeschaltet ist',
+ 'The rule was deleted meanwhile.': 'Die Regel wurde inzwischen gelöscht.',
+ 'The rules file could not be written: %1': 'Die Regeldatei konnte nicht geschrieben werden: %1',
+ 'The set could not be saved.': 'Das Set konnte nicht gesichert werden.',
+ 'This action cannot be undone.': 'Dieser Vorgang kann nicht rückgängig gemacht werden.',
+ 'This will affect all configured volumes': 'Betrifft alle eingerichteten Volumes',
+ 'Times Triggered': 'Anzahl Auslösungen', 'Use 24-hour format (HH:MM)': '24-Stunden-Format verwenden (HH:MM)',
+ 'Volumes must have matching group tag': 'Volumes brauchen die passende Gruppe', 'WiFi Name (SSID):': 'WLAN-Name (SSID):',
+ '"%1" will be removed. Its shares stay configured.': '„%1“ wird entfernt. Seine Freigaben bleiben eingerichtet.',
+ 'e.g., Final Cut Pro': 'z. B. Final Cut Pro', 'e.g., HomeNetwork': 'z. B. HeimNetz', 'e.g., Office Network': 'z. B. Büronetz',
+ 'last check %1': 'letzte Prüfung %1',
+ 'Select a volume...': 'Volume wählen…', 'Tarnwell set file (*.twconfig)': 'Tarnwell-Set-Datei (*.twconfig)',
+ 'A share set mounts and ejects several shares as one.\nCreate a set, then add its shares.':
+   'Ein Set verbindet und wirft mehrere Freigaben gemeinsam aus.\nLegen Sie ein Set an und fügen Sie dann seine Freigaben hinzu.',
+})
 # The import and export, discovery, directory and audit tabs and the profile generator.
 DE.update({
  'Import && Export': 'Import && Export', 'Discovery': 'Netzwerksuche', 'Directory': 'Verzeichnisdienst', 'Audit': 'Audit',

@@ -94,6 +94,9 @@ int main(int argc, char *argv[])
         context.credentials = &host->credentials();
         context.control = delegate.control();
         context.host = host;
+        context.rules = &host->rules();
+        context.shareSets = &host->shareSets();
+        context.configuration = &host->configuration();
         DesktopShell::Hooks hooks;
         hooks.quit = [&delegate] { delegate.quit(); };
         hooks.setNoticePresenter = [host](const auto &presenter) { host->setNoticePresenter(presenter); };

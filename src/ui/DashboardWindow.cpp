@@ -6,6 +6,8 @@
 #include "DiscoveryView.h"
 #include "ExchangeView.h"
 #include "LogManagerWidget.h"
+#include "RulesView.h"
+#include "SetsView.h"
 #include "ShareEditorDialog.h"
 #include "ShareTableModel.h"
 
@@ -98,6 +100,10 @@ DashboardWindow::DashboardWindow(const UiContext &context, QWidget *parent)
     m_tabs->setObjectName(QStringLiteral("dashboardTabs"));
     m_tabs->addTab(shares, tr("Shares"));
     m_tabs->addTab(m_logView, tr("Logs"));
+    if (context.rules)
+        addView(new RulesView(*context.rules, *context.engine), tr("Rules"));
+    if (context.shareSets)
+        addView(new SetsView(context), tr("Sets"));
     if (EngineHost *host = context.host) {
         addView(new ExchangeView(host->configuration(), &host->legacyImporter()), tr("Import && Export"));
         addView(new DiscoveryView(host->discovery(), host->engine()), tr("Discovery"));

@@ -175,3 +175,10 @@ void ShareTableModel::onRecordsChanged()
     m_ids = std::move(ids);
     endResetModel();
 }
+
+void ShareTableModel::reload()
+{
+    beginResetModel();
+    m_ids = currentIds(m_engine);
+    endResetModel();
+}

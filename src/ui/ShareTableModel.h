@@ -29,6 +29,9 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
+    // Re-reads every record as a model reset (the view drops its cached rows and asks again).
+    void reload();
+
     qint64 idAt(int row) const;
     int rowOf(qint64 id) const;
     ShareStatusLabel::Label labelOf(const VolumeRecord &record) const;

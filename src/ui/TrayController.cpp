@@ -7,6 +7,7 @@
 #include "core/AutoMountScheduler.h"
 #include "core/MountEngine.h"
 
+#include <QCursor>
 #include <QMenu>
 #include <QSystemTrayIcon>
 
@@ -19,10 +20,7 @@ TrayController::TrayController(const UiContext &context, QObject *parent)
     m_menu->setObjectName(QStringLiteral("trayMenu"));
     m_icon->setContextMenu(m_menu);
     m_icon->setToolTip(tr("Tarnwell"));
-    connect(m_icon, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
-            Q_EMIT dashboardRequested();
-    });
+    connect(m_icon, &QSystemTrayIcon::activated, this, &TrayController::onActivated);
     m_rebuild.setSingleShot(true);
     m_rebuild.setInterval(0);
     connect(&m_rebuild, &QTimer::timeout, this, &TrayController::rebuild);
@@ -39,6 +37,20 @@ TrayController::TrayController(const UiContext &context, QObject *parent)
 TrayController::~TrayController()
 {
     delete m_menu;
+}
+
+void TrayController::onActivated(QSystemTrayIcon::ActivationReason reason)
+{
+    if (reason != QSystemTrayIcon::Trigger && reason != QSystemTrayIcon::DoubleClick)
+        return; // Context: the item shows its menu by itself
+    Q_EMIT dashboardRequested();
+    if (reason != QSystemTrayIcon::Trigger)
+        return;
+    // Then the menu, at the click: on the next turn, once the dashboard's activation has been handled (an
+    // activation arriving after the popup would close it again).
+    const QPoint at = QCursor::pos();
+    QMetaObject::invokeMethod(
+        this, [this, at] { m_menu->popup(at); }, Qt::QueuedConnection);
 }
 
 void TrayController::setVisible(bool visible)

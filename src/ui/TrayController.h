@@ -5,14 +5,15 @@
 
 #include <QHash>
 #include <QObject>
+#include <QSystemTrayIcon>
 #include <QTimer>
 
 class QAction;
 class QMenu;
-class QSystemTrayIcon;
 
 // The tray item (a StatusNotifierItem on current desktops): an icon for the overall state (all mounted,
-// something failing, paused, busy, idle), a left click that opens the dashboard, and a menu with each
+// something failing, paused, busy, idle), a left click that opens the dashboard and then the menu (a right
+// click the menu alone, a double click the dashboard alone), and a menu with each
 // share (its status label; Mount / Eject / Clean Up), pause/resume, the windows and Quit. A status change
 // updates that share's entry only; the menu is rebuilt when shares are added, removed or edited, or the pause
 // switch flips (coalesced on a zero timer); the overall icon is recomputed at most every 200 ms.
@@ -31,6 +32,8 @@ public:
     StatusIcons::Overall overallState() const { return m_state; }
     // Rebuilds menu and icon now (normally done on a zero timer after a change).
     void rebuild();
+    // What a click on the item does (connected to QSystemTrayIcon::activated).
+    void onActivated(QSystemTrayIcon::ActivationReason reason);
 
 Q_SIGNALS:
     void dashboardRequested();

@@ -3,6 +3,7 @@
 #include <functional>
 
 class AutoMountScheduler;
+class ConfigurationManager;
 class ControlService;
 class CredentialStore;
 class EngineHost;
@@ -10,6 +11,8 @@ class Defaults;
 class LogEventManager;
 class MountEngine;
 class NotificationCenter;
+class RuleEngine;
+class ShareSetManager;
 class QWidget;
 class QString;
 
@@ -27,6 +30,9 @@ struct UiContext
     CredentialStore *credentials = nullptr;
     ControlService *control = nullptr;
     EngineHost *host = nullptr; // the engine root, for the subsystem views; null: the dashboard has none
+    RuleEngine *rules = nullptr;                   // the Rules tab (none: no tab)
+    ShareSetManager *shareSets = nullptr;          // the Sets tab (none: no tab)
+    ConfigurationManager *configuration = nullptr; // set files (none: no export or import)
 };
 
 // The questions and notices the windows put to the user. The defaults open window-modal message boxes and

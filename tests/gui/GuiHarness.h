@@ -41,6 +41,9 @@ struct GuiHarness : EngineHarness
         c.center = &center;
         c.scheduler = scheduler;
         c.credentials = &credentials;
+        c.rules = &host->rules();
+        c.shareSets = &host->shareSets();
+        c.configuration = &host->configuration();
         return c;
     }
 

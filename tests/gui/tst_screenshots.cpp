@@ -5,14 +5,23 @@
 #include "ui/DashboardWindow.h"
 #include "ui/ErrorCodeReference.h"
 #include "ui/LogManagerWidget.h"
+#include "ui/AddActionDialog.h"
+#include "ui/AddConditionDialog.h"
 #include "ui/PreferencesWindow.h"
+#include "ui/RuleEditorDialog.h"
+#include "ui/RulesView.h"
+#include "ui/SetsView.h"
 #include "ui/ShareEditorDialog.h"
 #include "ui/StatusIcons.h"
 #include "ui/TrayController.h"
 
 #include "core/RecordEvent.h"
+#include "exchange/ShareSetManager.h"
+#include "rules/RuleEngine.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QImage>
 #include <QLineEdit>
@@ -110,6 +119,63 @@ void TestScreenshots::everyWindow()
     save(&dashboard, QStringLiteral("dashboard"));
     dashboard.showTab(DashboardWindow::LogsTab);
     save(&dashboard, QStringLiteral("dashboard-logs"));
+
+    // Rules: the empty state, then the example rules with one selected, its editor and the two sheets.
+    if (!h.host->rules().rules().isEmpty()) // left by an earlier run in the same home
+        h.host->rules().replaceRules({}, QStringLiteral("screenshots"));
+    auto *rulesView = dashboard.findChild<RulesView *>();
+    auto *setsView = dashboard.findChild<SetsView *>();
+    QVERIFY(rulesView && setsView);
+    dashboard.showTab(dashboard.tabs()->indexOf(rulesView));
+    save(&dashboard, QStringLiteral("rules-empty"));
+    rulesView->addExampleRules();
+    {
+        Rule changed = h.host->rules().rules().at(2);
+        RuleAction mount;
+        mount.type = RuleAction::Type::mountGroup;
+        mount.parameters.insert(RuleAction::kGroup, QStringLiteral("Home"));
+        changed.actions.prepend(mount);
+        changed.triggerCount = 12;
+        changed.lastTriggered = QDateTime(QDate(2026, 11, 23), QTime(9, 0));
+        h.host->rules().updateRule(changed);
+    }
+    h.host->rules().setRuleEnabled(h.host->rules().rules().at(1).id, false);
+    rulesView->engineSwitch()->setChecked(true);
+    rulesView->selectRule(h.host->rules().rules().at(2).id);
+    QTest::qWait(20);
+    save(&dashboard, QStringLiteral("rules"));
+    RuleEditorDialog *ruleEditor = rulesView->editRule(h.host->rules().rules().at(2).id);
+    save(ruleEditor, QStringLiteral("rule-editor"));
+    AddConditionDialog *conditionSheet = ruleEditor->openAddCondition();
+    conditionSheet->setType(RuleCondition::Type::wifiConnected);
+    save(conditionSheet, QStringLiteral("rule-add-condition"));
+    conditionSheet->setType(RuleCondition::Type::dayOfWeek);
+    conditionSheet->findChild<QCheckBox *>(QStringLiteral("day_Mon"))->setChecked(true);
+    conditionSheet->findChild<QCheckBox *>(QStringLiteral("day_Fri"))->setChecked(true);
+    save(conditionSheet, QStringLiteral("rule-add-condition-days"));
+    conditionSheet->reject();
+    AddActionDialog *actionSheet = ruleEditor->openAddAction();
+    actionSheet->setType(RuleAction::Type::mountVolume);
+    save(actionSheet, QStringLiteral("rule-add-action"));
+    actionSheet->reject();
+    ruleEditor->reject();
+    rulesView->engineSwitch()->setChecked(false);
+
+    // Sets: one set mounted in part, one empty.
+    {
+        const QList<VolumeRecord> &records = h.engine->store().records();
+        const QUuid office = setsView->createSet(QStringLiteral("Office"));
+        setsView->setIcon(QStringLiteral("briefcase"));
+        for (int i : {0, 2, 1})
+            setsView->addMember(records.at(i).internal_ID_Int);
+        setsView->createSet(QStringLiteral("Media Library"));
+        setsView->setIcon(QStringLiteral("film"));
+        setsView->addMember(records.at(1).internal_ID_Int);
+        setsView->selectSet(office);
+        dashboard.showTab(dashboard.tabs()->indexOf(setsView));
+        QTest::qWait(20);
+        save(&dashboard, QStringLiteral("sets"));
+    }
     dashboard.hide();
 
     ShareEditorDialog editor(h.context(), first);

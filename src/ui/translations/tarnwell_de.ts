@@ -1,6 +1,132 @@
 <?xml version='1.0' encoding='utf-8'?>
 <TS version="2.1" language="de_DE">
 <context>
+    <name>AddActionDialog</name>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="72" />
+        <source>Add Action</source>
+        <translation>Aktion hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="78" />
+        <source>Action type:</source>
+        <translation>Aktionstyp:</translation>
+    </message>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="85" />
+        <source>This will affect all configured volumes</source>
+        <translation>Betrifft alle eingerichteten Volumes</translation>
+    </message>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="88" />
+        <source>e.g., Work, Media</source>
+        <translation>z. B. Arbeit, Medien</translation>
+    </message>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="90" />
+        <source>Volumes must have matching group tag</source>
+        <translation>Volumes brauchen die passende Gruppe</translation>
+    </message>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="98" />
+        <source>Choose…</source>
+        <translation>Auswählen…</translation>
+    </message>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="104" />
+        <source>Notification message</source>
+        <translation>Text der Mitteilung</translation>
+    </message>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="110" />
+        <source> seconds</source>
+        <translation> Sekunden</translation>
+    </message>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="115" />
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="116" />
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../AddActionDialog.cpp" line="194" />
+        <source>Choose Script</source>
+        <translation>Skript wählen</translation>
+    </message>
+</context>
+<context>
+    <name>AddConditionDialog</name>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="76" />
+        <source>Add Condition</source>
+        <translation>Bedingung hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="84" />
+        <source>Condition type:</source>
+        <translation>Bedingungstyp:</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="90" />
+        <source>WiFi Name (SSID):</source>
+        <translation>WLAN-Name (SSID):</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="92" />
+        <source>e.g., HomeNetwork</source>
+        <translation>z. B. HeimNetz</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="94" />
+        <source>Leave empty to match any WiFi network</source>
+        <translation>Leer lassen für ein beliebiges WLAN</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="106" />
+        <source>Start time:</source>
+        <translation>Startzeit:</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="107" />
+        <source>End time:</source>
+        <translation>Endzeit:</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="109" />
+        <source>Use 24-hour format (HH:MM)</source>
+        <translation>24-Stunden-Format verwenden (HH:MM)</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="129" />
+        <source>Application name:</source>
+        <translation>Programmname:</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="131" />
+        <source>e.g., Final Cut Pro</source>
+        <translation>z. B. Final Cut Pro</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="139" />
+        <source>No additional configuration needed</source>
+        <translation>Keine weitere Einstellung nötig</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="156" />
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <location filename="../AddConditionDialog.cpp" line="157" />
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+</context>
+<context>
     <name>AuditTableModel</name>
     <message>
         <location filename="../AuditView.cpp" line="101" />
@@ -157,245 +283,250 @@
 <context>
     <name>DashboardWindow</name>
     <message>
-        <location filename="../DashboardWindow.cpp" line="42" />
+        <location filename="../DashboardWindow.cpp" line="44" />
         <source>Tarnwell</source>
         <translation>Tarnwell</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="55" />
+        <location filename="../DashboardWindow.cpp" line="57" />
         <source>Mount</source>
         <translation>Verbinden</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="56" />
+        <location filename="../DashboardWindow.cpp" line="58" />
         <source>Eject</source>
         <translation>Auswerfen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="57" />
+        <location filename="../DashboardWindow.cpp" line="59" />
         <source>Clean Up</source>
         <translation>Aufräumen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="58" />
+        <location filename="../DashboardWindow.cpp" line="60" />
         <source>Verify</source>
         <translation>Prüfen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="60" />
+        <location filename="../DashboardWindow.cpp" line="62" />
         <source>Add</source>
         <translation>Hinzufügen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="61" />
-        <location filename="../DashboardWindow.cpp" line="186" />
+        <location filename="../DashboardWindow.cpp" line="63" />
+        <location filename="../DashboardWindow.cpp" line="192" />
         <source>Edit</source>
         <translation>Bearbeiten</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="62" />
+        <location filename="../DashboardWindow.cpp" line="64" />
         <source>Duplicate</source>
         <translation>Duplizieren</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="63" />
-        <location filename="../DashboardWindow.cpp" line="340" />
+        <location filename="../DashboardWindow.cpp" line="65" />
+        <location filename="../DashboardWindow.cpp" line="350" />
         <source>Delete</source>
         <translation>Löschen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="65" />
-        <location filename="../DashboardWindow.cpp" line="190" />
+        <location filename="../DashboardWindow.cpp" line="67" />
+        <location filename="../DashboardWindow.cpp" line="196" />
         <source>Pause Auto-Mount</source>
         <translation>Auto-Mount pausieren</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="99" />
+        <location filename="../DashboardWindow.cpp" line="101" />
         <source>Shares</source>
         <translation>Freigaben</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="100" />
+        <location filename="../DashboardWindow.cpp" line="102" />
         <source>Logs</source>
         <translation>Protokolle</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="102" />
+        <location filename="../DashboardWindow.cpp" line="104" />
+        <source>Rules</source>
+        <translation>Regeln</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="106" />
+        <source>Sets</source>
+        <translation>Sets</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="108" />
         <source>Import &amp;&amp; Export</source>
         <translation>Import &amp;&amp; Export</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="103" />
+        <location filename="../DashboardWindow.cpp" line="109" />
         <source>Discovery</source>
         <translation>Netzwerksuche</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="104" />
+        <location filename="../DashboardWindow.cpp" line="110" />
         <source>Directory</source>
         <translation>Verzeichnisdienst</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="105" />
+        <location filename="../DashboardWindow.cpp" line="111" />
         <source>Audit</source>
         <translation>Audit</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="123" />
+        <location filename="../DashboardWindow.cpp" line="129" />
         <source>%1 is mounted.</source>
         <translation>%1 ist verbunden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="124" />
+        <location filename="../DashboardWindow.cpp" line="130" />
         <source>%1: %2</source>
         <translation>%1: %2</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="127" />
+        <location filename="../DashboardWindow.cpp" line="133" />
         <source>%1 was ejected.</source>
         <translation>%1 wurde ausgeworfen.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="127" />
+        <location filename="../DashboardWindow.cpp" line="133" />
         <source>%1 could not be ejected.</source>
         <translation>%1 konnte nicht ausgeworfen werden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="130" />
+        <location filename="../DashboardWindow.cpp" line="136" />
         <source>Clean Up finished for %1.</source>
         <translation>Aufräumen für %1 abgeschlossen.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="133" />
+        <location filename="../DashboardWindow.cpp" line="139" />
         <source>Auto-mount paused.</source>
         <translation>Auto-Mount pausiert.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="133" />
+        <location filename="../DashboardWindow.cpp" line="139" />
         <source>Auto-mount resumed.</source>
         <translation>Auto-Mount fortgesetzt.</translation>
     </message>
     <message numerus="yes">
-        <location filename="../DashboardWindow.cpp" line="139" />
+        <location filename="../DashboardWindow.cpp" line="145" />
         <source>%n share(s) configured.</source>
         <translation><numerusform>%n Freigabe eingerichtet.</numerusform><numerusform>%n Freigaben eingerichtet.</numerusform></translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="186" />
+        <location filename="../DashboardWindow.cpp" line="192" />
         <source>View</source>
         <translation>Ansehen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="190" />
+        <location filename="../DashboardWindow.cpp" line="196" />
         <source>Resume Auto-Mount</source>
         <translation>Auto-Mount fortsetzen</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="201" />
+        <location filename="../DashboardWindow.cpp" line="207" />
         <source>Mounted at %1.</source>
         <translation>Verbunden unter %1.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="203" />
+        <location filename="../DashboardWindow.cpp" line="209" />
         <source>Mounted; auto-mount is paused and will not reconnect it after a drop.</source>
         <translation>Verbunden; Auto-Mount ist pausiert und verbindet nach einem Abbruch nicht neu.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="205" />
+        <location filename="../DashboardWindow.cpp" line="211" />
         <source>Auto-mount is paused: this share is not mounted automatically until you resume.</source>
         <translation>Auto-Mount ist pausiert: Diese Freigabe wird erst nach dem Fortsetzen wieder automatisch verbunden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="207" />
+        <location filename="../DashboardWindow.cpp" line="213" />
         <source>Empty folders left by lost connections were removed.</source>
         <translation>Leere Ordner verlorener Verbindungen wurden entfernt.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="209" />
+        <location filename="../DashboardWindow.cpp" line="215" />
         <source>Not mounted. Select Mount to connect.</source>
         <translation>Nicht verbunden. Wählen Sie „Verbinden“.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="211" />
+        <location filename="../DashboardWindow.cpp" line="217" />
         <source>Ejected. Auto-mount shares are mounted again at the next check.</source>
         <translation>Ausgeworfen. Auto-Mount-Freigaben werden bei der nächsten Prüfung wieder verbunden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="214" />
+        <location filename="../DashboardWindow.cpp" line="220" />
         <source>Connecting to %1…</source>
         <translation>Verbinde mit %1…</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="216" />
+        <location filename="../DashboardWindow.cpp" line="222" />
         <source>The server does not answer. Check that it is on and reachable from this network.</source>
         <translation>Der Server antwortet nicht. Prüfen Sie, ob er eingeschaltet und aus diesem Netz erreichbar ist.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="218" />
+        <location filename="../DashboardWindow.cpp" line="224" />
         <source>The server has no share of that name. Check the share name (it is case-sensitive).</source>
         <translation>Der Server hat keine Freigabe dieses Namens. Prüfen Sie den Freigabenamen (Groß-/Kleinschreibung).</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="220" />
+        <location filename="../DashboardWindow.cpp" line="226" />
         <source>The server refused access. Check the account's rights on this share.</source>
         <translation>Der Server verweigert den Zugriff. Prüfen Sie die Rechte des Kontos auf dieser Freigabe.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="222" />
+        <location filename="../DashboardWindow.cpp" line="228" />
         <source>User name or password incorrect. Edit the share to correct them.</source>
         <translation>Benutzername oder Passwort falsch. Bearbeiten Sie die Freigabe, um sie zu korrigieren.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="224" />
+        <location filename="../DashboardWindow.cpp" line="230" />
         <source>The server took too long to answer. Try again, or raise the mount timeout in Preferences.</source>
         <translation>Der Server hat zu lange gebraucht. Versuchen Sie es erneut oder erhöhen Sie das Verbindungs-Zeitlimit in den Einstellungen.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="226" />
+        <location filename="../DashboardWindow.cpp" line="232" />
         <source>No connection to the server could be made.</source>
         <translation>Es konnte keine Verbindung zum Server hergestellt werden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="228" />
+        <location filename="../DashboardWindow.cpp" line="234" />
         <source>The server's name could not be resolved. Check the name, or use its address.</source>
         <translation>Der Servername konnte nicht aufgelöst werden. Prüfen Sie den Namen oder verwenden Sie die Adresse.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="230" />
+        <location filename="../DashboardWindow.cpp" line="236" />
         <source>The last attempt failed; see the Logs tab for details.</source>
         <translation>Der letzte Versuch ist fehlgeschlagen; Details im Tab „Protokolle“.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="286" />
-        <source>%1 is no longer mounted.</source>
-        <translation>%1 ist nicht mehr verbunden.</translation>
-    </message>
-    <message>
-        <location filename="../DashboardWindow.cpp" line="295" />
+        <location filename="../DashboardWindow.cpp" line="305" />
         <source>Share added.</source>
         <translation>Freigabe hinzugefügt.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="321" />
+        <location filename="../DashboardWindow.cpp" line="331" />
         <source>Share duplicated.</source>
         <translation>Freigabe dupliziert.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="337" />
+        <location filename="../DashboardWindow.cpp" line="347" />
         <source>Delete Share?</source>
         <translation>Freigabe löschen?</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="338" />
+        <location filename="../DashboardWindow.cpp" line="348" />
         <source>"%1" will be removed from Tarnwell. This action cannot be undone.</source>
         <translation>„%1“ wird aus Tarnwell entfernt. Dies kann nicht rückgängig gemacht werden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="347" />
+        <location filename="../DashboardWindow.cpp" line="357" />
         <source>Share deleted.</source>
         <translation>Freigabe gelöscht.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="360" />
+        <location filename="../DashboardWindow.cpp" line="370" />
         <source>Auto-mount can be paused only while at least one share is mounted</source>
         <translation>Auto-Mount kann nur pausiert werden, solange mindestens eine Freigabe verbunden ist</translation>
     </message>
@@ -844,70 +975,70 @@ Wenden Sie sich an Ihre IT-Abteilung, um ihn in AD aufzunehmen.</translation>
         <translation>MDM-Profilgenerator…</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="185" />
-        <location filename="../ExchangeView.cpp" line="204" />
-        <location filename="../ExchangeView.cpp" line="209" />
-        <location filename="../ExchangeView.cpp" line="282" />
-        <location filename="../ExchangeView.cpp" line="299" />
-        <location filename="../ExchangeView.cpp" line="304" />
+        <location filename="../ExchangeView.cpp" line="184" />
+        <location filename="../ExchangeView.cpp" line="203" />
+        <location filename="../ExchangeView.cpp" line="208" />
+        <location filename="../ExchangeView.cpp" line="281" />
+        <location filename="../ExchangeView.cpp" line="298" />
+        <location filename="../ExchangeView.cpp" line="303" />
         <source>Export Failed</source>
         <translation>Export fehlgeschlagen</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="189" />
+        <location filename="../ExchangeView.cpp" line="188" />
         <source>Export Configuration</source>
         <translation>Konfiguration exportieren</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="190" />
+        <location filename="../ExchangeView.cpp" line="189" />
         <source>Save the Tarnwell configuration (passwords not included)</source>
         <translation>Tarnwell-Konfiguration sichern (ohne Passwörter)</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="213" />
+        <location filename="../ExchangeView.cpp" line="212" />
         <source>Exported configuration to %1</source>
         <translation>Konfiguration nach %1 exportiert</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="222" />
-        <location filename="../ExchangeView.cpp" line="235" />
-        <location filename="../ExchangeView.cpp" line="246" />
-        <location filename="../ExchangeView.cpp" line="267" />
-        <location filename="../ExchangeView.cpp" line="315" />
-        <location filename="../ExchangeView.cpp" line="328" />
-        <location filename="../ExchangeView.cpp" line="336" />
-        <location filename="../ExchangeView.cpp" line="357" />
-        <location filename="../ExchangeView.cpp" line="372" />
+        <location filename="../ExchangeView.cpp" line="221" />
+        <location filename="../ExchangeView.cpp" line="234" />
+        <location filename="../ExchangeView.cpp" line="245" />
+        <location filename="../ExchangeView.cpp" line="266" />
+        <location filename="../ExchangeView.cpp" line="314" />
+        <location filename="../ExchangeView.cpp" line="327" />
+        <location filename="../ExchangeView.cpp" line="335" />
+        <location filename="../ExchangeView.cpp" line="356" />
+        <location filename="../ExchangeView.cpp" line="371" />
         <source>Import Failed</source>
         <translation>Import fehlgeschlagen</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="306" />
+        <location filename="../ExchangeView.cpp" line="305" />
         <source>Exported shares to %1</source>
         <translation>Freigaben nach %1 exportiert</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="319" />
+        <location filename="../ExchangeView.cpp" line="318" />
         <source>Import Shares from CSV</source>
         <translation>Freigaben aus CSV importieren</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="320" />
+        <location filename="../ExchangeView.cpp" line="319" />
         <source>Select a CSV file with hostname and shareName columns</source>
         <translation>Wählen Sie eine CSV-Datei mit den Spalten hostname und shareName</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="361" />
+        <location filename="../ExchangeView.cpp" line="360" />
         <source>Import from the macOS Build</source>
         <translation>Aus der macOS-Version importieren</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="362" />
+        <location filename="../ExchangeView.cpp" line="361" />
         <source>Select the preferences file the macOS build left behind</source>
         <translation>Wählen Sie die Einstellungsdatei der macOS-Version</translation>
     </message>
     <message>
-        <location filename="../ExchangeView.cpp" line="363" />
+        <location filename="../ExchangeView.cpp" line="362" />
         <source>Property lists (*.plist)</source>
         <translation>Property-Listen (*.plist)</translation>
     </message>
@@ -998,6 +1129,34 @@ Wenden Sie sich an Ihre IT-Abteilung, um ihn in AD aufzunehmen.</translation>
         <location filename="../LogManagerWidget.cpp" line="127" />
         <source>Log Manager</source>
         <translation>Protokollverwaltung</translation>
+    </message>
+</context>
+<context>
+    <name>NewRuleDialog</name>
+    <message>
+        <location filename="../NewRuleDialog.cpp" line="14" />
+        <source>New Rule</source>
+        <translation>Neue Regel</translation>
+    </message>
+    <message>
+        <location filename="../NewRuleDialog.cpp" line="18" />
+        <source>e.g., Office Network</source>
+        <translation>z. B. Büronetz</translation>
+    </message>
+    <message>
+        <location filename="../NewRuleDialog.cpp" line="19" />
+        <source>Rule name:</source>
+        <translation>Name der Regel:</translation>
+    </message>
+    <message>
+        <location filename="../NewRuleDialog.cpp" line="22" />
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <location filename="../NewRuleDialog.cpp" line="23" />
+        <source>Create</source>
+        <translation>Anlegen</translation>
     </message>
 </context>
 <context>
@@ -1342,6 +1501,516 @@ Wenden Sie sich an Ihre IT-Abteilung, um ihn in AD aufzunehmen.</translation>
         <location filename="../ProfileGeneratorWindow.cpp" line="240" />
         <source>Saved to %1</source>
         <translation>Gesichert unter %1</translation>
+    </message>
+</context>
+<context>
+    <name>RuleDetailView</name>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="48" />
+        <source>Run Now</source>
+        <translation>Jetzt ausführen</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="49" />
+        <source>Edit</source>
+        <translation>Bearbeiten</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="50" />
+        <source>Delete Rule</source>
+        <translation>Regel löschen</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="82" />
+        <location filename="../RuleDetailView.cpp" line="170" />
+        <source>Conditions</source>
+        <translation>Bedingungen</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="86" />
+        <location filename="../RuleDetailView.cpp" line="171" />
+        <source>Actions</source>
+        <translation>Aktionen</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="87" />
+        <source>Statistics</source>
+        <translation>Statistik</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="148" />
+        <source>(disabled)</source>
+        <translation>(deaktiviert)</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="149" />
+        <source>Last run: </source>
+        <translation>Zuletzt ausgeführt: </translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="152" />
+        <source>All conditions must be true</source>
+        <translation>Alle Bedingungen müssen erfüllt sein</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="153" />
+        <source>Any condition can be true</source>
+        <translation>Eine beliebige Bedingung genügt</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="157" />
+        <source>No conditions defined</source>
+        <translation>Keine Bedingungen festgelegt</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="161" />
+        <source>No actions defined</source>
+        <translation>Keine Aktionen festgelegt</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="165" />
+        <source>Times Triggered</source>
+        <translation>Anzahl Auslösungen</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="166" />
+        <source>Last Triggered</source>
+        <translation>Zuletzt ausgelöst</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="166" />
+        <source>Never</source>
+        <translation>Nie</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="167" />
+        <source>Status</source>
+        <translation>Status</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="167" />
+        <source>Enabled</source>
+        <translation>Aktiv</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="167" />
+        <source>Disabled</source>
+        <translation>Deaktiviert</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="168" />
+        <source>Conditions at last check</source>
+        <translation>Bedingungen bei der letzten Prüfung</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="169" />
+        <source>Not evaluated yet</source>
+        <translation>Noch nicht ausgewertet</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="169" />
+        <source>Met</source>
+        <translation>Erfüllt</translation>
+    </message>
+    <message>
+        <location filename="../RuleDetailView.cpp" line="169" />
+        <source>Not met</source>
+        <translation>Nicht erfüllt</translation>
+    </message>
+</context>
+<context>
+    <name>RuleEditorDialog</name>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="23" />
+        <source>No conditions - rule will never trigger</source>
+        <translation>Keine Bedingungen – die Regel wird nie ausgelöst</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="28" />
+        <source>Actions execute in order when conditions are met</source>
+        <translation>Aktionen werden der Reihe nach ausgeführt, wenn die Bedingungen erfüllt sind</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="33" />
+        <source>No actions - rule won't do anything</source>
+        <translation>Keine Aktionen – die Regel bewirkt nichts</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="43" />
+        <source>Enabled</source>
+        <translation>Aktiv</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="51" />
+        <source>Edit Rule</source>
+        <translation>Regel bearbeiten</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="56" />
+        <source>Name:</source>
+        <translation>Name:</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="81" />
+        <source>Conditions</source>
+        <translation>Bedingungen</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="82" />
+        <source>Add Condition</source>
+        <translation>Bedingung hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="84" />
+        <source>All conditions must be true</source>
+        <translation>Alle Bedingungen müssen erfüllt sein</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="85" />
+        <source>Any condition can be true</source>
+        <translation>Eine beliebige Bedingung genügt</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="91" />
+        <source>Actions</source>
+        <translation>Aktionen</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="92" />
+        <source>Add Action</source>
+        <translation>Aktion hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="97" />
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="98" />
+        <source>Save</source>
+        <translation>Sichern</translation>
+    </message>
+    <message>
+        <location filename="../RuleEditorDialog.cpp" line="194" />
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+</context>
+<context>
+    <name>RuleSheets</name>
+    <message>
+        <location filename="../RuleSheets.cpp" line="23" />
+        <source>Select a volume...</source>
+        <translation>Volume wählen…</translation>
+    </message>
+</context>
+<context>
+    <name>RulesView</name>
+    <message>
+        <location filename="../RulesView.cpp" line="59" />
+        <source>Rules automate volume mounting
+based on conditions you define.</source>
+        <translation>Regeln verbinden Volumes automatisch
+anhand von Bedingungen, die Sie festlegen.</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="64" />
+        <source>Choose a rule from the list to view or edit it,
+or create a new rule to get started.</source>
+        <translation>Wählen Sie eine Regel aus der Liste, um sie anzusehen oder zu bearbeiten,
+oder legen Sie eine neue Regel an.</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="71" />
+        <source>Rule Engine</source>
+        <translation>Regel-Engine</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="74" />
+        <source>Duplicate</source>
+        <translation>Duplizieren</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="85" />
+        <source>Evaluate the rules and run their actions when their conditions become true</source>
+        <translation>Regeln auswerten und ihre Aktionen ausführen, sobald ihre Bedingungen erfüllt sind</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="102" />
+        <source>New Rule</source>
+        <translation>Neue Regel</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="118" />
+        <source>Create Your First Rule</source>
+        <translation>Erste Regel anlegen</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="120" />
+        <source>Add Example Rules</source>
+        <translation>Beispielregeln hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="136" />
+        <source>Recent Activity</source>
+        <translation>Letzte Aktivität</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="222" />
+        <source>(disabled)</source>
+        <translation>(deaktiviert)</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="274" />
+        <source>No activity yet</source>
+        <translation>Noch keine Aktivität</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="294" />
+        <source>Running</source>
+        <translation>Läuft</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="294" />
+        <source>Stopped — rules do not act until the engine is switched on</source>
+        <translation>Angehalten – Regeln wirken erst, wenn die Engine eingeschaltet ist</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="296" />
+        <source>last check %1</source>
+        <translation>letzte Prüfung %1</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="335" />
+        <location filename="../RulesView.cpp" line="346" />
+        <source>Rule Not Saved</source>
+        <translation>Regel nicht gespeichert</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="335" />
+        <source>The rule was deleted meanwhile.</source>
+        <translation>Die Regel wurde inzwischen gelöscht.</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="347" />
+        <source>The rules file could not be written: %1</source>
+        <translation>Die Regeldatei konnte nicht geschrieben werden: %1</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="366" />
+        <source>Delete "%1"?</source>
+        <translation>„%1“ löschen?</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="366" />
+        <source>This action cannot be undone.</source>
+        <translation>Dieser Vorgang kann nicht rückgängig gemacht werden.</translation>
+    </message>
+    <message>
+        <location filename="../RulesView.cpp" line="367" />
+        <source>Delete</source>
+        <translation>Löschen</translation>
+    </message>
+</context>
+<context>
+    <name>SetsView</name>
+    <message>
+        <location filename="../SetsView.cpp" line="38" />
+        <source>Tarnwell set file (*.twconfig)</source>
+        <translation>Tarnwell-Set-Datei (*.twconfig)</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="111" />
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="112" />
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="113" />
+        <source>Move Up</source>
+        <translation>Nach oben</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="114" />
+        <source>Move Down</source>
+        <translation>Nach unten</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="115" />
+        <source>Rename…</source>
+        <translation>Umbenennen…</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="116" />
+        <location filename="../SetsView.cpp" line="452" />
+        <source>Delete</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="117" />
+        <source>Mount Set</source>
+        <translation>Set verbinden</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="118" />
+        <source>Eject Set</source>
+        <translation>Set auswerfen</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="119" />
+        <source>Export Set…</source>
+        <translation>Set exportieren…</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="120" />
+        <source>Import Set…</source>
+        <translation>Set importieren…</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="136" />
+        <source>New Set…</source>
+        <translation>Neues Set…</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="149" />
+        <source>A share set mounts and ejects several shares as one.
+Create a set, then add its shares.</source>
+        <translation>Ein Set verbindet und wirft mehrere Freigaben gemeinsam aus.
+Legen Sie ein Set an und fügen Sie dann seine Freigaben hinzu.</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="173" />
+        <source>Icon:</source>
+        <translation>Symbol:</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="187" />
+        <source>Shares in this set</source>
+        <translation>Freigaben in diesem Set</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="201" />
+        <source>Choose a share…</source>
+        <translation>Freigabe wählen…</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="248" />
+        <source>%1: nothing to mount (%2 already mounted or busy).</source>
+        <translation>%1: nichts zu verbinden (%2 bereits verbunden oder beschäftigt).</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="249" />
+        <source>%1: nothing to eject (%2 not mounted or busy).</source>
+        <translation>%1: nichts auszuwerfen (%2 nicht verbunden oder beschäftigt).</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="251" />
+        <source>%1: %2 of %3 shares mounted.</source>
+        <translation>%1: %2 von %3 Freigaben verbunden.</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="251" />
+        <source>%1: %2 of %3 shares ejected.</source>
+        <translation>%1: %2 von %3 Freigaben ausgeworfen.</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="312" />
+        <source>Managed by %1</source>
+        <translation>Verwaltet von %1</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="333" />
+        <location filename="../SetsView.cpp" line="569" />
+        <source>Select a set file (.twconfig)</source>
+        <translation>Set-Datei wählen (.twconfig)</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="351" />
+        <location filename="../SetsView.cpp" line="542" />
+        <source>Save this set for sharing (passwords not included)</source>
+        <translation>Dieses Set zum Weitergeben sichern (ohne Passwörter)</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="363" />
+        <source>(missing share %1)</source>
+        <translation>(fehlende Freigabe %1)</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="403" />
+        <source>The set could not be saved.</source>
+        <translation>Das Set konnte nicht gesichert werden.</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="413" />
+        <source>New Set</source>
+        <translation>Neues Set</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="414" />
+        <location filename="../SetsView.cpp" line="427" />
+        <source>Set name:</source>
+        <translation>Name des Sets:</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="426" />
+        <source>Rename Set</source>
+        <translation>Set umbenennen</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="451" />
+        <source>Delete Set?</source>
+        <translation>Set löschen?</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="452" />
+        <source>"%1" will be removed. Its shares stay configured.</source>
+        <translation>„%1“ wird entfernt. Seine Freigaben bleiben eingerichtet.</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="511" />
+        <source>Mounting %1…</source>
+        <translation>%1 wird verbunden…</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="520" />
+        <source>Ejecting %1…</source>
+        <translation>%1 wird ausgeworfen…</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="535" />
+        <location filename="../SetsView.cpp" line="552" />
+        <source>Export Failed</source>
+        <translation>Export fehlgeschlagen</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="541" />
+        <source>Export Set</source>
+        <translation>Set exportieren</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="550" />
+        <source>Set exported to %1.</source>
+        <translation>Set nach %1 exportiert.</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="562" />
+        <location filename="../SetsView.cpp" line="576" />
+        <source>Import Failed</source>
+        <translation>Import fehlgeschlagen</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="568" />
+        <source>Import Set</source>
+        <translation>Set importieren</translation>
+    </message>
+    <message>
+        <location filename="../SetsView.cpp" line="579" />
+        <source>Import Complete</source>
+        <translation>Import abgeschlossen</translation>
     </message>
 </context>
 <context>
@@ -1824,57 +2493,57 @@ Der Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.</translati
 <context>
     <name>TrayController</name>
     <message>
-        <location filename="../TrayController.cpp" line="21" />
+        <location filename="../TrayController.cpp" line="22" />
         <source>Tarnwell</source>
         <translation>Tarnwell</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="111" />
+        <location filename="../TrayController.cpp" line="123" />
         <source>Mount</source>
         <translation>Verbinden</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="115" />
+        <location filename="../TrayController.cpp" line="127" />
         <source>Eject</source>
         <translation>Auswerfen</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="122" />
+        <location filename="../TrayController.cpp" line="134" />
         <source>Clean Up</source>
         <translation>Aufräumen</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="131" />
+        <location filename="../TrayController.cpp" line="143" />
         <source>No shares configured</source>
         <translation>Keine Freigaben eingerichtet</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="135" />
+        <location filename="../TrayController.cpp" line="147" />
         <source>Resume Auto-Mount</source>
         <translation>Auto-Mount fortsetzen</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="135" />
+        <location filename="../TrayController.cpp" line="147" />
         <source>Pause Auto-Mount</source>
         <translation>Auto-Mount pausieren</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="146" />
+        <location filename="../TrayController.cpp" line="158" />
         <source>Open Dashboard</source>
         <translation>Übersicht öffnen</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="147" />
+        <location filename="../TrayController.cpp" line="159" />
         <source>Log Manager…</source>
         <translation>Protokollverwaltung…</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="148" />
+        <location filename="../TrayController.cpp" line="160" />
         <source>Preferences…</source>
         <translation>Einstellungen…</translation>
     </message>
     <message>
-        <location filename="../TrayController.cpp" line="150" />
+        <location filename="../TrayController.cpp" line="162" />
         <source>Quit Tarnwell</source>
         <translation>Tarnwell beenden</translation>
     </message>
