@@ -156,6 +156,17 @@ grep -qF "🔍 [BROWSE] 'My NAS' has spaces, trying 'My-NAS.local'" "$work/daemo
 grep -qF "🔍 [BROWSE] Could not resolve 'My-NAS.local', will try modified hostname" "$work/daemon.log" || fail "no unresolved line"
 grep -qF "Could not connect using hostname. Try using the IP address instead, or enter credentials." <<<"$err" || fail "unresolved: $err"
 
+echo "=== the discovery tab: scan, browse and add through the window"
+view=$TW_BINARY_DIR/tests/netns_discovery_view
+if [ -x "$view" ]; then
+  disc_refuse_unless_private
+  QT_QPA_PLATFORM=offscreen GIO_USE_VFS=local timeout 120 "$view" >"$work/view.log" 2>&1 \
+    || { tail -n 40 "$work/view.log" >&2; fail "the discovery tab"; }
+  grep -E '^Totals' "$work/view.log"
+else
+  echo "no desktop build: the discovery tab is not exercised"
+fi
+
 echo "=== a server that never answers is given up after 15 s"
 start=$(date +%s)
 run_ctl 1 shares 192.0.2.99
