@@ -15,6 +15,7 @@
 
 #include <QApplication>
 #include <QSystemTrayIcon>
+#include <QThreadPool>
 #endif
 
 #include <cstring>
@@ -111,6 +112,9 @@ int main(int argc, char *argv[])
     const int status = app.exec();
 #ifdef TARNWELL_WITH_GUI
     shell.reset(); // the windows go before the engine they show
+    // Window tasks on the global pool (a password being read for the editor) use the engine's objects:
+    // they end before the engine does.
+    QThreadPool::globalInstance()->waitForDone();
 #endif
     return status;
 }

@@ -6,6 +6,7 @@
 #include <QMutexLocker>
 #include <QSignalSpy>
 #include <QTest>
+#include <QThreadPool>
 
 #include <climits>
 #include <cstdio>
@@ -61,6 +62,7 @@ void EngineHarnessBase::shutDown()
         return;
     host->scheduler().stop();
     host->engine().waitForWorkers();
+    QThreadPool::globalInstance()->waitForDone(); // window tasks that use the engine's objects
     host->auditLog().waitForPendingWrites();
     host.reset();
     engine = nullptr;
