@@ -1,5 +1,7 @@
 #include "ShareArguments.h"
 
+#include "base/JsonNumber.h"
+
 #include "Command.h"
 #include "base/ShareFields.h"
 
@@ -279,7 +281,7 @@ std::optional<QJsonObject> toRecordJson(const Flags &flags, bool forAdd, QString
     fields.group = text("group");
     fields.macAddress = text("macAddress");
     if (o.value(QStringLiteral("port")).isDouble())
-        fields.port = qint64(o.value(QStringLiteral("port")).toDouble());
+        fields.port = jsonInteger(o.value(QStringLiteral("port"))).value_or(-1); // -1: refused as out of range
     if (const auto problem = ShareFields::check(fields))
         return fail(*problem);
     return o;

@@ -1,6 +1,7 @@
 #include "ConfigurationManager.h"
 
 #include "base/DurableFile.h"
+#include "base/JsonNumber.h"
 #include "core/RecordFields.h"
 
 #include "RulesExchange.h"
@@ -65,12 +66,7 @@ std::optional<QDateTime> parseIsoDate(const QJsonValue &value)
 
 std::optional<qint64> integerOf(const QJsonValue &value)
 {
-    if (!value.isDouble())
-        return std::nullopt;
-    const double d = value.toDouble();
-    if (d != std::floor(d) || std::fabs(d) > 9.0e15)
-        return std::nullopt;
-    return qint64(d);
+    return jsonInteger(value);
 }
 
 // "HH:mm" of the file becomes that time today (local), which is all the schedule looks at.

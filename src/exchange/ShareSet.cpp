@@ -1,5 +1,7 @@
 #include "ShareSet.h"
 
+#include "base/JsonNumber.h"
+
 #include <QJsonArray>
 #include <QJsonValue>
 
@@ -44,10 +46,10 @@ std::optional<ShareSet> ShareSet::fromJson(const QJsonObject &object, QString *e
     if (!ids.isArray())
         return fail(QStringLiteral("set \"") + set.name + QStringLiteral("\" without shareIDs"));
     for (const QJsonValue &v : ids.toArray()) {
-        const double d = v.toDouble(std::nan(""));
-        if (!v.isDouble() || std::isnan(d) || d != std::floor(d))
+        const std::optional<qint64> id = jsonInteger(v);
+        if (!id)
             return fail(QStringLiteral("set \"") + set.name + QStringLiteral("\" has a share id that is not an integer"));
-        set.shareIDs.append(qint64(d));
+        set.shareIDs.append(*id);
     }
     set.icon = object.value(QStringLiteral("icon")).toString(set.icon);
     set.isLocked = object.value(QStringLiteral("isLocked")).toBool(false);
