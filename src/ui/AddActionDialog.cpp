@@ -1,9 +1,7 @@
 #include "AddActionDialog.h"
 
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QFileDialog>
-#include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -46,37 +44,19 @@ QLabel *note(const QString &text, const QString &name)
     label->setForegroundRole(QPalette::PlaceholderText);
     return label;
 }
-
-QWidget *page(std::initializer_list<QWidget *> widgets)
-{
-    auto *w = new QWidget;
-    auto *layout = new QVBoxLayout(w);
-    for (QWidget *child : widgets)
-        layout->addWidget(child);
-    layout->addStretch();
-    return w;
-}
 } // namespace
 
 AddActionDialog::AddActionDialog(const QList<RuleSheets::ShareChoice> &shares, QWidget *parent)
-    : QDialog(parent)
-    , m_type(new QComboBox)
-    , m_pages(new QStackedWidget)
+    : RuleSheetDialog(QStringLiteral("AddActionDialog"), tr("Add Action"), parent)
     , m_volume(new QComboBox)
     , m_group(new QLineEdit)
     , m_script(new QLineEdit)
     , m_message(new QLineEdit)
     , m_seconds(new QSpinBox)
 {
-    setObjectName(QStringLiteral("AddActionDialog"));
-    setWindowTitle(tr("Add Action"));
-    auto *layout = new QVBoxLayout(this);
-    auto *typeRow = new QFormLayout;
-    m_type->setObjectName(QStringLiteral("type"));
+    addTypeRow(tr("Action type:"));
     for (RuleAction::Type type : RuleAction::allTypes())
         m_type->addItem(RuleAction::rawValue(type), int(type));
-    typeRow->addRow(tr("Action type:"), m_type);
-    layout->addLayout(typeRow);
 
     m_volume->setObjectName(QStringLiteral("volume"));
     RuleSheets::fillSharePicker(m_volume, shares);
@@ -110,32 +90,20 @@ AddActionDialog::AddActionDialog(const QList<RuleSheets::ShareChoice> &shares, Q
     m_seconds->setSuffix(tr(" seconds"));
     m_pages->insertWidget(DelayPage, page({m_seconds}));
 
-    layout->addWidget(m_pages);
-    auto *buttons = new QDialogButtonBox;
-    buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
-    m_add = buttons->addButton(tr("Add"), QDialogButtonBox::AcceptRole);
-    m_add->setObjectName(QStringLiteral("addButton"));
-    m_add->setDefault(true);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    layout->addWidget(buttons);
-
-    connect(m_type, &QComboBox::currentIndexChanged, this, &AddActionDialog::updatePage);
     connect(m_volume, &QComboBox::currentIndexChanged, this, &AddActionDialog::updatePage);
     for (QLineEdit *edit : {m_group, m_script, m_message})
         connect(edit, &QLineEdit::textChanged, this, &AddActionDialog::updatePage);
-    updatePage();
-    resize(440, 220);
+    finishLayout(440, 220);
 }
 
 void AddActionDialog::setType(RuleAction::Type type)
 {
-    m_type->setCurrentIndex(m_type->findData(int(type)));
+    setTypeValue(int(type));
 }
 
 RuleAction::Type AddActionDialog::type() const
 {
-    return RuleAction::Type(m_type->currentData().toInt());
+    return RuleAction::Type(typeValue());
 }
 
 RuleAction AddActionDialog::action() const
@@ -183,10 +151,9 @@ bool AddActionDialog::canAdd() const
     return true;
 }
 
-void AddActionDialog::updatePage()
+int AddActionDialog::pageOfCurrentType() const
 {
-    m_pages->setCurrentIndex(pageOf(type()));
-    m_add->setEnabled(canAdd());
+    return pageOf(type());
 }
 
 void AddActionDialog::chooseScript()
@@ -198,10 +165,7 @@ void AddActionDialog::chooseScript()
     dialog->open();
 }
 
-void AddActionDialog::accept()
+void AddActionDialog::emitChosen()
 {
-    if (!canAdd())
-        return;
     Q_EMIT actionChosen(action());
-    QDialog::accept();
 }

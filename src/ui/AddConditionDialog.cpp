@@ -2,7 +2,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -63,37 +62,23 @@ const QStringList &AddConditionDialog::dayNames()
 }
 
 AddConditionDialog::AddConditionDialog(const QList<RuleSheets::ShareChoice> &shares, QWidget *parent)
-    : QDialog(parent)
-    , m_type(new QComboBox)
-    , m_pages(new QStackedWidget)
+    : RuleSheetDialog(QStringLiteral("AddConditionDialog"), tr("Add Condition"), parent)
     , m_ssid(new QLineEdit)
     , m_start(new QLineEdit(QStringLiteral("09:00")))
     , m_end(new QLineEdit(QStringLiteral("17:00")))
     , m_app(new QLineEdit)
     , m_volume(new QComboBox)
 {
-    setObjectName(QStringLiteral("AddConditionDialog"));
-    setWindowTitle(tr("Add Condition"));
-    auto *layout = new QVBoxLayout(this);
-
-    auto *typeRow = new QFormLayout;
-    m_type->setObjectName(QStringLiteral("type"));
+    addTypeRow(tr("Condition type:"));
     // The kinds by their display names, which are also what the rules file stores.
     for (RuleCondition::Type type : RuleCondition::allTypes())
         m_type->addItem(RuleCondition::rawValue(type), int(type));
-    typeRow->addRow(tr("Condition type:"), m_type);
-    layout->addLayout(typeRow);
 
     // Wi-Fi
-    auto *wifi = new QWidget;
-    auto *wifiLayout = new QVBoxLayout(wifi);
-    wifiLayout->addWidget(new QLabel(tr("WiFi Name (SSID):")));
     m_ssid->setObjectName(QStringLiteral("ssid"));
     m_ssid->setPlaceholderText(tr("e.g., HomeNetwork"));
-    wifiLayout->addWidget(m_ssid);
-    wifiLayout->addWidget(hint(tr("Leave empty to match any WiFi network")));
-    wifiLayout->addStretch();
-    m_pages->insertWidget(WifiPage, wifi);
+    m_pages->insertWidget(WifiPage,
+                          page({new QLabel(tr("WiFi Name (SSID):")), m_ssid, hint(tr("Leave empty to match any WiFi network"))}));
 
     // Time window
     auto *time = new QWidget;
@@ -124,60 +109,35 @@ AddConditionDialog::AddConditionDialog(const QList<RuleSheets::ShareChoice> &sha
     m_pages->insertWidget(DaysPage, days);
 
     // Application
-    auto *app = new QWidget;
-    auto *appLayout = new QVBoxLayout(app);
-    appLayout->addWidget(new QLabel(tr("Application name:")));
     m_app->setObjectName(QStringLiteral("app"));
     m_app->setPlaceholderText(tr("e.g., Final Cut Pro"));
-    appLayout->addWidget(m_app);
-    appLayout->addStretch();
-    m_pages->insertWidget(AppPage, app);
+    m_pages->insertWidget(AppPage, page({new QLabel(tr("Application name:")), m_app}));
 
     // Power, VPN
-    auto *nothing = new QWidget;
-    auto *nothingLayout = new QVBoxLayout(nothing);
     auto *nothingLabel = new QLabel(tr("No additional configuration needed"));
     nothingLabel->setObjectName(QStringLiteral("noConfiguration"));
-    nothingLayout->addWidget(nothingLabel);
-    nothingLayout->addStretch();
-    m_pages->insertWidget(NothingPage, nothing);
+    m_pages->insertWidget(NothingPage, page({nothingLabel}));
 
     // Volume
-    auto *volume = new QWidget;
-    auto *volumeLayout = new QVBoxLayout(volume);
     m_volume->setObjectName(QStringLiteral("volume"));
     RuleSheets::fillSharePicker(m_volume, shares);
-    volumeLayout->addWidget(m_volume);
-    volumeLayout->addStretch();
-    m_pages->insertWidget(VolumePage, volume);
+    m_pages->insertWidget(VolumePage, page({m_volume}));
 
-    layout->addWidget(m_pages);
-    auto *buttons = new QDialogButtonBox;
-    buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
-    m_add = buttons->addButton(tr("Add"), QDialogButtonBox::AcceptRole);
-    m_add->setObjectName(QStringLiteral("addButton"));
-    m_add->setDefault(true);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    layout->addWidget(buttons);
-
-    connect(m_type, &QComboBox::currentIndexChanged, this, &AddConditionDialog::updatePage);
     connect(m_start, &QLineEdit::textChanged, this, &AddConditionDialog::updatePage);
     connect(m_end, &QLineEdit::textChanged, this, &AddConditionDialog::updatePage);
     connect(m_app, &QLineEdit::textChanged, this, &AddConditionDialog::updatePage);
     connect(m_volume, &QComboBox::currentIndexChanged, this, &AddConditionDialog::updatePage);
-    updatePage();
-    resize(440, 240);
+    finishLayout(440, 240);
 }
 
 void AddConditionDialog::setType(RuleCondition::Type type)
 {
-    m_type->setCurrentIndex(m_type->findData(int(type)));
+    setTypeValue(int(type));
 }
 
 RuleCondition::Type AddConditionDialog::type() const
 {
-    return RuleCondition::Type(m_type->currentData().toInt());
+    return RuleCondition::Type(typeValue());
 }
 
 RuleCondition AddConditionDialog::condition() const
@@ -232,16 +192,12 @@ bool AddConditionDialog::canAdd() const
     return true;
 }
 
-void AddConditionDialog::updatePage()
+int AddConditionDialog::pageOfCurrentType() const
 {
-    m_pages->setCurrentIndex(pageOf(type()));
-    m_add->setEnabled(canAdd());
+    return pageOf(type());
 }
 
-void AddConditionDialog::accept()
+void AddConditionDialog::emitChosen()
 {
-    if (!canAdd())
-        return;
     Q_EMIT conditionChosen(condition());
-    QDialog::accept();
 }

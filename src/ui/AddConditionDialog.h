@@ -1,18 +1,16 @@
 #pragma once
 
+#include "RuleSheetDialog.h"
 #include "RuleSheets.h"
 
 #include "rules/RuleCondition.h"
 
-#include <QDialog>
 #include <QList>
 
 class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
-class QPushButton;
-class QStackedWidget;
 
 // The add-condition sheet: a condition type and the one input that type reads, turned into the condition's
 // parameters: Wi-Fi types store `ssid` (empty matches any network), the time window `timeRange` = start + "-"
@@ -21,7 +19,7 @@ class QStackedWidget;
 // stays disabled while the input cannot make a condition (a malformed time, no day, no share chosen).
 // conditionChosen() carries the new condition when the sheet is accepted.
 // Thread: main thread.
-class AddConditionDialog : public QDialog
+class AddConditionDialog : public RuleSheetDialog
 {
     Q_OBJECT
 public:
@@ -33,23 +31,20 @@ public:
     RuleCondition::Type type() const;
     // The condition the current input describes (a fresh id).
     RuleCondition condition() const;
-    bool canAdd() const;
-
-    void accept() override;
+    bool canAdd() const override;
 
 Q_SIGNALS:
     void conditionChosen(const RuleCondition &condition);
 
-private:
-    void updatePage();
+protected:
+    int pageOfCurrentType() const override;
+    void emitChosen() override;
 
-    QComboBox *m_type;
-    QStackedWidget *m_pages;
+private:
     QLineEdit *m_ssid;
     QLineEdit *m_start;
     QLineEdit *m_end;
     QList<QCheckBox *> m_days;
     QLineEdit *m_app;
     QComboBox *m_volume;
-    QPushButton *m_add;
 };
