@@ -1,6 +1,7 @@
 // Discovery figures, measured only inside the private network namespace bench/discovery-netns.sh makes
 // (it refuses anywhere else): the time from the start of a scan to "Found N" with 22 probes of which most
 // never answer (aim: at most 0.6 s), and the median time to list the real Samba server's shares.
+#include "BenchFigures.h"
 #include "discovery/NetworkDiscoveryManager.h"
 #include "platform/linux/LinuxNetworkInterfaces.h"
 #include "platform/linux/QProcessLauncher.h"
@@ -38,11 +39,6 @@ bool insidePrivateNamespace()
     return self && names == QStringList{QStringLiteral("lo"), QStringLiteral("twdisc0"), QStringLiteral("twdisc0p")};
 }
 
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.isEmpty() ? 0 : values[values.size() / 2];
-}
 
 } // namespace
 

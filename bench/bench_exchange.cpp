@@ -1,6 +1,7 @@
 // Configuration exchange at scale over the real engine (in-process fakes for the ports): share CSV import of
 // 5,000 rows, and export and import of a configuration with 1,000 shares and 100 sets. Prints medians;
 // asserts nothing.
+#include "BenchFigures.h"
 #include "support/EngineHarness.h"
 
 #include "exchange/ConfigurationManager.h"
@@ -32,11 +33,6 @@ struct Exchange
     ConfigurationManager config;
 };
 
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
 
 QString csvOf(int rows)
 {

@@ -2,6 +2,7 @@
 // by the Linux folder source, parsed, and applied to an empty engine as locked records (the start-up check),
 // then the same check at the next launch, when every share already has its locked record. The engine is the
 // real MountEngine over the in-process fakes. Prints medians; asserts nothing.
+#include "BenchFigures.h"
 #include "support/EngineHarness.h"
 
 #include "enterprise/ManagedPreferencesMonitor.h"
@@ -16,16 +17,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <vector>
-
-namespace {
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {

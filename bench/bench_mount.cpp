@@ -9,6 +9,7 @@
 // callers list the folder at once); a bare mount returns a folder that is not usable yet. Rounds are
 // therefore spaced by a pause (default 1500 ms, not timed), as mounts of one share are in use; with
 // pause-ms 0 the back-to-back figures show the cost of that wait.
+#include "BenchFigures.h"
 #include "BareGioMount.h"
 #include "platform/MountResponseCode.h"
 #include "platform/linux/GvfsMountService.h"
@@ -40,14 +41,6 @@ bool serviceRoundTrip(GvfsMountService &service, const QUrl &url, double *mountM
     const UnmountResult unmounted = service.unmount(result.mountPath, false);
     *unmountMs = timer.nsecsElapsed() / 1e6;
     return unmounted.ok;
-}
-
-double median(std::vector<double> v)
-{
-    if (v.empty())
-        return 0;
-    std::sort(v.begin(), v.end());
-    return v.size() % 2 ? v[v.size() / 2] : (v[v.size() / 2 - 1] + v[v.size() / 2]) / 2;
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 // unmounted share's backend for about a second). Prints the medians and their ratios (target: engine <= 1.10
 // x bare GIO). Run under the test stack:
 //   tests/stack/with-stack.sh STACK build/bench/bench_mount_engine [rounds]
+#include "BenchFigures.h"
 #include "BareGioMount.h"
 #include "platform/MountResponseCode.h"
 #include "platform/MountService.h"
@@ -20,12 +21,6 @@
 #include <future>
 
 namespace {
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    const qsizetype n = values.size();
-    return n == 0 ? 0 : (n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2);
-}
 
 template<typename F>
 auto onWorker(F f) -> decltype(f())

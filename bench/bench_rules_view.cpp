@@ -1,5 +1,6 @@
 // The Rules tab with 500 rules over the real rule engine (fakes below it, offscreen): the time from creating
 // the tab to its first paint, and the list's rebuild after one rule changes. Prints figures; asserts nothing.
+#include "BenchFigures.h"
 #include "support/EngineHarness.h"
 #include "ui/RulesView.h"
 
@@ -13,20 +14,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-
-namespace {
-double median(QList<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v.isEmpty() ? 0 : v.at(v.size() / 2);
-}
-
-void paintPending()
-{
-    QCoreApplication::sendPostedEvents();
-    QCoreApplication::processEvents();
-}
-} // namespace
 
 int main(int argc, char **argv)
 {

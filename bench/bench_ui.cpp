@@ -2,6 +2,7 @@
 // change to the repainted window (one row), a refresh of every row, the full reload (a model reset), and the
 // resident memory once idle: of this process, and of the real tarnwell GUI process started on a private bus.
 // Prints figures; asserts nothing.
+#include "BenchFigures.h"
 #include "support/EngineHarness.h"
 #include "ui/DashboardWindow.h"
 #include "ui/ShareTableModel.h"
@@ -25,11 +26,6 @@
 
 namespace {
 
-double median(QList<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v.isEmpty() ? 0 : v.at(v.size() / 2);
-}
 
 long rssKiB(const QString &pid = QStringLiteral("self"))
 {
@@ -129,12 +125,6 @@ GuiProcessMemory measureGuiProcess(const QString &self)
     return result;
 }
 
-// Paints what is pending (the offscreen platform paints synchronously into its backing store).
-void paintPending()
-{
-    QCoreApplication::sendPostedEvents();
-    QCoreApplication::processEvents();
-}
 
 } // namespace
 

@@ -1,6 +1,7 @@
 // The audit tab with 10,000 entries (offscreen): the time from a filter change (event type, date range,
 // both, back to everything) to the repainted table, and the time to load the entries into the view.
 // Prints figures; asserts nothing.
+#include "BenchFigures.h"
 #include "ui/AuditView.h"
 
 #include "logging/AuditEventType.h"
@@ -17,22 +18,6 @@
 
 #include <algorithm>
 #include <cstdio>
-
-namespace {
-
-double median(QList<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v.isEmpty() ? 0 : v.at(v.size() / 2);
-}
-
-void paintPending()
-{
-    QCoreApplication::sendPostedEvents();
-    QCoreApplication::processEvents();
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {
