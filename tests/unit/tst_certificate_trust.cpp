@@ -1,8 +1,11 @@
 // Certificate trust: the fingerprint's one spelling, the mount's verdict over a fake server certificate,
-// and the fingerprint surviving the preferences record and the configuration file.
+// what the control interface accepts to trust, and the fingerprint surviving the preferences record and the
+// configuration file.
 #include "support/EngineHarness.h"
 
 #include "base/CertificateFingerprint.h"
+#include "control/ControlNames.h"
+#include "control/ControlService.h"
 #include "core/CertificateTrust.h"
 #include "exchange/ConfigurationManager.h"
 #include "platform/fake/FakeCertificateReader.h"
@@ -80,6 +83,34 @@ private Q_SLOTS:
             QCOMPARE(h.eventCount(EVENT_TYPE_ENUM::CONNECTION_FAILED, status), 1);
             QCOMPARE(h.eventCount(EVENT_TYPE_ENUM::AUTH_FAILED), 0);
         }
+    }
+
+    void trustThroughControl_data()
+    {
+        QTest::addColumn<int>("protocol");
+        QTest::addColumn<QString>("given");
+        QTest::addColumn<QString>("error");
+        QTest::addColumn<QString>("stored");
+        const int davs = int(MountUsingProtocol_Enum::WebDAVS);
+        QTest::newRow("grouped, upper case") << davs << kA.toUpper().insert(2, QLatin1Char(':')) << QString() << kA;
+        QTest::newRow("forget") << davs << QString() << QString() << QString();
+        QTest::newRow("not a fingerprint") << davs << QStringLiteral("12:34") << ControlNames::kErrorInvalidArgument << kB;
+        QTest::newRow("SMB share") << int(MountUsingProtocol_Enum::SMB) << kA << ControlNames::kErrorInvalidArgument << kB;
+    }
+    void trustThroughControl()
+    {
+        QFETCH(int, protocol);
+        QFETCH(QString, given);
+        QFETCH(QString, error);
+        QFETCH(QString, stored);
+        EngineHarness h;
+        ControlService control(*h.engine, h.eventLog, h.auditLog);
+        const qint64 id = h.addRecord([&](VolumeRecord &r) {
+            r.mounting_using_protocol_Enum = MountUsingProtocol_Enum(protocol);
+            r.trustedCertificateSHA256 = kB;
+        });
+        QCOMPARE(control.trustCertificate(id, given).error.name, error);
+        QCOMPARE(h.record(id).trustedCertificateSHA256, stored);
     }
 
     void fingerprintIsKept_data()
