@@ -418,8 +418,9 @@ VolumeRecord VolumeRecord::duplicate(qint64 newId, NotificationCenter *center) c
     assign(copy.preUnmountScriptPath_String, preUnmountScriptPath_String);
     assign(copy.group_String, group_String);
     assign(copy.allowedSSIDs_String, allowedSSIDs_String);
-    assign(copy.trustedCertificateSHA256, trustedCertificateSHA256);
     // isLocked and managedBy stay at their defaults: a copy is the user's own record, editable and deletable.
+    // The same server: its trusted certificate comes along (not one of the announced settings).
+    copy.trustedCertificateSHA256 = trustedCertificateSHA256;
 
     const QString base = nickname_String.isEmpty() ? QCoreApplication::translate("VolumeRecord", "New Share")
                                                    : nickname_String;
