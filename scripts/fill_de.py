@@ -288,6 +288,12 @@ DE.update({
  'Your IT administrator has disabled import.': 'Ihre IT-Abteilung hat den Import deaktiviert.',
  'guest': 'Gast', 'none': 'keine',
 })
+# Certificate trust.
+DE.update({
+ 'UNTRUSTED CERTIFICATE': 'NICHT VERTRAUTES ZERTIFIKAT',
+ "The server's certificate is not one this share trusts. Compare its fingerprint with the server's, then trust it with: tarnwellctl trust SHARE":
+   'Dem Zertifikat des Servers vertraut diese Freigabe nicht. Vergleichen Sie seinen Fingerabdruck mit dem des Servers und vertrauen Sie ihm dann mit: tarnwellctl trust FREIGABE',
+})
 PLURAL = {'%n share(s) configured.': ['%n Freigabe eingerichtet.', '%n Freigaben eingerichtet.']}
 
 PLURAL['%n share(s)'] = ['%n Freigabe', '%n Freigaben']

@@ -14,6 +14,7 @@ packages=(
   gvfs gvfs-backends gvfs-fuse fuse3 dbus dbus-x11 smbclient libsecret-tools zsh
   # test stack: real servers and daemons on loopback
   samba gnome-keyring python3-dbusmock python3-gi apache2 procps psmisc iproute2 xvfb
+  rclone openssl  # a second, independent WebDAV server (TLS with a certificate made by openssl)
   avahi-daemon avahi-utils  # mDNS of the discovery test, run only inside its own network namespace
   qt6-qpa-plugins
   clang libclang-rt-14-dev  # fuzz/: libFuzzer with the address and undefined-behaviour sanitizers

@@ -22,6 +22,7 @@
 #include "SetCommand.h"
 #include "SharesCommand.h"
 #include "StatusCommand.h"
+#include "TrustCommand.h"
 #include "VerifyCommand.h"
 
 #include <QCoreApplication>
@@ -116,6 +117,7 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(std::make_unique<EjectCommand>());
     commands.push_back(std::make_unique<CleanupCommand>());
     commands.push_back(std::make_unique<VerifyCommand>());
+    commands.push_back(std::make_unique<TrustCommand>());
     commands.push_back(std::make_unique<PauseCommand>());
     commands.push_back(std::make_unique<ResumeCommand>());
     commands.push_back(std::make_unique<LogCommand>());

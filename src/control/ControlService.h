@@ -101,6 +101,10 @@ public:
     Result<Done> cleanUp(qint64 id);
     // The engine's bounded check; `done` follows on the main thread (an unknown share: at once).
     void verify(qint64 id, std::function<void(Result<bool>)> done);
+    // The certificate the share's server presents (JSON as in the interface description); `done` follows
+    // on the main thread (errors at once).
+    void serverCertificate(qint64 id, std::function<void(Result<QString>)> done);
+    Result<Done> trustCertificate(qint64 id, const QString &sha256);
     Result<Done> pause();
     Result<Done> resume();
     Result<QString> eventLog(int limit) const;
@@ -123,6 +127,8 @@ public:
     void EjectAll();
     void CleanUp(qlonglong id);
     bool Verify(qlonglong id);
+    QString ServerCertificate(qlonglong id);
+    void TrustCertificate(qlonglong id, const QString &sha256);
     void Pause();
     void Resume();
     QString EventLog(int limit);

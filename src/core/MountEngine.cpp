@@ -287,6 +287,7 @@ void MountEngine::mount(qint64 id, bool allowUI)
     Q_EMIT mountStarted(id);
 
     MountPipeline::Context context{m_finder.get(), m_deps.mountService, m_deps.credentials, m_deps.network, m_deps.defaults};
+    context.certificates = m_deps.certificates;
     const qint32 requestId = copy.runtime_requestID_Int32;
     // The destructor waits for the pool, so `this` outlives every worker.
     m_mountPool.start([this, context, copy, allowUI, cancellation, id, requestId] {

@@ -18,6 +18,8 @@
 #include <memory>
 #include <optional>
 
+class CertificateReader;
+struct CertificateRead;
 class Clock;
 class CredentialStore;
 class Defaults;
@@ -56,6 +58,8 @@ struct MountEngineDependencies
     WorkerPools *pools = nullptr;
     // Dates mount start times and the discovery's "recently created" test (null: the system time).
     Clock *clock = nullptr;
+    // The certificate a TLS share's server presents (certificate trust); null: untrusted certificates are refused.
+    CertificateReader *certificates = nullptr;
 };
 
 // The mount engine (the product's `TarnwellService`): owns the share records with their runtime state and
@@ -183,6 +187,11 @@ public:
     // the answer is "not connected" at once. `done(connected)` and verifyFinished() follow on the main
     // thread (never inside this call); a verify of a record already being verified joins that check.
     void verify(qint64 id, std::function<void(bool connected)> done = {});
+
+    // Reads the certificate the server of the record presents (CertificateTrust::host/port), on an I/O
+    // worker, for the user to decide whether to trust it. `done` follows on the main thread (never inside
+    // this call); an unknown ID or a build without a certificate reader gives an error.
+    void readServerCertificate(qint64 id, std::function<void(CertificateRead)> done);
     static constexpr std::chrono::milliseconds kVerifyBound{3000};
     static inline const QString kVerifiedStatus = QStringLiteral("Verified — connected at %1");
     static inline const QString kLostStatus = QStringLiteral("Connection lost — mount point not found");

@@ -1,6 +1,7 @@
 #include "MountPipeline.h"
 
 #include "base/Console.h"
+#include "core/CertificateTrust.h"
 #include "core/CredentialStore.h"
 #include "core/MountPointFinder.h"
 #include "core/NetworkTester.h"
@@ -56,6 +57,8 @@ const QString kCancelledLine = QStringLiteral("⏹ [MOUNT] Mount cancelled");
 const QString kLateMountLine = QStringLiteral("⏹ [MOUNT] Mounted at '%1' after it was cancelled — %2");
 const QString kUndone = QStringLiteral("unmounted again");
 const QString kNotUndone = QStringLiteral("unmount failed");
+const QString kCertificateReadLine = QStringLiteral("🔐 [MOUNT] Server certificate not trusted by the system: SHA-256 %1 (%2)");
+const QString kCertificateTrustedLine = QStringLiteral("✅ [MOUNT] Server certificate is the trusted one");
 
 // Status texts.
 const QString kStaleRemovedStatus = QStringLiteral("Removed stale mount point before connecting");
@@ -332,7 +335,27 @@ MountOutcome MountPipeline::run()
     const QString urlText = encodedMountUrl(m_record);
     Console::line(kMountingUrlPrefix + urlText);
     const QUrl url = QUrl::fromEncoded(urlText.toLatin1());
-    const MountRequest request = makeRequest(url, user, password, open, mountOpts, customPath);
+    MountRequest request = makeRequest(url, user, password, open, mountOpts, customPath);
+    // A certificate the system does not trust is accepted only when it is the one the share trusts.
+    std::optional<CertificateTrust::Verdict> certificateRefusal;
+    CertificateRead seenCertificate;
+    if (m_record.mounting_using_protocol_Enum == MountUsingProtocol_Enum::WebDAVS) {
+        request.trustCertificate = [this, &certificateRefusal, &seenCertificate] {
+            seenCertificate = m_ctx.certificates
+                                  ? m_ctx.certificates->read(CertificateTrust::host(m_record), CertificateTrust::port(m_record))
+                                  : CertificateRead{std::nullopt, QStringLiteral("no certificate reader")};
+            if (seenCertificate.certificate)
+                Console::line(kCertificateReadLine.arg(seenCertificate.certificate->sha256, seenCertificate.certificate->subject));
+            const CertificateTrust::Verdict verdict = CertificateTrust::judge(m_record.trustedCertificateSHA256, seenCertificate);
+            if (verdict == CertificateTrust::Verdict::Accept) {
+                Console::line(kCertificateTrustedLine);
+                certificateRefusal.reset();
+                return true;
+            }
+            certificateRefusal = verdict;
+            return false;
+        };
+    }
 
     Console::line(kCallLine);
     report(kAttemptingStatus);
@@ -403,6 +426,19 @@ MountOutcome MountPipeline::run()
         }
         handleSuccess(outcome, *live, url);
         outcome.status = kAlreadyMountedAtPrefix + outcome.mountPoint;
+        return outcome;
+    }
+    if (certificateRefusal) {
+        // Refusing the certificate is what ended the attempt, not the credentials.
+        const QString text = CertificateTrust::statusText(*certificateRefusal, seenCertificate);
+        Console::line(QStringLiteral("❌ [MOUNT] ") + text);
+        outcome.status = text;
+        outcome.eventType = EVENT_TYPE_ENUM::CONNECTION_FAILED;
+        outcome.eventText = text;
+        outcome.mounted = false;
+        outcome.auditType = AuditEventType::mountFailure;
+        outcome.auditDetails = text;
+        outcome.auditErrorCode = code;
         return outcome;
     }
     applyFailureCode(m_record, code, outcome);

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 
+class CertificateReader;
 class CredentialStore;
 class Defaults;
 class NetworkProbe;
@@ -82,6 +83,9 @@ public:
         CredentialStore *credentials = nullptr;
         NetworkProbe *network = nullptr;
         const Defaults *defaults = nullptr; // the probe's time-out preference
+        // Reads the server's certificate when the mount service asks whether to trust it (secure WebDAV);
+        // null: such a certificate is refused as unreadable.
+        CertificateReader *certificates = nullptr;
     };
 
     MountPipeline(Context context, VolumeRecord record, bool allowUI, std::shared_ptr<MountCancellation> cancellation,

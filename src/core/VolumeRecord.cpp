@@ -1,5 +1,6 @@
 #include "VolumeRecord.h"
 
+#include "base/CertificateFingerprint.h"
 #include "base/NotificationCenter.h"
 #include "base/PropertyList.h"
 
@@ -38,6 +39,7 @@ const QString kKeyAllowedSSIDs = QStringLiteral("allowedSSIDs_String");
 const QString kKeyGroup = QStringLiteral("group_String");
 const QString kKeyIsLocked = QStringLiteral("isLocked");
 const QString kKeyManagedBy = QStringLiteral("managedBy");
+const QString kKeyTrustedCertificate = QStringLiteral("trustedCertificateSHA256");
 const QString kKeyLegacyPassword = QStringLiteral("password_String");
 
 const QString kDuplicateAccountPrefix = QStringLiteral("volume_record_duplicate_");
@@ -286,6 +288,8 @@ QVariantMap VolumeRecord::encode() const
     a.insert(kKeyGroup, group_String);
     a.insert(kKeyIsLocked, isLocked);
     a.insert(kKeyManagedBy, managedBy);
+    if (!trustedCertificateSHA256.isEmpty())
+        a.insert(kKeyTrustedCertificate, trustedCertificateSHA256);
     return a;
 }
 
@@ -371,6 +375,9 @@ std::optional<VolumeRecord> VolumeRecord::decode(const QVariantMap &archive, QSt
     r.group_String = stringValue(archive, kKeyGroup).value_or(QString());
     r.isLocked = boolValue(archive, kKeyIsLocked).value_or(false);
     r.managedBy = stringValue(archive, kKeyManagedBy).value_or(QString());
+    // Anything but a fingerprint trusts nothing (the mount then names the certificate it was shown).
+    r.trustedCertificateSHA256 =
+        CertificateFingerprint::normalise(stringValue(archive, kKeyTrustedCertificate).value_or(QString())).value_or(QString());
 
     // Older builds archived the password itself; it only ever lives in memory from here on.
     if (const auto password = stringValue(archive, kKeyLegacyPassword))
@@ -412,6 +419,8 @@ VolumeRecord VolumeRecord::duplicate(qint64 newId, NotificationCenter *center) c
     assign(copy.group_String, group_String);
     assign(copy.allowedSSIDs_String, allowedSSIDs_String);
     // isLocked and managedBy stay at their defaults: a copy is the user's own record, editable and deletable.
+    // The same server: its trusted certificate comes along (not one of the announced settings).
+    copy.trustedCertificateSHA256 = trustedCertificateSHA256;
 
     const QString base = nickname_String.isEmpty() ? QCoreApplication::translate("VolumeRecord", "New Share")
                                                    : nickname_String;

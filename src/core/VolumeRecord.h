@@ -54,6 +54,9 @@ public:
     QString allowedSSIDs_String;
     bool isLocked = false;
     QString managedBy;
+    // SHA-256 of the one server certificate a secure WebDAV share accepts beyond what the system trusts
+    // (CertificateFingerprint spelling); empty: none.
+    QString trustedCertificateSHA256;
 
     // Runtime fields (never persisted)
     QString runtime_status_String;

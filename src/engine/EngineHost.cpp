@@ -61,6 +61,7 @@ EngineHost::EngineHost(PlatformPorts ports, const Options &options, QObject *par
     deps.network = m_ports.networkProbe.get();
     deps.pools = m_pools.get();
     deps.clock = m_ports.clock.get();
+    deps.certificates = m_ports.certificateReader.get();
     m_engine = std::make_unique<MountEngine>(deps);
 
     if (options.watchFuseBridge && m_ports.fuseBridge) {

@@ -8,6 +8,7 @@
 #include "ShareCsv.h"
 #include "ShareSetManager.h"
 
+#include "base/CertificateFingerprint.h"
 #include "base/Console.h"
 #include "base/Defaults.h"
 #include "base/NotificationCenter.h"
@@ -116,6 +117,7 @@ void applySettings(VolumeRecord &target, const VolumeRecord &source)
     target.macAddress_String = source.macAddress_String;
     target.postMountScriptPath_String = source.postMountScriptPath_String;
     target.preUnmountScriptPath_String = source.preUnmountScriptPath_String;
+    target.trustedCertificateSHA256 = source.trustedCertificateSHA256;
 }
 
 template <typename T>
@@ -219,6 +221,8 @@ QJsonObject ConfigurationManager::shareToJson(const VolumeRecord &r)
         o.insert(QStringLiteral("scheduleUnmountTime"), r.schedule_UnMountTime.toLocalTime().toString(kTimeFormat));
     if (!r.managedBy.isEmpty())
         o.insert(QStringLiteral("managedBy"), r.managedBy);
+    if (!r.trustedCertificateSHA256.isEmpty())
+        o.insert(QStringLiteral("trustedCertificateSHA256"), r.trustedCertificateSHA256);
     return o;
 }
 
@@ -276,6 +280,14 @@ std::optional<VolumeRecord> ConfigurationManager::shareFromJson(const QJsonObjec
     r.managedBy = stringOr(o, "managedBy");
     r.no_password_guest_login = boolOr(o, "guest", false) ? 1 : 0;
     r.auto_Mount = boolOr(o, "autoMount", false) ? 1 : 0;
+    if (const QString trusted = stringOr(o, "trustedCertificateSHA256"); !trusted.isEmpty()) {
+        const std::optional<QString> fingerprint = CertificateFingerprint::normalise(trusted);
+        if (!fingerprint)
+            Console::line(QStringLiteral("⚠️ [CONFIG] Share %1: %2; no certificate is trusted")
+                              .arg(QString::number(r.internal_ID_Int),
+                                   CertificateFingerprint::invalidText(QStringLiteral("trustedCertificateSHA256"))));
+        r.trustedCertificateSHA256 = fingerprint.value_or(QString());
+    }
     return r;
 }
 

@@ -36,6 +36,10 @@ struct MountRequest
     // TLS: accept a server certificate the system does not trust (self-signed, wrong host). Off by
     // default: such a certificate then fails the mount.
     bool acceptUntrustedCertificate = false;
+    // Asked (on the calling worker, while the mount waits) when the server's certificate is not trusted by
+    // the system and acceptUntrustedCertificate is off: true accepts it. Unset: refused, or put to the
+    // question prompt when allowUI.
+    std::function<bool()> trustCertificate;
 };
 
 // The mount pipeline's response code (BSD errno numbering: 0 success, 2, 5, 8, 13, 17, 19, 60, 64, 65, 80,

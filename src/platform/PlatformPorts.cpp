@@ -1,5 +1,6 @@
 #include "PlatformPorts.h"
 
+#include "platform/CertificateReader.h"
 #include "platform/Clock.h"
 #include "platform/DesktopNotifier.h"
 #include "platform/DirectoryService.h"

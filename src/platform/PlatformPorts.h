@@ -2,6 +2,7 @@
 
 #include <memory>
 
+class CertificateReader;
 class Clock;
 class DesktopNotifier;
 class DirectoryService;
@@ -58,4 +59,6 @@ struct PlatformPorts
     std::unique_ptr<PowerSource> powerSource;
     std::unique_ptr<RunningApplications> runningApplications;
     std::unique_ptr<VpnMonitor> vpnMonitor;
+    // The certificate a TLS server presents (trusting a share's self-signed certificate); may be absent.
+    std::unique_ptr<CertificateReader> certificateReader;
 };

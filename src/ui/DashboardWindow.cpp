@@ -232,6 +232,9 @@ QString DashboardWindow::explanation(qint64 id) const
         return tr("No connection to the server could be made.");
     case Kind::HostUnresolved:
         return tr("The server's name could not be resolved. Check the name, or use its address.");
+    case Kind::CertificateUntrusted:
+        return tr("The server's certificate is not one this share trusts. Compare its fingerprint with the "
+                  "server's, then trust it with: tarnwellctl trust SHARE");
     case Kind::Error:
         return tr("The last attempt failed; see the Logs tab for details.");
     case Kind::Resolved:

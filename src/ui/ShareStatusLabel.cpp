@@ -60,6 +60,9 @@ Label derive(const Input &in)
     }
     if (s.contains(QLatin1String("attempting")))
         return {Kind::Mounting, tr("MOUNTING...", "Mounting status")};
+    // Before the other failures: the certificate's subject in the text may hold any of their words.
+    if (s.contains(QLatin1String("server certificate")))
+        return {Kind::CertificateUntrusted, tr("UNTRUSTED CERTIFICATE", "Server certificate not trusted")};
     if (hasAny(s, {"error 65", "unreachable"}))
         return {Kind::HostUnreachable, tr("HOST UNREACHABLE", "Host unreachable error")};
     // "error 2" also catches the codes 20..29: kept, the order is part of the behaviour.
@@ -111,6 +114,7 @@ Severity severity(Kind kind)
     case Kind::TimedOut:
     case Kind::ConnectFailed:
     case Kind::HostUnresolved:
+    case Kind::CertificateUntrusted:
     case Kind::Error:
         return Severity::Failure;
     }

@@ -25,6 +25,7 @@ enum class Kind {
     TimedOut,
     ConnectFailed,
     HostUnresolved,
+    CertificateUntrusted,
     Error,
     Resolved,
     LocalOk,

@@ -133,6 +133,12 @@ MountResult FakeMountService::nextResult(const QUrl &url)
     return it->size() > 1 ? it->takeFirst() : it->first();
 }
 
+void FakeMountService::setAsksCertificate(bool asks)
+{
+    std::lock_guard lock(m_mutex);
+    m_asksCertificate = asks;
+}
+
 MountResult FakeMountService::mount(const MountRequest &request,
                                     const std::shared_ptr<MountCancellation> &cancellation)
 {
@@ -168,6 +174,15 @@ MountResult FakeMountService::mount(const MountRequest &request,
     } else if (cancellation && cancellation->isCancelled()) {
         return {MountResponseCode::Cancelled, QStringLiteral("Operation was cancelled"), {}};
     }
+
+    bool asksCertificate = false;
+    {
+        std::lock_guard lock(m_mutex);
+        asksCertificate = m_asksCertificate;
+    }
+    // As GVfs: a refused certificate question ends the mount with its TLS error, reported as code 80.
+    if (asksCertificate && !request.acceptUntrustedCertificate && !(request.trustCertificate && request.trustCertificate()))
+        return {MountResponseCode::AuthFailed, QStringLiteral("Unacceptable TLS certificate"), {}};
 
     MountResult result = nextResult(request.url);
     if (result.code == MountResponseCode::Success)

@@ -48,6 +48,10 @@ public:
     // Waits (at most timeoutMs) until count mounts are blocked; for tests that cancel a hanging mount.
     bool waitForBlocked(int count, int timeoutMs) const;
 
+    // Every mount first asks whether to trust the server's certificate (MountRequest::trustCertificate),
+    // like GVfs for a self-signed one; a refusal fails the mount with code 80.
+    void setAsksCertificate(bool asks);
+
     void attachVolumes(FakeMountTable *table, const QString &volumesFolder);
 
     QList<MountRequest> mountCalls() const;
@@ -79,6 +83,7 @@ private:
     QList<QString> m_blockingUrls;
     bool m_blockAll = false;
     bool m_completesDespiteCancel = false;
+    bool m_asksCertificate = false;
     QList<MountRequest> m_mountCalls;
     QList<UnmountCall> m_unmountCalls;
     QPointer<FakeMountTable> m_table;

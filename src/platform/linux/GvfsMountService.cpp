@@ -174,12 +174,14 @@ void onAskQuestion(GMountOperation *op, const char *message, const char **choice
     }
     // The only question GVfs asks while mounting is whether to trust a server certificate, with the
     // choices "Yes" and "No" (translated): first is yes, last is no.
+    const int no = int(choiceList.size()) - 1;
     int choice = -1;
     if (request.acceptUntrustedCertificate)
         choice = 0;
+    else if (request.trustCertificate)
+        choice = request.trustCertificate() ? 0 : no;
     else if (request.allowUI && *attempt->questionPrompt)
         choice = (*attempt->questionPrompt)(QString::fromUtf8(message), choiceList);
-    const int no = int(choiceList.size()) - 1;
     if (choice < 0 || choice > no || (choice == no && no > 0)) {
         attempt->facts.certificateRefused = true;
         choice = no;

@@ -24,7 +24,8 @@ class GvfsMountTable;
 // - With allowUI and a password prompt installed, the prompt is asked (once) when the request has no
 //   password or its password was refused; without a prompt (headless) allowUI behaves as NoUI.
 // - Server certificate the system does not trust (davs): accepted when the request says
-//   acceptUntrustedCertificate, else asked through the question prompt when allowUI, else refused (80).
+//   acceptUntrustedCertificate, else decided by the request's trustCertificate, else asked through the
+//   question prompt when allowUI, else refused (80).
 //   A refusal is always the explicit "no" choice: GVfs's WebDAV backend takes an aborted question as a yes.
 //
 // Custom mount folder (MountRequest::mountDirectory): GVfs always mounts under its FUSE root, so after a

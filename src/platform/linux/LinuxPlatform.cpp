@@ -28,6 +28,7 @@
 #include "platform/linux/ProcRunningApplications.h"
 #include "platform/linux/QProcessLauncher.h"
 #include "platform/linux/SmbclientShareLister.h"
+#include "platform/linux/TlsCertificateReader.h"
 #include "platform/linux/UPowerPowerSource.h"
 
 #include <QDBusConnection>
@@ -59,6 +60,7 @@ PlatformPorts createPorts()
     ports.powerSource = std::make_unique<UPowerPowerSource>(QDBusConnection::systemBus());
     ports.runningApplications = std::make_unique<ProcRunningApplications>();
     ports.vpnMonitor = std::make_unique<LinuxVpnMonitor>(QDBusConnection::systemBus());
+    ports.certificateReader = std::make_unique<TlsCertificateReader>();
     return ports;
 }
 

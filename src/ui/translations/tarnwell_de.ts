@@ -476,6 +476,11 @@
         <translation>Der Server verweigert den Zugriff. Prüfen Sie die Rechte des Kontos auf dieser Freigabe.</translation>
     </message>
     <message>
+        <location filename="../DashboardWindow.cpp" line="236" />
+        <source>The server's certificate is not one this share trusts. Compare its fingerprint with the server's, then trust it with: tarnwellctl trust SHARE</source>
+        <translation>Dem Zertifikat des Servers vertraut diese Freigabe nicht. Vergleichen Sie seinen Fingerabdruck mit dem des Servers und vertrauen Sie ihm dann mit: tarnwellctl trust FREIGABE</translation>
+    </message>
+    <message>
         <location filename="../DashboardWindow.cpp" line="228" />
         <source>User name or password incorrect. Edit the share to correct them.</source>
         <translation>Benutzername oder Passwort falsch. Bearbeiten Sie die Freigabe, um sie zu korrigieren.</translation>
@@ -2407,6 +2412,12 @@ Der Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.</translati
         <source>ACCESS DENIED</source>
         <comment>Access denied error</comment>
         <translation>ZUGRIFF VERWEIGERT</translation>
+    </message>
+    <message>
+        <location filename="../ShareStatusLabel.cpp" line="65" />
+        <source>UNTRUSTED CERTIFICATE</source>
+        <comment>Server certificate not trusted</comment>
+        <translation>NICHT VERTRAUTES ZERTIFIKAT</translation>
     </message>
     <message>
         <location filename="../ShareStatusLabel.cpp" line="71" />
