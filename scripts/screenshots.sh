@@ -10,7 +10,4 @@ mkdir -p "$root/docs/screenshots"
 HOME=$home XDG_CONFIG_HOME=$home/.config XDG_DATA_HOME=$home/.local/share XDG_CACHE_HOME=$home/.cache \
 QT_QPA_PLATFORM=offscreen TW_SCREENSHOT_DIR=$root/docs/screenshots \
   "$build/tests/gui_screenshots"
-HOME=$home XDG_CONFIG_HOME=$home/.config XDG_DATA_HOME=$home/.local/share XDG_CACHE_HOME=$home/.cache \
-QT_QPA_PLATFORM=offscreen TW_SCREENSHOT_DIR=$root/docs/screenshots \
-  "$build/tests/gui_screenshots_views"
 ls -1 "$root/docs/screenshots"

@@ -1,12 +1,9 @@
 // The directory tab over the real mappings manager and a scripted directory: binding status and the
 // user's details, the not-bound notice, apply with its status texts, and the mapping editor's edits
 // reaching the stored mappings.
-#include "GuiHarness.h"
+#include "ViewSetups.h"
 
 #include "ui/DirectoryView.h"
-
-#include "enterprise/ActiveDirectoryManager.h"
-#include "platform/fake/FakeDirectoryService.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -23,60 +20,20 @@ private Q_SLOTS:
     void boundUserAndApply();
     void notBoundShowsNotice();
     void editorStoresMappings();
-
-private:
-    struct Setup
-    {
-        explicit Setup(GuiHarness &h)
-        {
-            ActiveDirectoryManager::Dependencies deps;
-            deps.directory = &directory;
-            deps.defaults = &h.defaults;
-            deps.engine = h.engine;
-            deps.auditLog = &h.auditLog;
-            deps.center = &h.center;
-            manager = std::make_unique<ActiveDirectoryManager>(deps);
-        }
-        void bind(const QString &domain, const QStringList &groups)
-        {
-            DirectoryService::DomainLookup d;
-            d.ran = true;
-            d.domain = domain;
-            DirectoryService::GroupsLookup g;
-            g.ran = true;
-            g.groups = groups;
-            DirectoryService::UserRecord user;
-            user.userName = QStringLiteral("dana");
-            user.fullName = QStringLiteral("Dana Scully");
-            user.email = QStringLiteral("dana@corp.example");
-            directory.set(d, g, user);
-        }
-        FakeDirectoryService directory;
-        std::unique_ptr<ActiveDirectoryManager> manager;
-    };
-    static ADMappedShare share(const QString &host, const QString &name,
-                               const QString &protocol = QStringLiteral("SMB"))
-    {
-        ADMappedShare s;
-        s.hostname = host;
-        s.shareName = name;
-        s.protocolType = protocol;
-        return s;
-    }
 };
 
 void TestDirectoryView::boundUserAndApply()
 {
     GuiHarness h;
-    Setup s(h);
+    DirectorySetup s(h);
     s.bind(QStringLiteral("corp.example"), {QStringLiteral("Staff"), QStringLiteral("Engineering")});
     ADShareMapping engineering;
     engineering.groupName = QStringLiteral("Engineering");
-    engineering.shares = {share(QStringLiteral("files.corp"), QStringLiteral("eng")),
-                          share(QStringLiteral("files.corp"), QStringLiteral("tools"), QStringLiteral("afp"))};
+    engineering.shares = {DirectorySetup::share(QStringLiteral("files.corp"), QStringLiteral("eng")),
+                          DirectorySetup::share(QStringLiteral("files.corp"), QStringLiteral("tools"), QStringLiteral("afp"))};
     ADShareMapping lowerCase; // "staff" is not the user's "Staff"
     lowerCase.groupName = QStringLiteral("staff");
-    lowerCase.shares = {share(QStringLiteral("files.corp"), QStringLiteral("staff"))};
+    lowerCase.shares = {DirectorySetup::share(QStringLiteral("files.corp"), QStringLiteral("staff"))};
     s.manager->setMappings({engineering, lowerCase});
 
     DirectoryView view(s.manager.get());
@@ -112,7 +69,7 @@ void TestDirectoryView::boundUserAndApply()
 void TestDirectoryView::notBoundShowsNotice()
 {
     GuiHarness h;
-    Setup s(h);
+    DirectorySetup s(h);
     s.bind(QString(), {});
     DirectoryView view(s.manager.get());
     QVERIFY(!view.notBoundNoticeShown());
@@ -139,7 +96,7 @@ void TestDirectoryView::notBoundShowsNotice()
 void TestDirectoryView::editorStoresMappings()
 {
     GuiHarness h;
-    Setup s(h);
+    DirectorySetup s(h);
     DirectoryView view(s.manager.get());
     QVERIFY(!view.groupField()->isEnabled() || view.mappingList()->count() == 0);
 

@@ -1,17 +1,11 @@
 // The discovery tab over the real discovery manager and fake ports (no packet leaves the process; the
 // sweep's probe is a function of the test): a scan with its progress and status texts, the server list,
 // the share browser with hidden shares marked, an error with Retry, and "Add Share" creating the record.
-#include "GuiHarness.h"
+#include "ViewSetups.h"
 
 #include "ui/DiscoveryView.h"
 
-#include "discovery/NetworkDiscoveryManager.h"
-#include "platform/fake/FakeNetworkInterfaces.h"
-#include "platform/fake/FakeServiceBrowser.h"
-#include "platform/fake/FakeShareLister.h"
-
 #include <QLineEdit>
-#include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -25,40 +19,6 @@ private Q_SLOTS:
     void browseRetryAndAdd();
 
 private:
-    struct Setup
-    {
-        Setup()
-        {
-            NetworkInterfaces::Interface eth;
-            eth.name = QStringLiteral("eth0");
-            eth.up = true;
-            eth.ipv4 = {QStringLiteral("192.0.2.37")};
-            interfaces.interfaces = {eth};
-            NetworkDiscoveryManager::Dependencies deps;
-            deps.browser = &browser;
-            deps.interfaces = &interfaces;
-            deps.lister = &lister;
-            deps.stopDelayMs = 200;
-            // A server at .10 answering on both ports, nothing else.
-            deps.probe = [](const QString &address, int port, int) {
-                return address == QStringLiteral("192.0.2.10") && (port == 445 || port == 548);
-            };
-            deps.resolve = [](const QString &) { return QStringLiteral("0.0.0.0"); };
-            manager = std::make_unique<NetworkDiscoveryManager>(deps);
-        }
-        FakeServiceBrowser browser;
-        FakeNetworkInterfaces interfaces;
-        FakeShareLister lister;
-        std::unique_ptr<NetworkDiscoveryManager> manager;
-    };
-    static ShareLister::Result exited(int code, const QString &output)
-    {
-        ShareLister::Result r;
-        r.started = true;
-        r.exitCode = code;
-        r.output = output;
-        return r;
-    }
     // Probes finish in any order: rows are found by their text.
     static void select(QListWidget *list, const QString &text)
     {
@@ -66,19 +26,12 @@ private:
         QVERIFY2(found.size() == 1, qPrintable(text));
         list->setCurrentItem(found.first());
     }
-    static QStringList texts(const QListWidget *list)
-    {
-        QStringList out;
-        for (int i = 0; i < list->count(); ++i)
-            out << list->item(i)->text();
-        return out;
-    }
 };
 
 void TestDiscoveryView::scanListsServers()
 {
     GuiHarness h;
-    Setup s;
+    DiscoverySetup s;
     DiscoveryView view(*s.manager, *h.engine);
     QStringList statuses;
     QList<int> progress;
@@ -96,7 +49,7 @@ void TestDiscoveryView::scanListsServers()
     QVERIFY(stopped.wait(10000));
 
     // The browsed service first (announced at once), then the sweep's hits.
-    QStringList servers = texts(view.serverList());
+    QStringList servers = itemTexts(view.serverList());
     QCOMPARE(servers.value(0), QStringLiteral("Office NAS (SMB)"));
     servers.sort();
     QCOMPARE(servers, (QStringList{QStringLiteral("192.0.2.10 (AFP)"), QStringLiteral("192.0.2.10 (SMB)"),
@@ -119,7 +72,7 @@ void TestDiscoveryView::scanListsServers()
 void TestDiscoveryView::browseRetryAndAdd()
 {
     GuiHarness h;
-    Setup s;
+    DiscoverySetup s;
     DiscoveryView view(*s.manager, *h.engine);
     QSignalSpy stopped(s.manager.get(), &NetworkDiscoveryManager::scanStopped);
     QSignalSpy listed(s.manager.get(), &NetworkDiscoveryManager::shareBrowsingFinished);
@@ -129,7 +82,7 @@ void TestDiscoveryView::browseRetryAndAdd()
 
     // The server refuses the guest: the error text with Retry.
     s.lister.setHandler([](const ShareLister::Request &) {
-        return exited(1, QStringLiteral("session setup failed: NT_STATUS_LOGON_FAILURE\n"));
+        return DiscoverySetup::exited(1, QStringLiteral("session setup failed: NT_STATUS_LOGON_FAILURE\n"));
     });
     view.findChild<QPushButton *>(QStringLiteral("browseButton"))->click();
     QVERIFY(listed.wait(5000));
@@ -141,14 +94,14 @@ void TestDiscoveryView::browseRetryAndAdd()
     // With credentials, Retry lists the shares; hidden ones are marked.
     s.lister.setHandler([](const ShareLister::Request &request) {
         if (request.user != QStringLiteral("dana") || request.password != QStringLiteral("s3cret"))
-            return exited(1, QStringLiteral("NT_STATUS_LOGON_FAILURE"));
-        return exited(0, QStringLiteral("Disk|projects|\nIPC|IPC$|IPC Service\nDisk|Admin$|Remote Admin\n"));
+            return DiscoverySetup::exited(1, QStringLiteral("NT_STATUS_LOGON_FAILURE"));
+        return DiscoverySetup::exited(0, QStringLiteral("Disk|projects|\nIPC|IPC$|IPC Service\nDisk|Admin$|Remote Admin\n"));
     });
     QTest::keyClicks(view.userField(), QStringLiteral("dana"));
     QTest::keyClicks(view.passwordField(), QStringLiteral("s3cret"));
     view.findChild<QPushButton *>(QStringLiteral("retryButton"))->click();
     QVERIFY(listed.wait(5000));
-    QCOMPARE(texts(view.shareList()), (QStringList{QStringLiteral("projects"), QStringLiteral("Admin$ (hidden)")}));
+    QCOMPARE(itemTexts(view.shareList()), (QStringList{QStringLiteral("projects"), QStringLiteral("Admin$ (hidden)")}));
     QVERIFY(!view.retryShown());
     QCOMPARE(s.lister.requests().last().host, QStringLiteral("192.0.2.10"));
 

@@ -61,9 +61,6 @@ void TestProfileGeneratorWindow::generatedTextIsTheEngines()
     QFETCH(bool, allowExport);
 
     ProfileGeneratorWindow window;
-    QCOMPARE(window.windowTitle(), QStringLiteral("MDM Profile Generator"));
-    QCOMPARE(window.organizationField()->placeholderText(), QStringLiteral("Acme Corporation"));
-    QCOMPARE(window.ssidField()->placeholderText(), QStringLiteral("CorpWiFi, CorpWiFi-5G (comma-separated)"));
     QVERIFY(!window.findChild<QPushButton *>(QStringLiteral("copyButton"))->isEnabled());
 
     QTest::keyClicks(window.organizationField(), organization);

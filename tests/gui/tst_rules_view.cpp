@@ -48,6 +48,28 @@ private:
         r.isEnabled = enabled;
         return r;
     }
+    // Chooses the share `id` in a sheet's volume picker (0: none).
+    static void pickVolume(QDialog &sheet, qint64 id)
+    {
+        auto *picker = sheet.findChild<QComboBox *>(QStringLiteral("volume"));
+        if (id)
+            picker->setCurrentIndex(picker->findData(id));
+    }
+    // The one condition or action a sheet emitted: the row's type and its key and value ("<second>": the
+    // second share's ID).
+    template<typename Chosen>
+    static void checkChosen(const QSignalSpy &chosen, int type, qint64 second)
+    {
+        QCOMPARE(chosen.count(), 1);
+        const auto item = chosen.first().first().value<Chosen>();
+        QCOMPARE(int(item.type), type);
+        QFETCH(QString, key);
+        QFETCH(QString, value);
+        QMap<QString, QString> expected;
+        if (!key.isEmpty())
+            expected.insert(key, value == QStringLiteral("<second>") ? QString::number(second) : value);
+        QCOMPARE(item.parameters, expected);
+    }
 };
 
 void TestRulesView::init()
@@ -61,8 +83,6 @@ void TestRulesView::emptyStatesAndExamples()
     GuiHarness h;
     RulesView view(rules(h), *h.engine);
     QCOMPARE(view.page(), RulesView::Page::NoRules);
-    QCOMPARE(view.findChild<QLabel *>(QStringLiteral("noRulesText"))->text(),
-             QStringLiteral("Rules automate volume mounting\nbased on conditions you define."));
 
     view.findChild<QPushButton *>(QStringLiteral("addExampleRules"))->click();
 
@@ -74,8 +94,6 @@ void TestRulesView::emptyStatesAndExamples()
     QCOMPARE(view.detail()->title(), QStringLiteral("Business Hours"));
     QCOMPARE(view.detail()->conditionBadges(),
              (QStringList{QStringLiteral("Time: 09:00-17:00"), QStringLiteral("Days: Mon,Tue,Wed,Thu,Fri")}));
-    QCOMPARE(view.findChild<QLabel *>(QStringLiteral("conditionMode"))->text(),
-             QStringLiteral("All conditions must be true"));
 }
 
 void TestRulesView::switchIsTheEngineStartAndStop()
@@ -212,8 +230,6 @@ void TestRulesView::conditionSheetStores()
     QFETCH(int, type);
     QFETCH(QString, input);
     QFETCH(bool, addable);
-    QFETCH(QString, key);
-    QFETCH(QString, value);
     GuiHarness h;
     h.addShare(QStringLiteral("first.lan"), QStringLiteral("a"));
     const qint64 second = h.addShare(QStringLiteral("second.lan"), QStringLiteral("b"));
@@ -223,7 +239,6 @@ void TestRulesView::conditionSheetStores()
     switch (RuleCondition::Type(type)) {
     case RuleCondition::Type::wifiConnected:
     case RuleCondition::Type::wifiDisconnected:
-        QCOMPARE(field("ssid")->placeholderText(), QStringLiteral("e.g., HomeNetwork"));
         field("ssid")->setText(input);
         break;
     case RuleCondition::Type::timeWindow:
@@ -236,17 +251,12 @@ void TestRulesView::conditionSheetStores()
         break;
     case RuleCondition::Type::appRunning:
     case RuleCondition::Type::appNotRunning:
-        QCOMPARE(field("app")->placeholderText(), QStringLiteral("e.g., Final Cut Pro"));
         field("app")->setText(input);
         break;
     case RuleCondition::Type::volumeMounted:
-    case RuleCondition::Type::volumeNotMounted: {
-        auto *picker = sheet.findChild<QComboBox *>(QStringLiteral("volume"));
-        QCOMPARE(picker->placeholderText(), QStringLiteral("Select a volume..."));
-        if (!input.isEmpty())
-            picker->setCurrentIndex(picker->findData(second));
+    case RuleCondition::Type::volumeNotMounted:
+        pickVolume(sheet, input.isEmpty() ? 0 : second);
         break;
-    }
     default:
         QVERIFY(sheet.findChild<QLabel *>(QStringLiteral("noConfiguration"))->isVisibleTo(&sheet));
         break;
@@ -258,13 +268,7 @@ void TestRulesView::conditionSheetStores()
 
     QSignalSpy chosen(&sheet, &AddConditionDialog::conditionChosen);
     sheet.accept();
-    QCOMPARE(chosen.count(), 1);
-    const auto condition = chosen.first().first().value<RuleCondition>();
-    QCOMPARE(int(condition.type), type);
-    QMap<QString, QString> expected;
-    if (!key.isEmpty())
-        expected.insert(key, value == QStringLiteral("<second>") ? QString::number(second) : value);
-    QCOMPARE(condition.parameters, expected);
+    checkChosen<RuleCondition>(chosen, type, second);
 }
 
 void TestRulesView::actionSheetStores_data()
@@ -290,8 +294,6 @@ void TestRulesView::actionSheetStores()
     QFETCH(int, type);
     QFETCH(QString, input);
     QFETCH(bool, addable);
-    QFETCH(QString, key);
-    QFETCH(QString, value);
     GuiHarness h;
     h.addShare(QStringLiteral("first.lan"), QStringLiteral("a"));
     const qint64 second = h.addShare(QStringLiteral("second.lan"), QStringLiteral("b"));
@@ -300,29 +302,20 @@ void TestRulesView::actionSheetStores()
     const auto field = [&sheet](const char *name) { return sheet.findChild<QLineEdit *>(QLatin1String(name)); };
     switch (RuleAction::Type(type)) {
     case RuleAction::Type::mountVolume:
-    case RuleAction::Type::unmountVolume: {
-        auto *picker = sheet.findChild<QComboBox *>(QStringLiteral("volume"));
-        QCOMPARE(picker->placeholderText(), QStringLiteral("Select a volume..."));
-        if (!input.isEmpty())
-            picker->setCurrentIndex(picker->findData(second));
+    case RuleAction::Type::unmountVolume:
+        pickVolume(sheet, input.isEmpty() ? 0 : second);
         break;
-    }
     case RuleAction::Type::mountAll:
     case RuleAction::Type::unmountAll:
-        QCOMPARE(sheet.findChild<QLabel *>(QStringLiteral("allNote"))->text(),
-                 QStringLiteral("This will affect all configured volumes"));
         break;
     case RuleAction::Type::mountGroup:
     case RuleAction::Type::unmountGroup:
-        QCOMPARE(field("group")->placeholderText(), QStringLiteral("e.g., Work, Media"));
         field("group")->setText(input);
         break;
     case RuleAction::Type::runScript:
-        QCOMPARE(field("scriptPath")->placeholderText(), QStringLiteral("/path/to/script.sh"));
         field("scriptPath")->setText(input);
         break;
     case RuleAction::Type::showNotification:
-        QCOMPARE(field("message")->placeholderText(), QStringLiteral("Notification message"));
         field("message")->setText(input);
         break;
     case RuleAction::Type::delay:
@@ -334,13 +327,7 @@ void TestRulesView::actionSheetStores()
         return;
     QSignalSpy chosen(&sheet, &AddActionDialog::actionChosen);
     sheet.accept();
-    QCOMPARE(chosen.count(), 1);
-    const auto action = chosen.first().first().value<RuleAction>();
-    QCOMPARE(int(action.type), type);
-    QMap<QString, QString> expected;
-    if (!key.isEmpty())
-        expected.insert(key, value == QStringLiteral("<second>") ? QString::number(second) : value);
-    QCOMPARE(action.parameters, expected);
+    checkChosen<RuleAction>(chosen, type, second);
 }
 
 void TestRulesView::deleteAsksFirst()

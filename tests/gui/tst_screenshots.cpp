@@ -1,12 +1,18 @@
-// Renders every window with sample shares and checks that each picture has content. With
-// TW_SCREENSHOT_DIR set (scripts/screenshots.sh), the pictures are written there for the documentation.
-#include "GuiHarness.h"
+// Renders every window and the subsystem views with sample data and checks that each picture has content.
+// With TW_SCREENSHOT_DIR set (scripts/screenshots.sh), the pictures are written there for the documentation.
+#include "ViewSetups.h"
 
 #include "ui/DashboardWindow.h"
 #include "ui/ErrorCodeReference.h"
 #include "ui/LogManagerWidget.h"
 #include "ui/AddActionDialog.h"
 #include "ui/AddConditionDialog.h"
+#include "ui/AuditView.h"
+#include "ui/DirectoryView.h"
+#include "ui/DiscoveryView.h"
+#include "ui/ExchangeView.h"
+#include "ui/ProfileGeneratorWindow.h"
+#include "ui/ViewHooks.h"
 #include "ui/PreferencesWindow.h"
 #include "ui/RuleEditorDialog.h"
 #include "ui/RulesView.h"
@@ -16,6 +22,7 @@
 #include "ui/TrayController.h"
 
 #include "core/RecordEvent.h"
+#include "exchange/ConfigurationManager.h"
 #include "exchange/ShareSetManager.h"
 #include "rules/RuleEngine.h"
 
@@ -25,8 +32,11 @@
 #include <QDir>
 #include <QImage>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPainter>
+#include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
 
@@ -36,6 +46,11 @@ class TestScreenshots : public QObject
 private Q_SLOTS:
     void initTestCase();
     void everyWindow();
+    void exchange();
+    void audit();
+    void directory();
+    void discovery();
+    void profileGenerator();
 
 private:
     void save(QWidget *widget, const QString &name);
@@ -224,6 +239,163 @@ void TestScreenshots::everyWindow()
         }
     }
     QVERIFY(icons.save(m_dir + QStringLiteral("/tray-icons.png")));
+}
+
+void TestScreenshots::exchange()
+{
+    GuiHarness h;
+    h.addShare(QStringLiteral("nas.office.lan"), QStringLiteral("team"));
+    h.addShare(QStringLiteral("files.example.com"), QStringLiteral("projects"));
+    UiContext context = h.context();
+    context.host = h.host.get();
+    DashboardWindow dashboard(context);
+    auto *view = dashboard.findChild<ExchangeView *>();
+    QVERIFY(view);
+    dashboard.showTab(dashboard.tabs()->indexOf(view));
+    save(&dashboard, QStringLiteral("dashboard-exchange"));
+
+    // The preview alert of a configuration import, as the default hook shows it.
+    const QString text = ExchangeView::previewText(QStringLiteral("office.twconfig"), QStringLiteral("Dana Admin"),
+                                                   QStringLiteral("3/14/25 9:30 AM"), 12, 2, 4);
+    ViewHooks::instance().choose(
+        &dashboard, QStringLiteral("Import Configuration"), text,
+        { QStringLiteral("Replace All"), QStringLiteral("Merge (Add New)"), QStringLiteral("Cancel") }, [](int) {});
+    auto *box = dashboard.findChild<QMessageBox *>();
+    QVERIFY(box);
+    save(box, QStringLiteral("exchange-import-preview"));
+    box->reject();
+    dashboard.hide();
+
+    // Forbidden by the organisation: the import controls disabled with the policy text.
+    h.host->configuration().setPolicyReader([](const QString &key) -> std::optional<bool> {
+        return key == QStringLiteral("AllowShareImport") ? std::optional<bool>(false) : std::nullopt;
+    });
+    ExchangeView gated(h.host->configuration(), &h.host->legacyImporter());
+    gated.resize(760, 560);
+    save(&gated, QStringLiteral("exchange-import-disabled"));
+}
+
+void TestScreenshots::audit()
+{
+    GuiHarness h;
+    struct Sample
+    {
+        AuditEventType type;
+        const char *share, *host, *details;
+        bool success;
+        int code;
+    };
+    const QList<Sample> samples{
+        {AuditEventType::appLaunch, nullptr, nullptr, "Tarnwell launched", true, 0},
+        {AuditEventType::mountAttempt, "Team Files", "nas.office.lan", "Mount requested for Team Files", true, 0},
+        {AuditEventType::mountSuccess, "Team Files", "nas.office.lan", "Mounted Team Files", true, 0},
+        {AuditEventType::mountFailure, "Media", "192.168.1.20", "Host unreachable (Error 65)", false, 65},
+        {AuditEventType::configImport, nullptr, nullptr, "Added 2 shares for user dana", true, 0},
+        {AuditEventType::shareModified, "Projects", "files.example.com", "Share Projects changed", true, 0},
+        {AuditEventType::unmountSuccess, "Team Files", "nas.office.lan", "Ejected Team Files", true, 0},
+        {AuditEventType::authFailure, "Archive", "backup.lan", "Authentication failed for Archive", false, 80},
+    };
+    QDateTime when(QDate(2025, 3, 14), QTime(8, 55));
+    for (const Sample &s : samples) {
+        h.clock.setNow(when);
+        when = when.addSecs(37 * 60);
+        h.auditLog.log(s.type, s.share ? std::optional<QString>(QString::fromUtf8(s.share)) : std::nullopt,
+                       s.host ? std::optional<QString>(QString::fromUtf8(s.host)) : std::nullopt,
+                       QString::fromUtf8(s.details), s.success, s.code ? std::optional<int>(s.code) : std::nullopt);
+    }
+    h.settle(100);
+    AuditView view(h.auditLog);
+    view.resize(1020, 420);
+    save(&view, QStringLiteral("audit"));
+    view.typeFilter()->setCurrentIndex(1 + int(AuditEventType::mountFailure));
+    save(&view, QStringLiteral("audit-filtered"));
+}
+
+void TestScreenshots::directory()
+{
+    GuiHarness h;
+    DirectorySetup s(h);
+    s.bind(QStringLiteral("corp.example"), {QStringLiteral("Domain Users"), QStringLiteral("Engineering"), QStringLiteral("Staff")});
+    ADShareMapping engineering;
+    engineering.groupName = QStringLiteral("Engineering");
+    ADMappedShare tools = DirectorySetup::share(QStringLiteral("files.corp.example"), QStringLiteral("tools"));
+    tools.mountPoint = QStringLiteral("/mnt/tools");
+    engineering.shares = {DirectorySetup::share(QStringLiteral("files.corp.example"), QStringLiteral("engineering")), tools};
+    ADShareMapping finance;
+    finance.groupName = QStringLiteral("Finance");
+    finance.isEnabled = false;
+    s.manager->setMappings({engineering, finance});
+
+    DirectoryView view(s.manager.get());
+    view.resize(820, 620);
+    view.show();
+    QTRY_COMPARE(view.statusText(), QStringLiteral("Connected to corp.example"));
+    view.apply();
+    save(&view, QStringLiteral("directory"));
+    view.hide();
+
+    s.bind(QString(), {});
+    view.refresh();
+    QTRY_COMPARE(view.statusText(), QStringLiteral("Not bound to Active Directory"));
+    save(&view, QStringLiteral("directory-not-bound"));
+}
+
+void TestScreenshots::discovery()
+{
+    GuiHarness h;
+    DiscoverySetup s;
+    DiscoveryView view(*s.manager, *h.engine);
+    view.resize(860, 480);
+    QSignalSpy stopped(s.manager.get(), &NetworkDiscoveryManager::scanStopped);
+    QSignalSpy listed(s.manager.get(), &NetworkDiscoveryManager::shareBrowsingFinished);
+    view.toggleScan();
+    s.browser.announce(QStringLiteral("Office NAS"), NetworkDiscoveryManager::kSmbServiceType);
+    QVERIFY(stopped.wait(10000));
+
+    s.lister.setHandler([](const ShareLister::Request &) {
+        return DiscoverySetup::exited(0, QStringLiteral("Disk|projects|\nDisk|media|\nDisk|Admin$|Remote Admin\nIPC|IPC$|IPC Service\n"));
+    });
+    // Probes finish in any order.
+    view.serverList()->setCurrentItem(
+        view.serverList()->findItems(QStringLiteral("192.0.2.10 (SMB)"), Qt::MatchExactly).value(0));
+    view.userField()->setText(QStringLiteral("dana"));
+    view.passwordField()->setText(QStringLiteral("secret"));
+    view.browse();
+    QVERIFY(listed.wait(5000));
+    view.shareList()->setCurrentRow(0);
+    view.addSelected();
+    save(&view, QStringLiteral("discovery"));
+
+    s.lister.setHandler([](const ShareLister::Request &) {
+        return DiscoverySetup::exited(1, QStringLiteral("session setup failed: NT_STATUS_LOGON_FAILURE\n"));
+    });
+    view.userField()->clear();
+    view.passwordField()->clear();
+    view.browse();
+    QVERIFY(listed.wait(5000));
+    save(&view, QStringLiteral("discovery-error"));
+}
+
+void TestScreenshots::profileGenerator()
+{
+    ProfileGeneratorWindow window;
+    window.organizationField()->setText(QStringLiteral("Acme Corporation"));
+    window.emailField()->setText(QStringLiteral("helpdesk@acme.example"));
+    window.ssidField()->setText(QStringLiteral("CorpWiFi, CorpWiFi-5G"));
+    ProfileGenerator::Share team;
+    team.nickname = QStringLiteral("Team Files");
+    team.hostname = QStringLiteral("files.acme.example");
+    team.shareName = QStringLiteral("team");
+    window.addShareRow(team);
+    ProfileGenerator::Share web;
+    web.nickname = QStringLiteral("Intranet");
+    web.hostname = QStringLiteral("dav.acme.example");
+    web.shareName = QStringLiteral("intranet");
+    web.protocolType = QStringLiteral("WEBDAVS");
+    web.locked = false;
+    window.addShareRow(web);
+    window.generate();
+    save(&window, QStringLiteral("profile-generator"));
 }
 
 QTEST_MAIN(TestScreenshots)

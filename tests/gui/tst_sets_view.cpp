@@ -116,8 +116,6 @@ void TestSetsView::exportThenImportRestoresSet()
 
     view.findChild<QPushButton *>(QStringLiteral("exportSet"))->click();
     QCOMPARE(m_requests.size(), 1);
-    QCOMPARE(m_requests.first().title, QStringLiteral("Export Set"));
-    QCOMPARE(m_requests.first().message, QStringLiteral("Save this set for sharing (passwords not included)"));
     QCOMPARE(m_requests.first().proposedName, QStringLiteral("Studio-Set.twconfig"));
     QVERIFY(m_requests.first().save);
     QVERIFY(QFile::exists(m_answerPath));
@@ -127,8 +125,6 @@ void TestSetsView::exportThenImportRestoresSet()
     sets(h).deleteSet(id);
     view.findChild<QPushButton *>(QStringLiteral("importSet"))->click();
     QCOMPARE(m_requests.size(), 2);
-    QCOMPARE(m_requests.last().title, QStringLiteral("Import Set"));
-    QCOMPARE(m_requests.last().message, QStringLiteral("Select a set file (.twconfig)"));
     QVERIFY(!m_requests.last().save);
     QCOMPARE(h.notices.size(), 1);
     QVERIFY(h.notices.first().startsWith(QStringLiteral("Import Complete|")));

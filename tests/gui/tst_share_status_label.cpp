@@ -91,11 +91,9 @@ void TestShareStatusLabel::cascade()
     QFETCH(bool, paused);
     QFETCH(QString, status);
     QFETCH(QString, host);
-    QFETCH(QString, label);
-    QFETCH(int, kind);
     const ShareStatusLabel::Label result = ShareStatusLabel::derive({mounted, paused, status, host});
-    QCOMPARE(result.text, label);
-    QCOMPARE(int(result.kind), kind);
+    QTEST(result.text, "label");
+    QTEST(int(result.kind), "kind");
 }
 
 QTEST_GUILESS_MAIN(TestShareStatusLabel)

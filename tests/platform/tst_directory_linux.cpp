@@ -70,8 +70,7 @@ void TestDirectoryLinux::realmList_data()
 void TestDirectoryLinux::realmList()
 {
     QFETCH(QString, output);
-    QFETCH(QString, domain);
-    QCOMPARE(LinuxDirectoryService::domainFromRealmList(output), domain);
+    QTEST(LinuxDirectoryService::domainFromRealmList(output), "domain");
 }
 
 void TestDirectoryLinux::sssdConfig_data()
@@ -89,8 +88,7 @@ void TestDirectoryLinux::sssdConfig_data()
 void TestDirectoryLinux::sssdConfig()
 {
     QFETCH(QString, text);
-    QFETCH(QString, domain);
-    QCOMPARE(LinuxDirectoryService::domainFromSssdConfig(text), domain);
+    QTEST(LinuxDirectoryService::domainFromSssdConfig(text), "domain");
 }
 
 void TestDirectoryLinux::idOutput_data()
@@ -107,8 +105,7 @@ void TestDirectoryLinux::idOutput_data()
 void TestDirectoryLinux::idOutput()
 {
     QFETCH(QByteArray, output);
-    QFETCH(QStringList, groups);
-    QCOMPARE(LinuxDirectoryService::groupsFromIdOutput(output), groups);
+    QTEST(LinuxDirectoryService::groupsFromIdOutput(output), "groups");
 }
 
 void TestDirectoryLinux::gecos_data()
@@ -123,8 +120,7 @@ void TestDirectoryLinux::gecos_data()
 void TestDirectoryLinux::gecos()
 {
     QFETCH(QString, gecos);
-    QFETCH(QString, name);
-    QCOMPARE(LinuxDirectoryService::fullNameFromGecos(gecos), name);
+    QTEST(LinuxDirectoryService::fullNameFromGecos(gecos), "name");
 }
 
 void TestDirectoryLinux::boundDomainFallsBackToSssd()

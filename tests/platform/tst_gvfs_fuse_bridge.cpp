@@ -62,8 +62,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, mountInfo);
         QFETCH(QString, folder);
         QFETCH(int, statErrno);
-        QFETCH(Health, health);
-        QCOMPARE(GvfsFuseBridge::classify(mountInfo, folder, statErrno), health);
+        QTEST(GvfsFuseBridge::classify(mountInfo, folder, statErrno), "health");
     }
 
     void restart_data()

@@ -32,13 +32,11 @@ private Q_SLOTS:
     {
         QFETCH(QString, url);
         QFETCH(QString, name);
-        QFETCH(QString, share);
-        QFETCH(QString, host);
         QCOMPARE(GvfsNames::folderName(QUrl(url)), name);
         const auto parsed = GvfsNames::shareAndHost(name);
         QVERIFY(parsed);
-        QCOMPARE(parsed->share, share);
-        QCOMPARE(parsed->host, host);
+        QTEST(parsed->share, "share");
+        QTEST(parsed->host, "host");
     }
 
     void otherNamesAreNoSpec_data()

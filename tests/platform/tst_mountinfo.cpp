@@ -60,8 +60,7 @@ private Q_SLOTS:
     void gvfsRemountUrl()
     {
         QFETCH(QString, uri);
-        QFETCH(QString, url);
-        QCOMPARE(GvfsMountTable::remountUrlForGvfsUri(uri).toString(), url);
+        QTEST(GvfsMountTable::remountUrlForGvfsUri(uri).toString(), "url");
     }
 };
 

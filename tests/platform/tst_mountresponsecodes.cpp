@@ -77,7 +77,6 @@ private Q_SLOTS:
         QFETCH(int, code);
         QFETCH(QByteArray, message);
         QFETCH(int, facts);
-        QFETCH(int, expected);
         MountAttemptFacts attempt;
         attempt.credentialsRejected = facts & Rejected;
         attempt.promptDeclined = facts & Declined;
@@ -86,7 +85,7 @@ private Q_SLOTS:
         int lookups = 0;
         attempt.hostResolves = [&] { ++lookups; return !(facts & NameUnknown); };
         GError *error = domain ? g_error_new_literal(domain, code, message.constData()) : nullptr;
-        QCOMPARE(MountResponseCodes::mountCode(error, attempt), expected);
+        QTEST(MountResponseCodes::mountCode(error, attempt), "expected");
         g_clear_error(&error);
         QCOMPARE(lookups, (facts & (NameUnknown | NameKnown)) ? 1 : 0);
     }
@@ -104,8 +103,7 @@ private Q_SLOTS:
     void unmountErrno()
     {
         QFETCH(int, code);
-        QFETCH(int, expected);
-        QCOMPARE(MountResponseCodes::unmountErrno(G_IO_ERROR, code), expected);
+        QTEST(MountResponseCodes::unmountErrno(G_IO_ERROR, code), "expected");
     }
 };
 

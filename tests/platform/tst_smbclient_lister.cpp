@@ -30,13 +30,12 @@ private Q_SLOTS:
     {
         QFETCH(int, port);
         QFETCH(QString, user);
-        QFETCH(QStringList, expected);
         ShareLister::Request request;
         request.host = QStringLiteral("nas");
         request.port = port;
         request.user = user;
         request.password = QStringLiteral("secret");
-        QCOMPARE(SmbclientShareLister::arguments(request, user.isEmpty() ? QString() : QStringLiteral("AUTH")), expected);
+        QTEST(SmbclientShareLister::arguments(request, user.isEmpty() ? QString() : QStringLiteral("AUTH")), "expected");
     }
 
     // The password lives only in a 0600 file that exists while the child runs and is gone afterwards.

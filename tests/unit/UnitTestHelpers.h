@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QMutex>
 #include <QDateTime>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QStringList>
 
 #include <functional>
@@ -49,6 +51,20 @@ inline bool writeFile(const QString &path, const QByteArray &bytes)
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile f(path);
     return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+}
+
+// {"a", "b"} as a list of strings, for table rows.
+inline QStringList strs(std::initializer_list<const char *> items)
+{
+    QStringList list;
+    for (const char *item : items)
+        list << QString::fromUtf8(item);
+    return list;
+}
+
+inline QJsonObject json(const char *text)
+{
+    return QJsonDocument::fromJson(QByteArray(text)).object();
 }
 
 inline constexpr double kReferenceDate = 978307200.0; // 2001-01-01T00:00:00Z in Unix seconds

@@ -384,7 +384,6 @@ void TestAuditLog::dateFilter()
 {
     QFETCH(int, startOffset);
     QFETCH(int, endOffset);
-    QFETCH(QString, expected);
 
     const QDateTime mid = QDateTime(QDate(2024, 6, 1), QTime(10, 0, 0), Qt::UTC);
     QVERIFY(writeFile(path(), QJsonDocument(QJsonArray{handEntry(QStringLiteral("new"), mid.addSecs(3600)),
@@ -400,7 +399,7 @@ void TestAuditLog::dateFilter()
     QStringList kept;
     for (const AuditLogEntry &entry : log.filtered(start, end))
         kept.append(entry.details);
-    QCOMPARE(kept.join(u','), expected);
+    QTEST(kept.join(u','), "expected");
 
     // Both exports apply the same filter.
     QCOMPARE(log.exportCSV(start, end).split(u'\n', Qt::SkipEmptyParts).size() - 1, kept.size());

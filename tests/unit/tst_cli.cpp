@@ -8,6 +8,7 @@
 #include "cli/ShareArguments.h"
 #include "control/ControlNames.h"
 #include "control/RecordJson.h"
+#include "UnitTestHelpers.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -21,19 +22,6 @@
 Q_DECLARE_METATYPE(ShareArguments::Flags)
 
 namespace {
-
-QStringList L(std::initializer_list<const char *> items)
-{
-    QStringList list;
-    for (const char *item : items)
-        list << QString::fromUtf8(item);
-    return list;
-}
-
-QJsonObject json(const char *text)
-{
-    return QJsonDocument::fromJson(QByteArray(text)).object();
-}
 
 QJsonObject logEntry(const char *date, qint64 id, const char *message)
 {
@@ -269,47 +257,47 @@ void TestCli::commandLines_data()
         QTest::newRow(name) << args << 2 << QString::fromUtf8(text);
     };
 
-    QTest::newRow("global help") << L({"--help"}) << 0 << "Commands:";
-    QTest::newRow("version") << L({"--version"}) << 0 << "tarnwellctl " TARNWELL_VERSION;
-    QTest::newRow("command help") << L({"mount", "--help"}) << 0 << "Usage: tarnwellctl mount";
-    QTest::newRow("help command") << L({"help", "eject"}) << 0 << "Usage: tarnwellctl eject";
-    QTest::newRow("--help command") << L({"--help", "log"}) << 0 << "Usage: tarnwellctl log";
+    QTest::newRow("global help") << strs({"--help"}) << 0 << "Commands:";
+    QTest::newRow("version") << strs({"--version"}) << 0 << "tarnwellctl " TARNWELL_VERSION;
+    QTest::newRow("command help") << strs({"mount", "--help"}) << 0 << "Usage: tarnwellctl mount";
+    QTest::newRow("help command") << strs({"help", "eject"}) << 0 << "Usage: tarnwellctl eject";
+    QTest::newRow("--help command") << strs({"--help", "log"}) << 0 << "Usage: tarnwellctl log";
 
-    accepted("list json", L({"list", "--json"}));
-    accepted("options after the share", L({"mount", "NAS", "--wait", "--timeout", "30"}));
-    accepted("inline value", L({"log", "--limit=5", "--follow"}));
-    accepted("options around the url", L({"add", "--guest", "smb://h/s", "--nickname", "My Share"}));
+    accepted("list json", strs({"list", "--json"}));
+    accepted("options after the share", strs({"mount", "NAS", "--wait", "--timeout", "30"}));
+    accepted("inline value", strs({"log", "--limit=5", "--follow"}));
+    accepted("options around the url", strs({"add", "--guest", "smb://h/s", "--nickname", "My Share"}));
     // A password share asks nobody for a password while no engine would take it.
-    accepted("password share", L({"add", "smb://alice@h/s"}));
-    accepted("double dash ends options", L({"remove", "--", "--odd-name"}));
-    accepted("audit export", L({"audit", "export", "--format", "csv", "--since", "7d"}));
-    accepted("new password only", L({"edit", "1", "--set-password", "--password-stdin"}));
-    accepted("eject all", L({"eject", "--all", "--wait"}));
+    accepted("password share", strs({"add", "smb://alice@h/s"}));
+    accepted("double dash ends options", strs({"remove", "--", "--odd-name"}));
+    accepted("audit export", strs({"audit", "export", "--format", "csv", "--since", "7d"}));
+    accepted("new password only", strs({"edit", "1", "--set-password", "--password-stdin"}));
+    accepted("eject all", strs({"eject", "--all", "--wait"}));
 
     usage("nothing", {}, "A command is needed");
-    usage("unknown command", L({"frobnicate"}), "Unknown command 'frobnicate'");
-    usage("option before command", L({"--json", "list"}), "Unknown option '--json'");
-    usage("help of unknown", L({"help", "nope"}), "Unknown command 'nope'");
-    usage("unknown option", L({"list", "--xml"}), "Unknown option 'xml'");
-    usage("missing value", L({"log", "--limit"}), "Missing value after '--limit'");
-    usage("flag with value", L({"list", "--json=yes"}), "Unexpected value after '--json'");
-    usage("too few", L({"mount"}), "Too few arguments. Usage: tarnwellctl mount");
-    usage("too many", L({"status", "a", "b"}), "Too many arguments");
-    usage("password option", L({"add", "smb://h/s", "--password", "Sekr1t"}), "Passwords are never taken");
-    usage("password inline", L({"edit", "1", "--password=Sekr1t"}), "Passwords are never taken");
-    usage("passwd", L({"mount", "x", "--passwd", "Sekr1t"}), "Passwords are never taken");
-    usage("password in the url", L({"add", "smb://u:Sekr1t@h/s"}), "carries a password");
-    usage("timeout", L({"mount", "x", "--timeout", "0"}), "--timeout must be a number of seconds");
-    usage("limit", L({"log", "--limit=all"}), "--limit must be a number");
-    usage("eject neither", L({"eject"}), "Name one share, or give --all");
-    usage("eject both", L({"eject", "x", "--all"}), "Name one share, or give --all");
-    usage("audit action", L({"audit", "import"}), "Unknown audit command 'import'");
-    usage("audit format", L({"audit", "export"}), "--format csv or --format json is needed");
-    usage("audit date", L({"audit", "export", "--format", "csv", "--since", "last week"}), "Not a date");
-    usage("edit nothing", L({"edit", "1"}), "Nothing to change");
-    usage("password-stdin alone", L({"edit", "1", "--nickname", "x", "--password-stdin"}), "goes with --set-password");
-    usage("guest with a password", L({"add", "smb://h/s", "--password-stdin"}), "does not go with a guest share");
-    usage("bad protocol", L({"add", "--host", "h", "--share", "s", "--protocol", "gopher"}), "Unknown protocol 'gopher'");
+    usage("unknown command", strs({"frobnicate"}), "Unknown command 'frobnicate'");
+    usage("option before command", strs({"--json", "list"}), "Unknown option '--json'");
+    usage("help of unknown", strs({"help", "nope"}), "Unknown command 'nope'");
+    usage("unknown option", strs({"list", "--xml"}), "Unknown option 'xml'");
+    usage("missing value", strs({"log", "--limit"}), "Missing value after '--limit'");
+    usage("flag with value", strs({"list", "--json=yes"}), "Unexpected value after '--json'");
+    usage("too few", strs({"mount"}), "Too few arguments. Usage: tarnwellctl mount");
+    usage("too many", strs({"status", "a", "b"}), "Too many arguments");
+    usage("password option", strs({"add", "smb://h/s", "--password", "Sekr1t"}), "Passwords are never taken");
+    usage("password inline", strs({"edit", "1", "--password=Sekr1t"}), "Passwords are never taken");
+    usage("passwd", strs({"mount", "x", "--passwd", "Sekr1t"}), "Passwords are never taken");
+    usage("password in the url", strs({"add", "smb://u:Sekr1t@h/s"}), "carries a password");
+    usage("timeout", strs({"mount", "x", "--timeout", "0"}), "--timeout must be a number of seconds");
+    usage("limit", strs({"log", "--limit=all"}), "--limit must be a number");
+    usage("eject neither", strs({"eject"}), "Name one share, or give --all");
+    usage("eject both", strs({"eject", "x", "--all"}), "Name one share, or give --all");
+    usage("audit action", strs({"audit", "import"}), "Unknown audit command 'import'");
+    usage("audit format", strs({"audit", "export"}), "--format csv or --format json is needed");
+    usage("audit date", strs({"audit", "export", "--format", "csv", "--since", "last week"}), "Not a date");
+    usage("edit nothing", strs({"edit", "1"}), "Nothing to change");
+    usage("password-stdin alone", strs({"edit", "1", "--nickname", "x", "--password-stdin"}), "goes with --set-password");
+    usage("guest with a password", strs({"add", "smb://h/s", "--password-stdin"}), "does not go with a guest share");
+    usage("bad protocol", strs({"add", "--host", "h", "--share", "s", "--protocol", "gopher"}), "Unknown protocol 'gopher'");
 }
 
 void TestCli::commandLines()

@@ -1,4 +1,5 @@
 #include "ExchangeFixture.h"
+#include "UnitTestHelpers.h"
 
 #include "exchange/RulesExchange.h"
 
@@ -12,14 +13,6 @@
 using namespace Configuration;
 
 namespace {
-
-QStringList strs(std::initializer_list<const char *> items)
-{
-    QStringList list;
-    for (const char *item : items)
-        list << QString::fromUtf8(item);
-    return list;
-}
 
 QJsonObject share(qint64 id, const QString &host, const QString &name, const QString &nickname = QString())
 {
@@ -190,8 +183,6 @@ void TestConfiguration::importModes_data()
 void TestConfiguration::importModes()
 {
     QFETCH(int, mode);
-    QFETCH(QStringList, after);
-    QFETCH(QList<int>, counts);
     ExchangeFixture f;
     const qint64 data = f.h.addShare(QStringLiteral("h"), QStringLiteral("Data"));
     f.h.addShare(QStringLiteral("h"), QStringLiteral("other"));
@@ -202,9 +193,9 @@ void TestConfiguration::importModes()
                                   QJsonArray{set(QStringLiteral("team"), {1}), set(QStringLiteral("New"), {3, 1})});
     const auto result = f.config->importConfiguration(bytes, ImportMode(mode));
     QVERIFY(result.ok());
-    QCOMPARE(f.shares(), after);
+    QTEST(f.shares(), "after");
     const ImportResult &r = result.value;
-    QCOMPARE((QList<int>{r.sharesImported, r.sharesSkipped, r.sharesUpdated, r.setsImported, r.setsSkipped}), counts);
+    QTEST((QList<int>{r.sharesImported, r.sharesSkipped, r.sharesUpdated, r.setsImported, r.setsSkipped}), "counts");
     const QString nickname = f.h.engine->record(f.idOf(QStringLiteral("h"), QStringLiteral("Data")))->nickname_String;
     QCOMPARE(nickname, ImportMode(mode) == ImportMode::Merge ? QString() : QStringLiteral("renamed"));
     // The new set points at the local records, whichever way they came.
@@ -364,13 +355,12 @@ void TestConfiguration::invalidFilesChangeNothing_data()
 void TestConfiguration::invalidFilesChangeNothing()
 {
     QFETCH(QByteArray, bytes);
-    QFETCH(QString, error);
     ExchangeFixture f;
     f.h.addShare(QStringLiteral("keep"), QStringLiteral("me"));
     f.makeSet(QStringLiteral("Kept"), {1});
     for (ImportMode mode : {ImportMode::Replace, ImportMode::Merge, ImportMode::Update}) {
         const auto result = f.config->importConfiguration(bytes, mode);
-        QCOMPARE(result.error.text(), error);
+        QTEST(result.error.text(), "error");
         QCOMPARE(f.shares(), strs({"keep/me"}));
         QCOMPARE(f.sets->sets().size(), 1);
     }
@@ -392,8 +382,7 @@ void TestConfiguration::summaryText_data()
 void TestConfiguration::summaryText()
 {
     QFETCH(ImportResult, result);
-    QFETCH(QString, text);
-    QCOMPARE(Configuration::summaryText(result), text);
+    QTEST(Configuration::summaryText(result), "text");
 }
 
 void TestConfiguration::policyGates_data()

@@ -123,9 +123,8 @@ private Q_SLOTS:
     void parse()
     {
         QFETCH(QString, output);
-        QFETCH(QStringList, expected);
         const QList<ShareInfo> shares = ShareListing::parse(output, QStringLiteral("nas"), QStringLiteral("192.0.2.5"));
-        QCOMPARE(names(shares), expected);
+        QTEST(names(shares), "expected");
         for (const ShareInfo &s : shares) {
             QCOMPARE(s.serverHost, QStringLiteral("nas"));
             QCOMPARE(s.serverIP, std::optional<QString>(QStringLiteral("192.0.2.5")));
@@ -138,28 +137,26 @@ private Q_SLOTS:
         QTest::addColumn<QString>("output");
         QTest::addColumn<QString>("expected");
         // What the client really printed (tests/unit/data/smbclient/README.md says where it came from).
-        QTest::newRow("captured: wrong password") << captured(QStringLiteral("wrong_password.txt"))
-                                                  << ShareListing::kAuthenticationMessage;
-        QTest::newRow("captured: refused port") << captured(QStringLiteral("refused_port.txt"))
-                                                << ShareListing::kCannotConnectMessage;
-        QTest::newRow("captured: no route") << captured(QStringLiteral("network_unreachable.txt"))
-                                            << ShareListing::kCannotConnectMessage;
-        QTest::newRow("captured: unknown host") << captured(QStringLiteral("unknown_host.txt"))
-                                                << ShareListing::kHostnameMessage;
+        const auto row = [](const char *name, const QString &output, const QString &expected) {
+            QTest::newRow(name) << output << expected;
+        };
+        const auto file = [](const char *name) { return captured(QString::fromLatin1(name)); };
+        row("captured: wrong password", file("wrong_password.txt"), ShareListing::kAuthenticationMessage);
+        row("captured: refused port", file("refused_port.txt"), ShareListing::kCannotConnectMessage);
+        row("captured: no route", file("network_unreachable.txt"), ShareListing::kCannotConnectMessage);
+        row("captured: unknown host", file("unknown_host.txt"), ShareListing::kHostnameMessage);
         // Codes the client uses for the other rows, and the plain phrases of the table (first row wins).
-        QTest::newRow("access denied code") << QStringLiteral("tree connect failed: NT_STATUS_ACCESS_DENIED")
-                                            << ShareListing::kAuthenticationMessage;
-        QTest::newRow("bad network name") << QStringLiteral("tree connect failed: NT_STATUS_BAD_NETWORK_NAME")
-                                          << ShareListing::kNoSharesOrGuestMessage;
-        QTest::newRow("silent host") << QStringLiteral("do_connect: Connection to 192.0.2.9 failed (Error NT_STATUS_IO_TIMEOUT)")
-                                     << ShareListing::kCannotConnectMessage;
-        QTest::newRow("phrase, any case") << QStringLiteral("Host is down") << ShareListing::kCannotConnectMessage;
-        QTest::newRow("first row wins") << QStringLiteral("Connection refused after Authentication error")
-                                        << ShareListing::kAuthenticationMessage;
-        QTest::newRow("invalid argument") << QStringLiteral("smbutil: Invalid argument")
-                                          << ShareListing::kHostnameMessage;
-        QTest::newRow("no such file") << QStringLiteral("No such file or directory")
-                                      << ShareListing::kNoSharesOrGuestMessage;
+        row("access denied code", QStringLiteral("tree connect failed: NT_STATUS_ACCESS_DENIED"),
+            ShareListing::kAuthenticationMessage);
+        row("bad network name", QStringLiteral("tree connect failed: NT_STATUS_BAD_NETWORK_NAME"),
+            ShareListing::kNoSharesOrGuestMessage);
+        row("silent host", QStringLiteral("do_connect: Connection to 192.0.2.9 failed (Error NT_STATUS_IO_TIMEOUT)"),
+            ShareListing::kCannotConnectMessage);
+        row("phrase, any case", QStringLiteral("Host is down"), ShareListing::kCannotConnectMessage);
+        row("first row wins", QStringLiteral("Connection refused after Authentication error"),
+            ShareListing::kAuthenticationMessage);
+        row("invalid argument", QStringLiteral("smbutil: Invalid argument"), ShareListing::kHostnameMessage);
+        row("no such file", QStringLiteral("No such file or directory"), ShareListing::kNoSharesOrGuestMessage);
         QTest::newRow("other: first non-empty line quoted")
             << QStringLiteral("\n  weird failure  \nsecond line")
             << ShareListing::kOtherFailurePrefix + QStringLiteral("weird failure)");
@@ -167,8 +164,7 @@ private Q_SLOTS:
     void classifyFailure()
     {
         QFETCH(QString, output);
-        QFETCH(QString, expected);
-        QCOMPARE(ShareListing::classifyFailure(output), expected);
+        QTEST(ShareListing::classifyFailure(output), "expected");
     }
 
     void hostWithoutSpaces_data()
@@ -182,8 +178,7 @@ private Q_SLOTS:
     void hostWithoutSpaces()
     {
         QFETCH(QString, host);
-        QFETCH(QString, expected);
-        QCOMPARE(ShareListing::hostWithoutSpaces(host), expected);
+        QTEST(ShareListing::hostWithoutSpaces(host), "expected");
     }
 
     void localAddress_data()
@@ -202,8 +197,7 @@ private Q_SLOTS:
     void localAddress()
     {
         QFETCH(QList<NetworkInterfaces::Interface>, interfaces);
-        QFETCH(QString, expected);
-        QCOMPARE(NetworkDiscoveryManager::localIPv4(interfaces).value_or(QString()), expected);
+        QTEST(NetworkDiscoveryManager::localIPv4(interfaces).value_or(QString()), "expected");
     }
 
     void sweepTargets()
@@ -234,8 +228,7 @@ private Q_SLOTS:
     void foundStatus()
     {
         QFETCH(int, servers);
-        QFETCH(QString, expected);
-        QCOMPARE(NetworkDiscoveryManager::foundStatus(servers), expected);
+        QTEST(NetworkDiscoveryManager::foundStatus(servers), "expected");
     }
 
     void duplicateRule()
@@ -342,8 +335,6 @@ private Q_SLOTS:
     void browseShares()
     {
         QFETCH(ShareLister::Result, result);
-        QFETCH(QStringList, shares);
-        QFETCH(QString, error);
         QFETCH(QString, line);
         EngineHarness console; // captures console lines
         Scan scan;
@@ -355,8 +346,8 @@ private Q_SLOTS:
         QVERIFY(scan.manager->isBrowsingShares());
         QVERIFY(finished.wait(5000));
         QVERIFY(!scan.manager->isBrowsingShares());
-        QCOMPARE(names(scan.manager->availableShares()), shares);
-        QCOMPARE(scan.manager->shareBrowseError().value_or(QString()), error);
+        QTEST(names(scan.manager->availableShares()), "shares");
+        QTEST(scan.manager->shareBrowseError().value_or(QString()), "error");
         QVERIFY2(console.hasLine(line), qPrintable(console.console().join(QLatin1Char('\n'))));
         const ShareLister::Request request = scan.lister.requests().value(0);
         QCOMPARE(request.timeoutMs, 15000);

@@ -104,10 +104,8 @@ void TestManagedPreferences::parseEntry_data()
 void TestManagedPreferences::parseEntry()
 {
     QFETCH(QVariantMap, entry);
-    QFETCH(bool, kept);
-    QFETCH(QString, summary);
     const auto parsed = ManagedShare::fromDictionary(entry);
-    QCOMPARE(parsed.has_value(), kept);
+    QTEST(parsed.has_value(), "kept");
     if (!parsed)
         return;
     const auto opt = [](const std::optional<QString> &v) { return v.value_or(QStringLiteral("-")); };
@@ -117,7 +115,7 @@ void TestManagedPreferences::parseEntry()
                                        QString::number(parsed->mountInVolumes), opt(parsed->allowedSSIDs),
                                        QString::number(parsed->isLocked), opt(parsed->group)}
                                .join(QLatin1Char('|'));
-    QCOMPARE(actual, summary);
+    QTEST(actual, "summary");
 }
 
 void TestManagedPreferences::protocol_data()
@@ -136,8 +134,7 @@ void TestManagedPreferences::protocol_data()
 void TestManagedPreferences::protocol()
 {
     QFETCH(QString, text);
-    QFETCH(MountUsingProtocol_Enum, expected);
-    QCOMPARE(ManagedPreferencesReader::protocolFromText(text), expected);
+    QTEST(ManagedPreferencesReader::protocolFromText(text), "expected");
 }
 
 void TestManagedPreferences::shareList_data()
@@ -159,13 +156,12 @@ void TestManagedPreferences::shareList_data()
 void TestManagedPreferences::shareList()
 {
     QFETCH(QVariantMap, values);
-    QFETCH(QStringList, hosts);
     FakeManagedPreferenceSource source;
     source.setValues(values);
     QStringList actual;
     for (const ManagedShare &s : ManagedPreferencesReader(source).readManagedShares())
         actual << s.hostname;
-    QCOMPARE(actual, hosts);
+    QTEST(actual, "hosts");
 }
 
 void TestManagedPreferences::apply_data()
@@ -208,8 +204,6 @@ void TestManagedPreferences::apply()
     QFETCH(QStringList, existing);
     QFETCH(QVariantList, shares);
     QFETCH(int, applications);
-    QFETCH(QList<int>, addedPerApplication);
-    QFETCH(QStringList, expected);
 
     Fixture f;
     for (const QString &spec : existing) {
@@ -226,8 +220,8 @@ void TestManagedPreferences::apply()
     QList<int> added;
     for (int i = 0; i < applications; ++i)
         added << ManagedPreferencesReader(f.source).applyManagedShares(*f.harness.engine, &f.harness.center);
-    QCOMPARE(added, addedPerApplication);
-    QCOMPARE(layout(*f.harness.engine), expected);
+    QTEST(added, "addedPerApplication");
+    QTEST(layout(*f.harness.engine), "expected");
 
     // What was added is on disk, in the same order.
     f.harness.defaults.flush();
@@ -307,8 +301,6 @@ void TestManagedPreferences::startupCheck_data()
 void TestManagedPreferences::startupCheck()
 {
     QFETCH(QVariantMap, values);
-    QFETCH(QStringList, lines);
-    QFETCH(QStringList, notifications);
     Fixture f;
     f.source.setValues(values);
     f.harness.clearConsole();
@@ -318,11 +310,11 @@ void TestManagedPreferences::startupCheck()
         if (line.contains(QLatin1String("[MDM]")))
             mdmLines << line;
     }
-    QCOMPARE(mdmLines, lines);
+    QTEST(mdmLines, "lines");
     QStringList posted;
     for (const auto &[title, body] : std::as_const(f.notifier.posted))
         posted << title + QLatin1Char('|') + body;
-    QCOMPARE(posted, notifications);
+    QTEST(posted, "notifications");
 }
 
 void TestManagedPreferences::policyGates_data()
@@ -339,7 +331,6 @@ void TestManagedPreferences::policyGates_data()
 void TestManagedPreferences::policyGates()
 {
     QFETCH(QVariant, value);
-    QFETCH(bool, allowed);
     for (const QString &key : {ManagedPreferencesReader::kAllowShareImportKey, ManagedPreferencesReader::kAllowShareExportKey}) {
         FakeManagedPreferenceSource source;
         QVariantMap values;
@@ -349,7 +340,7 @@ void TestManagedPreferences::policyGates()
         const ManagedPreferencesReader reader(source);
         const bool gate = key == ManagedPreferencesReader::kAllowShareImportKey ? reader.isShareImportAllowed()
                                                                                : reader.isShareExportAllowed();
-        QCOMPARE(gate, allowed);
+        QTEST(gate, "allowed");
         // The other gate is untouched by this key.
         QVERIFY(key == ManagedPreferencesReader::kAllowShareImportKey ? reader.isShareExportAllowed()
                                                                      : reader.isShareImportAllowed());

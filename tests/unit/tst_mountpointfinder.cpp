@@ -124,9 +124,8 @@ private Q_SLOTS:
         QFETCH(QString, entry);
         QFETCH(QString, share);
         QFETCH(QString, host);
-        QFETCH(int, score);
         Rig<ScriptedFileSystem> r;
-        QCOMPARE(r.finder.nameScore(entry, share, host), score);
+        QTEST(r.finder.nameScore(entry, share, host), "score");
     }
 
     void candidatesAndOrder()

@@ -1,5 +1,5 @@
 // Rule model: condition tests, rule modes, summaries, the JSON form and action execution.
-#include "base/Console.h"
+#include "UnitTestHelpers.h"
 #include "platform/fake/FakeProcessLauncher.h"
 #include "rules/Rule.h"
 
@@ -25,20 +25,6 @@ RuleContext at(int hour, int minute)
     context.currentMinute = minute;
     return context;
 }
-
-struct ConsoleCapture
-{
-    ConsoleCapture()
-    {
-        Console::setSink([this](const QString &line) {
-            QMutexLocker lock(&mutex);
-            lines << line;
-        });
-    }
-    ~ConsoleCapture() { Console::setSink({}); }
-    QMutex mutex;
-    QStringList lines;
-};
 
 } // namespace
 
@@ -73,8 +59,7 @@ private Q_SLOTS:
         QFETCH(QString, range);
         QFETCH(int, hour);
         QFETCH(int, minute);
-        QFETCH(bool, expected);
-        QCOMPARE(cond(RuleCondition::Type::timeWindow, range).test(at(hour, minute)), expected);
+        QTEST(cond(RuleCondition::Type::timeWindow, range).test(at(hour, minute)), "expected");
     }
 
     void dayOfWeek_data()
@@ -95,10 +80,9 @@ private Q_SLOTS:
     {
         QFETCH(QString, days);
         QFETCH(int, weekday);
-        QFETCH(bool, expected);
         RuleContext context;
         context.currentWeekday = weekday;
-        QCOMPARE(cond(RuleCondition::Type::dayOfWeek, days).test(context), expected);
+        QTEST(cond(RuleCondition::Type::dayOfWeek, days).test(context), "expected");
     }
 
     void contextWeekdayFromDate()
@@ -119,42 +103,21 @@ private Q_SLOTS:
         QTest::addColumn<QString>("apps");
         QTest::addColumn<bool>("expected");
         using T = RuleCondition::Type;
-        QTest::newRow("ssid case-insensitive") << int(T::wifiConnected) << "corpnetwork"
-                                               << "CorpNetwork"
-                                               << "" << true;
-        QTest::newRow("ssid whole name only") << int(T::wifiConnected) << "Corp"
-                                              << "CorpNetwork"
-                                              << "" << false;
-        QTest::newRow("any network") << int(T::wifiConnected) << ""
-                                     << "Home"
-                                     << "" << true;
-        QTest::newRow("any network, Wi-Fi off") << int(T::wifiConnected) << ""
-                                                << "-"
-                                                << "" << false;
-        QTest::newRow("disconnected from named, other network") << int(T::wifiDisconnected) << "Office"
-                                                                << "Home"
-                                                                << "" << true;
-        QTest::newRow("disconnected from named, same network") << int(T::wifiDisconnected) << "office"
-                                                               << "Office"
-                                                               << "" << false;
-        QTest::newRow("disconnected from named, Wi-Fi off") << int(T::wifiDisconnected) << "Office"
-                                                            << "-"
-                                                            << "" << true;
-        QTest::newRow("disconnected, any, on Wi-Fi") << int(T::wifiDisconnected) << ""
-                                                     << "Office"
-                                                     << "" << false;
-        QTest::newRow("app substring") << int(T::appRunning) << "final cut"
-                                       << "-"
-                                       << "Mail,Final Cut Pro" << true;
-        QTest::newRow("app absent") << int(T::appRunning) << "final cut"
-                                    << "-"
-                                    << "Mail" << false;
-        QTest::newRow("app not running") << int(T::appNotRunning) << "Mail"
-                                         << "-"
-                                         << "Safari" << true;
-        QTest::newRow("app not running, is") << int(T::appNotRunning) << "mail"
-                                             << "-"
-                                             << "Mail" << false;
+        auto row = [](const char *name, T type, const char *value, const char *ssid, const char *apps, bool expected) {
+            QTest::newRow(name) << int(type) << value << ssid << apps << expected;
+        };
+        row("ssid case-insensitive", T::wifiConnected, "corpnetwork", "CorpNetwork", "", true);
+        row("ssid whole name only", T::wifiConnected, "Corp", "CorpNetwork", "", false);
+        row("any network", T::wifiConnected, "", "Home", "", true);
+        row("any network, Wi-Fi off", T::wifiConnected, "", "-", "", false);
+        row("disconnected from named, other network", T::wifiDisconnected, "Office", "Home", "", true);
+        row("disconnected from named, same network", T::wifiDisconnected, "office", "Office", "", false);
+        row("disconnected from named, Wi-Fi off", T::wifiDisconnected, "Office", "-", "", true);
+        row("disconnected, any, on Wi-Fi", T::wifiDisconnected, "", "Office", "", false);
+        row("app substring", T::appRunning, "final cut", "-", "Mail,Final Cut Pro", true);
+        row("app absent", T::appRunning, "final cut", "-", "Mail", false);
+        row("app not running", T::appNotRunning, "Mail", "-", "Safari", true);
+        row("app not running, is", T::appNotRunning, "mail", "-", "Mail", false);
     }
     void otherConditions()
     {
@@ -162,12 +125,11 @@ private Q_SLOTS:
         QFETCH(QString, value);
         QFETCH(QString, ssid);
         QFETCH(QString, apps);
-        QFETCH(bool, expected);
         RuleContext context;
         if (ssid != QLatin1String("-"))
             context.currentSSID = ssid;
         context.runningApps = apps.split(QLatin1Char(','), Qt::SkipEmptyParts);
-        QCOMPARE(cond(RuleCondition::Type(type), value).test(context), expected);
+        QTEST(cond(RuleCondition::Type(type), value).test(context), "expected");
     }
 
     void powerVpnVolumes()
@@ -190,30 +152,26 @@ private Q_SLOTS:
         QTest::addColumn<QString>("mode");
         QTest::addColumn<QString>("conditions"); // t = true condition, f = false one
         QTest::addColumn<bool>("expected");
-        QTest::newRow("all, none") << "all"
-                                   << "" << false;
-        QTest::newRow("any, none") << "any"
-                                   << "" << false;
-        QTest::newRow("all, all true") << "all"
-                                       << "tt" << true;
-        QTest::newRow("all, one false") << "all"
-                                        << "tft" << false;
-        QTest::newRow("any, one true") << "any"
-                                       << "fft" << true;
-        QTest::newRow("any, all false") << "any"
-                                        << "ff" << false;
+        auto row = [](const char *name, const char *mode, const char *conditions, bool expected) {
+            QTest::newRow(name) << mode << conditions << expected;
+        };
+        row("all, none", "all", "", false);
+        row("any, none", "any", "", false);
+        row("all, all true", "all", "tt", true);
+        row("all, one false", "all", "tft", false);
+        row("any, one true", "any", "fft", true);
+        row("any, all false", "any", "ff", false);
     }
     void ruleModes()
     {
         QFETCH(QString, mode);
         QFETCH(QString, conditions);
-        QFETCH(bool, expected);
         Rule rule;
         rule.conditionMode = *Rule::modeFromRawValue(mode);
         for (const QChar c : conditions)
             rule.conditions << cond(c == u't' ? RuleCondition::Type::onPower : RuleCondition::Type::onBattery);
         RuleContext context; // on power
-        QCOMPARE(rule.test(context), expected);
+        QTEST(rule.test(context), "expected");
     }
 
     void summaries()
@@ -281,22 +239,15 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("from");
         QTest::addColumn<QString>("to");
-        QTest::newRow("unknown condition type") << "\"Time Window\""
-                                                << "\"Moon Phase\"";
-        QTest::newRow("unknown action type") << "\"Wait/Delay\""
-                                             << "\"Reboot\"";
-        QTest::newRow("unknown mode") << "\"all\""
-                                      << "\"most\"";
-        QTest::newRow("display name of mode") << "\"all\""
-                                              << "\"All conditions must be true\"";
-        QTest::newRow("bad uuid") << "\"E621E1F8-C36C-495A-93FC-0C247A3E6E5F\""
-                                  << "\"not-a-uuid\"";
-        QTest::newRow("missing count") << ",\"triggerCount\":3"
-                                       << "";
-        QTest::newRow("numeric parameter") << "\"2\""
-                                           << "2";
-        QTest::newRow("not json") << "[{"
-                                  << "{";
+        auto row = [](const char *name, const char *from, const char *to) { QTest::newRow(name) << from << to; };
+        row("unknown condition type", "\"Time Window\"", "\"Moon Phase\"");
+        row("unknown action type", "\"Wait/Delay\"", "\"Reboot\"");
+        row("unknown mode", "\"all\"", "\"most\"");
+        row("display name of mode", "\"all\"", "\"All conditions must be true\"");
+        row("bad uuid", "\"E621E1F8-C36C-495A-93FC-0C247A3E6E5F\"", "\"not-a-uuid\"");
+        row("missing count", ",\"triggerCount\":3", "");
+        row("numeric parameter", "\"2\"", "2");
+        row("not json", "[{", "{");
     }
     void decodeFailsWholeFile()
     {
@@ -332,8 +283,6 @@ private Q_SLOTS:
     void delayAction()
     {
         QFETCH(QString, seconds);
-        QFETCH(QStringList, lines);
-        QFETCH(double, waited);
         RuleAction action;
         action.type = RuleAction::Type::delay;
         if (!seconds.isNull())
@@ -343,8 +292,8 @@ private Q_SLOTS:
         env.wait = [&asked](double s) { asked = s; };
         ConsoleCapture console;
         action.execute(env);
-        QCOMPARE(console.lines, lines);
-        QCOMPARE(asked, waited);
+        QTEST(console.lines, "lines");
+        QTEST(asked, "waited");
     }
 
     void volumeActions()

@@ -38,8 +38,6 @@ void TestShareSet::statusTextAndResolution()
 {
     QFETCH(QList<int>, members);
     QFETCH(QList<int>, mounted);
-    QFETCH(int, resolved);
-    QFETCH(QString, status);
     ExchangeFixture f;
     const QList<qint64> ids{f.h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("a")),
                             f.h.addShare(QStringLiteral("127.0.0.1"), QStringLiteral("b")),
@@ -51,13 +49,13 @@ void TestShareSet::statusTextAndResolution()
         setIds << (m == 9 ? 4711 : ids.at(m));
     const ShareSet set = f.makeSet(QStringLiteral("Work"), setIds);
     const auto records = f.sets->resolve(set);
-    QCOMPARE(records.size(), resolved);
+    QTEST(int(records.size()), "resolved");
     int next = 0;
     for (int m : members) { // order kept, deleted skipped
         if (m != 9)
             QCOMPARE(records.at(next++)->internal_ID_Int, ids.at(m));
     }
-    QCOMPARE(f.sets->statusText(set), status);
+    QTEST(f.sets->statusText(set), "status");
     f.h.ejectEverythingMounted();
 }
 
