@@ -295,7 +295,7 @@ QString Defaults::writeSnapshot(const QVariantMap &values) const
 {
     if (m_readOnly)
         return QStringLiteral("the damaged file ") + m_filePath + QStringLiteral(" is still in place");
-    const QByteArray bytes = PropertyList::serialize(QVariant(values));
+    const QByteArray bytes = PropertyList::serializeXml(QVariant(values), m_xmlCache);
     if (bytes.isEmpty())
         return QStringLiteral("a value has no property-list form");
     const DurableFile::Result result = DurableFile::write(m_filePath, bytes, 0600);
