@@ -1,5 +1,7 @@
 #include "PropertyList.h"
 
+#include "BoundedFile.h"
+
 #include <QDateTime>
 #include <QTimeZone>
 
@@ -29,6 +31,7 @@ using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 // Deeper nesting than any preference file or profile has: a crafted file could otherwise exhaust the
 // stack, as the conversion recurses once per level.
 constexpr int kMaxDepth = 64;
+constexpr qsizetype kMaxBytes = qsizetype(BoundedFile::kStoreLimit);
 
 QVariant toVariant(plist_t node, int depth, bool *tooDeep)
 {
@@ -421,17 +424,74 @@ bool binaryHasNulInString(const QByteArray &bytes)
     return false;
 }
 
+// libplist's binary reader takes time quadratic in the nesting (seconds for a 400 KB file 50,000 levels
+// deep), and the depth limit of the conversion only applies after it. Containers are followed here first,
+// without recursion, and a file nesting deeper than the limit is refused before libplist sees it. Damage of
+// any other kind is left to libplist.
+bool binaryNestsTooDeep(const QByteArray &bytes)
+{
+    constexpr qsizetype kTrailer = 32;
+    const qsizetype size = bytes.size();
+    if (size < 8 + kTrailer)
+        return false;
+    const qsizetype t = size - kTrailer;
+    const int offsetSize = static_cast<uchar>(bytes.at(t + 6));
+    const int refSize = static_cast<uchar>(bytes.at(t + 7));
+    const quint64 count = readBigEndian(bytes, t + 8, 8);
+    const quint64 top = readBigEndian(bytes, t + 16, 8);
+    const quint64 tableOffset = readBigEndian(bytes, t + 24, 8);
+    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8 || count > quint64(size) || top >= count
+        || tableOffset >= quint64(size) || tableOffset + count * quint64(offsetSize) > quint64(t))
+        return false;
+    QList<bool> seen(qsizetype(count), false);
+    QList<QPair<quint64, int>> pending{{top, 0}}; // object, its depth
+    while (!pending.isEmpty()) {
+        const auto [object, depth] = pending.takeLast();
+        if (object >= count || seen.at(qsizetype(object)))
+            continue;
+        seen[qsizetype(object)] = true;
+        const quint64 at = readBigEndian(bytes, qsizetype(tableOffset + object * quint64(offsetSize)), offsetSize);
+        if (at >= quint64(t))
+            continue;
+        const uchar marker = static_cast<uchar>(bytes.at(qsizetype(at)));
+        const int kind = marker >> 4;
+        if (kind != 0xA && kind != 0xC && kind != 0xD)
+            continue;
+        quint64 length = marker & 0x0F;
+        quint64 start = at + 1;
+        if (length == 0x0F) {
+            if (start >= quint64(t))
+                continue;
+            const uchar intMarker = static_cast<uchar>(bytes.at(qsizetype(start)));
+            const int intSize = 1 << (intMarker & 0x0F);
+            if ((intMarker >> 4) != 0x1 || intSize > 8 || start + 1 + quint64(intSize) > quint64(t))
+                continue;
+            length = readBigEndian(bytes, qsizetype(start + 1), intSize);
+            start += 1 + quint64(intSize);
+        }
+        if (depth >= kMaxDepth && length > 0)
+            return true; // its members would lie beyond the limit
+        const quint64 refs = kind == 0xD ? length * 2 : length;
+        if (length > quint64(t) || start + refs * quint64(refSize) > quint64(t))
+            continue;
+        for (quint64 k = 0; k < refs; ++k)
+            pending.append({readBigEndian(bytes, qsizetype(start + k * quint64(refSize)), refSize), depth + 1});
+    }
+    return false;
+}
+
 } // namespace
 
 namespace PropertyList {
 
 std::optional<QVariant> parse(const QByteArray &bytes)
 {
-    if (bytes.isEmpty())
+    // libplist takes a 32-bit length; nothing this application reads comes near the bound.
+    if (bytes.isEmpty() || bytes.size() > kMaxBytes)
         return std::nullopt;
     plist_t root = nullptr;
     if (bytes.startsWith("bplist00")) {
-        if (binaryHasNulInString(bytes))
+        if (binaryHasNulInString(bytes) || binaryNestsTooDeep(bytes))
             return std::nullopt;
         plist_from_bin(bytes.constData(), static_cast<uint32_t>(bytes.size()), &root);
     } else {

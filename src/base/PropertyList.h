@@ -26,7 +26,7 @@ namespace PropertyList {
 enum class Format { Xml, Binary };
 
 // Parses XML or binary property-list bytes; nullopt when the bytes are not a property list, or when
-// containers nest more than 64 levels deep.
+// containers nest more than 64 levels deep, or when there are more than BoundedFile::kStoreLimit bytes.
 std::optional<QVariant> parse(const QByteArray &bytes);
 
 // Serialises a value tree; an empty array when the tree holds a kind that has no plist form.
