@@ -259,7 +259,7 @@ before=$(settings)
 long=$(head -c 120000 /dev/zero | tr '\0' n)
 run_ctl 2 add --host "$long" --share x; expect_err "'hostname' is too long (120000 characters"
 run_ctl 2 add "smb://127.0.0.1:9/long-$tag" --nickname "$long"; expect_err "'nickname' is too long (120000 characters"
-run_ctl 2 add "smb://127.0.0.1:9/rel-$tag" --mount-dir rel/x; expect_err "'customMountPoint' must be an absolute path"
+run_ctl 2 add "smb://127.0.0.1:9/rel-$tag" --mount-dir rel/x; expect_err "must be an absolute path, not 'rel/x'"
 for record in "\"hostname\":\"$long\"" '"hostname":"nas\\nevil"' "\"hostname\":\"nas\",\"nickname\":\"$long\"" \
               '"hostname":"nas","port":0' '"hostname":"nas","mountInVolumes":0,"customMountPoint":"rel/x"'; do
   status=0

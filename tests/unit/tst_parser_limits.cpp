@@ -24,30 +24,24 @@ QByteArray deepXmlPlist()
            + QByteArray("</array>").repeated(kDepth) + "</plist>\n";
 }
 
-// Object i is an array holding object i + 1; the last one is empty.
+// Object i is an array holding object i + 1 (2-byte references, 4-byte offsets); the last one is empty.
 QByteArray deepBinaryPlist()
 {
+    const auto bigEndian = [](quint64 v, int bytes) {
+        QByteArray out;
+        for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
+            out += char(v >> shift);
+        return out;
+    };
     QByteArray out("bplist00");
-    QList<quint32> offsets;
+    QByteArray table;
     for (int i = 0; i < kDepth; ++i) {
-        offsets.append(quint32(out.size()));
-        if (i + 1 < kDepth)
-            out += char(0xA1) + QByteArray(1, char((i + 1) >> 8)) + QByteArray(1, char((i + 1) & 0xFF));
-        else
-            out += char(0xA0);
+        table += bigEndian(quint64(out.size()), 4);
+        out += i + 1 < kDepth ? char(0xA1) + bigEndian(quint64(i + 1), 2) : QByteArray(1, char(0xA0));
     }
-    const quint64 table = quint64(out.size());
-    for (quint32 offset : offsets)
-        for (int shift = 24; shift >= 0; shift -= 8)
-            out += char(offset >> shift);
-    QByteArray trailer(32, '\0');
-    trailer[6] = 4; // offset size
-    trailer[7] = 2; // reference size
-    for (int k = 0; k < 8; ++k) {
-        trailer[8 + k] = char(quint64(kDepth) >> (56 - 8 * k));
-        trailer[24 + k] = char(table >> (56 - 8 * k));
-    }
-    return out + trailer;
+    const quint64 tableOffset = quint64(out.size());
+    return out + table + QByteArray(6, '\0') + char(4) + char(2) + bigEndian(kDepth, 8) + bigEndian(0, 8)
+           + bigEndian(tableOffset, 8);
 }
 
 QByteArray deepJson()
