@@ -1,5 +1,6 @@
 #include "Defaults.h"
 
+#include "BoundedFile.h"
 #include "Console.h"
 #include "DurableFile.h"
 #include "Paths.h"
@@ -118,22 +119,22 @@ void Defaults::loadLocked()
     m_values.clear();
     DurableFile::removeLeftovers(m_filePath);
     DurableFile::makePrivate(m_filePath);
-    QFile file(m_filePath);
-    if (!file.exists())
+    if (!QFileInfo::exists(m_filePath))
         return;
-    if (!file.open(QIODevice::ReadOnly)) {
+    const BoundedFile::Content content = BoundedFile::read(m_filePath, BoundedFile::kStoreLimit);
+    if (!content.ok && !content.tooLarge) {
         Console::line(QStringLiteral("⚠️ [Persistence] Could not read preferences file ") + m_filePath + QStringLiteral(": ")
-                      + file.errorString());
+                      + content.error);
         return;
     }
-    const QByteArray bytes = file.readAll();
-    file.close();
-    const std::optional<QVariant> root = PropertyList::parse(bytes);
+    const std::optional<QVariant> root = content.ok ? PropertyList::parse(content.bytes) : std::nullopt;
     if (root && root->metaType().id() == QMetaType::QVariantMap) {
         m_values = root->toMap();
         m_readOnly = false;
         return;
     }
+    const QString problem = content.ok ? QStringLiteral("is not a valid property list")
+                                       : QStringLiteral("is ") + content.error;
     // Keep the damaged file for inspection instead of overwriting it with the next write.
     const QString stem = m_filePath + QStringLiteral(".corrupt-")
                          + QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMddTHHmmss"));
@@ -142,14 +143,14 @@ void Defaults::loadLocked()
     for (int n = 2; QFileInfo::exists(aside) && n < 1000; ++n)
         aside = stem + QLatin1Char('-') + QString::number(n);
     if (QFile::rename(m_filePath, aside)) {
-        Console::line(QStringLiteral("⚠️ [Persistence] Preferences file is not a valid property list; moved aside to ")
+        Console::line(QStringLiteral("⚠️ [Persistence] Preferences file ") + problem + QStringLiteral("; moved aside to ")
                       + aside);
         return;
     }
     // Could not keep it aside: refuse to write over it, so the damaged file is never silently replaced.
     m_readOnly = true;
-    Console::line(QStringLiteral("❌ [Persistence] Preferences file is not a valid property list and could not be "
-                                 "moved aside; changes will not be saved until it is removed: ")
+    Console::line(QStringLiteral("❌ [Persistence] Preferences file ") + problem
+                  + QStringLiteral(" and could not be moved aside; changes will not be saved until it is removed: ")
                   + m_filePath);
 }
 
@@ -295,7 +296,7 @@ QString Defaults::writeSnapshot(const QVariantMap &values) const
 {
     if (m_readOnly)
         return QStringLiteral("the damaged file ") + m_filePath + QStringLiteral(" is still in place");
-    const QByteArray bytes = PropertyList::serialize(QVariant(values));
+    const QByteArray bytes = PropertyList::serializeXml(QVariant(values), m_xmlCache);
     if (bytes.isEmpty())
         return QStringLiteral("a value has no property-list form");
     const DurableFile::Result result = DurableFile::write(m_filePath, bytes, 0600);

@@ -10,6 +10,8 @@
 #include <QVariant>
 #include <QWaitCondition>
 
+#include "PropertyList.h"
+
 #include <atomic>
 #include <functional>
 #include <optional>
@@ -111,4 +113,6 @@ private:
     // Set when a damaged file could not be moved aside: writing would destroy it.
     std::atomic<bool> m_readOnly = false;
     std::thread m_writer;
+    // The writer thread's own: the text of records unchanged since the last write is reused.
+    mutable PropertyList::XmlCache m_xmlCache;
 };

@@ -1,17 +1,26 @@
 #include "PropertyList.h"
 
+#include "BoundedFile.h"
+
 #include <QDateTime>
 #include <QTimeZone>
 
 #include <plist/plist.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <memory>
 
 namespace {
 
 // Property-list dates count seconds from 2001-01-01T00:00:00Z.
 constexpr qint64 kPlistEpochOffset = 978307200;
+
+constexpr char kXmlHeader[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+                              "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+                              "<plist version=\"1.0\">\n";
 
 struct PlistDeleter
 {
@@ -22,6 +31,7 @@ using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 // Deeper nesting than any preference file or profile has: a crafted file could otherwise exhaust the
 // stack, as the conversion recurses once per level.
 constexpr int kMaxDepth = 64;
+constexpr qsizetype kMaxBytes = qsizetype(BoundedFile::kStoreLimit);
 
 QVariant toVariant(plist_t node, int depth, bool *tooDeep)
 {
@@ -169,6 +179,195 @@ plist_t fromVariant(const QVariant &value)
     }
 }
 
+// The XML form written directly, without building libplist's node tree first: the preferences file is
+// rewritten on every acknowledged change, and the node tree cost more than the text. The output is byte for
+// byte what libplist writes (same indentation, escapes, number and date forms, base64 line width), so files
+// stay the same whichever writer made them. Values whose libplist form is unusual (non-finite reals, deep
+// data) return false and the caller falls back to libplist.
+class XmlWriter
+{
+public:
+    explicit XmlWriter(QByteArray &out, PropertyList::XmlCache *cache = nullptr)
+        : m_out(out)
+        , m_cache(cache)
+    {
+    }
+
+    bool write(const QVariant &value, int depth)
+    {
+        indent(depth);
+        if (value.metaType() == QMetaType::fromType<PlistUid>()) {
+            m_out += "<dict>\n";
+            indent(depth + 1);
+            m_out += "<key>CF$UID</key>\n";
+            indent(depth + 1);
+            integer(qint64(value.value<PlistUid>().value));
+            indent(depth);
+            m_out += "</dict>\n";
+            return true;
+        }
+        if (PropertyList::isInteger(value)) {
+            integer(value.toLongLong());
+            return true;
+        }
+        switch (value.metaType().id()) {
+        case QMetaType::Bool:
+            m_out += value.toBool() ? "<true/>\n" : "<false/>\n";
+            return true;
+        case QMetaType::Double:
+        case QMetaType::Float: {
+            const double v = value.toDouble();
+            if (!std::isfinite(v))
+                return false;
+            m_out += "<real>";
+            if (v == 0) {
+                m_out += "0.0";
+            } else {
+                char text[40];
+                const int n = std::snprintf(text, sizeof text, "%.17g", v);
+                m_out.append(text, n);
+            }
+            m_out += "</real>\n";
+            return true;
+        }
+        case QMetaType::QString:
+            m_out += "<string>";
+            escaped(value.toString());
+            m_out += "</string>\n";
+            return true;
+        case QMetaType::QByteArray:
+            return data(value.toByteArray(), depth);
+        case QMetaType::QDateTime:
+            return date(value.toDateTime());
+        case QMetaType::QStringList:
+        case QMetaType::QVariantList: {
+            const QVariantList list = value.toList();
+            if (list.isEmpty()) {
+                m_out += "<array/>\n";
+                return true;
+            }
+            m_out += "<array>\n";
+            for (const QVariant &item : list) {
+                if (!write(item, depth + 1))
+                    return false;
+            }
+            indent(depth);
+            m_out += "</array>\n";
+            return true;
+        }
+        case QMetaType::QVariantMap: {
+            const QVariantMap *map = static_cast<const QVariantMap *>(value.constData());
+            if (map->isEmpty()) {
+                m_out += "<dict/>\n";
+                return true;
+            }
+            if (m_cache && depth > 0)
+                return cachedDict(*map, depth);
+            m_out += "<dict>\n";
+            for (auto it = map->cbegin(); it != map->cend(); ++it) {
+                indent(depth + 1);
+                m_out += "<key>";
+                escaped(it.key());
+                m_out += "</key>\n";
+                if (!write(it.value(), depth + 1))
+                    return false;
+            }
+            indent(depth);
+            m_out += "</dict>\n";
+            return true;
+        }
+        default:
+            return false;
+        }
+    }
+
+private:
+    void indent(int depth) { m_out.append(depth, '\t'); }
+
+    bool cachedDict(const QVariantMap &map, int depth)
+    {
+        const QPair<const void *, int> key(&map.constBegin().key(), depth);
+        auto found = m_cache->previous.constFind(key);
+        if (found == m_cache->previous.cend() || !found->map.isSharedWith(map)) {
+            found = m_cache->current.constFind(key);
+            if (found == m_cache->current.cend() || !found->map.isSharedWith(map)) {
+                QByteArray xml;
+                XmlWriter inner(xml);
+                if (!inner.write(QVariant(map), depth))
+                    return false;
+                found = m_cache->current.insert(key, {map, xml});
+            }
+        }
+        const PropertyList::XmlCache::Entry entry = *found; // insert() below may move what found points at
+        // write() indented the opening tag already; the cached text carries its own.
+        m_out.chop(depth);
+        m_out += entry.xml;
+        m_cache->current.insert(key, entry);
+        return true;
+    }
+
+    void integer(qint64 v)
+    {
+        m_out += "<integer>";
+        m_out += QByteArray::number(v);
+        m_out += "</integer>\n";
+    }
+
+    void escaped(const QString &text)
+    {
+        const QByteArray utf8 = text.toUtf8();
+        const char *from = utf8.constData();
+        const char *const end = from + utf8.size();
+        for (const char *p = from; p != end; ++p) {
+            const char c = *p;
+            if (c != '&' && c != '<' && c != '>')
+                continue;
+            m_out.append(from, p - from);
+            m_out += c == '&' ? "&amp;" : c == '<' ? "&lt;" : "&gt;";
+            from = p + 1;
+        }
+        m_out.append(from, end - from);
+    }
+
+    bool data(const QByteArray &bytes, int depth)
+    {
+        const int width = 76 - 8 * depth; // libplist narrows the base64 lines with the indentation
+        if (width < 16)
+            return false;
+        m_out += "<data>\n";
+        const QByteArray base64 = bytes.toBase64();
+        for (qsizetype at = 0; at < base64.size(); at += width) {
+            indent(depth);
+            m_out.append(base64.constData() + at, qMin<qsizetype>(width, base64.size() - at));
+            m_out += '\n';
+        }
+        indent(depth);
+        m_out += "</data>\n";
+        return true;
+    }
+
+    bool date(const QDateTime &when)
+    {
+        // libplist keeps seconds as a double and prints them truncated toward zero.
+        const qint64 plistSeconds = (when.toMSecsSinceEpoch() - kPlistEpochOffset * 1000) / 1000;
+        const QDateTime utc = QDateTime::fromSecsSinceEpoch(plistSeconds + kPlistEpochOffset, QTimeZone::utc());
+        const QDate day = utc.date();
+        if (!day.isValid() || day.year() < 1000 || day.year() > 9999)
+            return false;
+        const QTime t = utc.time();
+        char text[32];
+        const int n = std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02dZ", day.year(), day.month(),
+                                    day.day(), t.hour(), t.minute(), t.second());
+        m_out += "<date>";
+        m_out.append(text, n);
+        m_out += "</date>\n";
+        return true;
+    }
+
+    QByteArray &m_out;
+    PropertyList::XmlCache *m_cache;
+};
+
 quint64 readBigEndian(const QByteArray &bytes, qsizetype at, int size)
 {
     quint64 v = 0;
@@ -225,17 +424,74 @@ bool binaryHasNulInString(const QByteArray &bytes)
     return false;
 }
 
+// libplist's binary reader takes time quadratic in the nesting (seconds for a 400 KB file 50,000 levels
+// deep), and the depth limit of the conversion only applies after it. Containers are followed here first,
+// without recursion, and a file nesting deeper than the limit is refused before libplist sees it. Damage of
+// any other kind is left to libplist.
+bool binaryNestsTooDeep(const QByteArray &bytes)
+{
+    constexpr qsizetype kTrailer = 32;
+    const qsizetype size = bytes.size();
+    if (size < 8 + kTrailer)
+        return false;
+    const qsizetype t = size - kTrailer;
+    const int offsetSize = static_cast<uchar>(bytes.at(t + 6));
+    const int refSize = static_cast<uchar>(bytes.at(t + 7));
+    const quint64 count = readBigEndian(bytes, t + 8, 8);
+    const quint64 top = readBigEndian(bytes, t + 16, 8);
+    const quint64 tableOffset = readBigEndian(bytes, t + 24, 8);
+    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8 || count > quint64(size) || top >= count
+        || tableOffset >= quint64(size) || tableOffset + count * quint64(offsetSize) > quint64(t))
+        return false;
+    QList<bool> seen(qsizetype(count), false);
+    QList<QPair<quint64, int>> pending{{top, 0}}; // object, its depth
+    while (!pending.isEmpty()) {
+        const auto [object, depth] = pending.takeLast();
+        if (object >= count || seen.at(qsizetype(object)))
+            continue;
+        seen[qsizetype(object)] = true;
+        const quint64 at = readBigEndian(bytes, qsizetype(tableOffset + object * quint64(offsetSize)), offsetSize);
+        if (at >= quint64(t))
+            continue;
+        const uchar marker = static_cast<uchar>(bytes.at(qsizetype(at)));
+        const int kind = marker >> 4;
+        if (kind != 0xA && kind != 0xC && kind != 0xD)
+            continue;
+        quint64 length = marker & 0x0F;
+        quint64 start = at + 1;
+        if (length == 0x0F) {
+            if (start >= quint64(t))
+                continue;
+            const uchar intMarker = static_cast<uchar>(bytes.at(qsizetype(start)));
+            const int intSize = 1 << (intMarker & 0x0F);
+            if ((intMarker >> 4) != 0x1 || intSize > 8 || start + 1 + quint64(intSize) > quint64(t))
+                continue;
+            length = readBigEndian(bytes, qsizetype(start + 1), intSize);
+            start += 1 + quint64(intSize);
+        }
+        if (depth >= kMaxDepth && length > 0)
+            return true; // its members would lie beyond the limit
+        const quint64 refs = kind == 0xD ? length * 2 : length;
+        if (length > quint64(t) || start + refs * quint64(refSize) > quint64(t))
+            continue;
+        for (quint64 k = 0; k < refs; ++k)
+            pending.append({readBigEndian(bytes, qsizetype(start + k * quint64(refSize)), refSize), depth + 1});
+    }
+    return false;
+}
+
 } // namespace
 
 namespace PropertyList {
 
 std::optional<QVariant> parse(const QByteArray &bytes)
 {
-    if (bytes.isEmpty())
+    // libplist takes a 32-bit length; nothing this application reads comes near the bound.
+    if (bytes.isEmpty() || bytes.size() > kMaxBytes)
         return std::nullopt;
     plist_t root = nullptr;
     if (bytes.startsWith("bplist00")) {
-        if (binaryHasNulInString(bytes))
+        if (binaryHasNulInString(bytes) || binaryNestsTooDeep(bytes))
             return std::nullopt;
         plist_from_bin(bytes.constData(), static_cast<uint32_t>(bytes.size()), &root);
     } else {
@@ -253,6 +509,15 @@ std::optional<QVariant> parse(const QByteArray &bytes)
 
 QByteArray serialize(const QVariant &root, Format format)
 {
+    if (format == Format::Xml) {
+        QByteArray bytes;
+        bytes.reserve(64 * 1024);
+        bytes += kXmlHeader;
+        if (XmlWriter(bytes).write(root, 0)) {
+            bytes += "</plist>\n";
+            return bytes;
+        }
+    }
     PlistPtr node(fromVariant(root));
     if (!node)
         return {};
@@ -265,6 +530,21 @@ QByteArray serialize(const QVariant &root, Format format)
     QByteArray bytes(out, static_cast<qsizetype>(length));
     free(out);
     return bytes;
+}
+
+QByteArray serializeXml(const QVariant &root, XmlCache &cache)
+{
+    QByteArray bytes;
+    bytes.reserve(64 * 1024);
+    bytes += kXmlHeader;
+    cache.current.clear();
+    const bool written = XmlWriter(bytes, &cache).write(root, 0);
+    // Only what this tree still holds is kept: the rest would pin dictionaries that are gone.
+    cache.previous.swap(cache.current);
+    cache.current.clear();
+    if (written)
+        return bytes + "</plist>\n";
+    return serialize(root);
 }
 
 bool isInteger(const QVariant &value)

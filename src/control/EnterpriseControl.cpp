@@ -1,4 +1,5 @@
 #include "EnterpriseControl.h"
+#include "SavedReply.h"
 
 #include "enterprise1adaptor.h" // generated from io.tarnwell.Tarnwell.Enterprise1.xml
 
@@ -46,6 +47,14 @@ bool EnterpriseControl::refuse(const QString &name, const QString &message)
     if (calledFromDBus())
         sendErrorReply(name, message);
     return true;
+}
+
+void EnterpriseControl::replyWhenSaved(const QVariant &value)
+{
+    if (!calledFromDBus())
+        return;
+    setDelayedReply(true);
+    SavedReply::send(m_engine.store().defaults(), this, message(), connection(), value);
 }
 
 bool EnterpriseControl::directoryMissing()
@@ -159,6 +168,7 @@ QString EnterpriseControl::DirectoryMap(const QString &groupName, const QString 
         if (mapping.groupName == groupName) {
             mapping.shares.append(*share);
             m_directory->setMappings(mappings);
+            replyWhenSaved(mapping.id.toString(QUuid::WithoutBraces).toUpper());
             return mapping.id.toString(QUuid::WithoutBraces).toUpper();
         }
     }
@@ -166,6 +176,7 @@ QString EnterpriseControl::DirectoryMap(const QString &groupName, const QString 
     mapping.groupName = groupName;
     mapping.shares = {*share};
     m_directory->addMapping(mapping);
+    replyWhenSaved(mapping.id.toString(QUuid::WithoutBraces).toUpper());
     return mapping.id.toString(QUuid::WithoutBraces).toUpper();
 }
 
@@ -175,6 +186,8 @@ void EnterpriseControl::DirectoryUnmap(const QString &id)
         return;
     if (!m_directory->removeMapping(QUuid::fromString(id)))
         refuse(ControlNames::kErrorInvalidArgument, QStringLiteral("No mapping has the id ") + id);
+    else
+        replyWhenSaved();
 }
 
 void EnterpriseControl::DirectorySetEnabled(const QString &id, bool enabled)
@@ -183,4 +196,6 @@ void EnterpriseControl::DirectorySetEnabled(const QString &id, bool enabled)
         return;
     if (!m_directory->setMappingEnabled(QUuid::fromString(id), enabled))
         refuse(ControlNames::kErrorInvalidArgument, QStringLiteral("No mapping has the id ") + id);
+    else
+        replyWhenSaved();
 }

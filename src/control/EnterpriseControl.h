@@ -43,6 +43,8 @@ Q_SIGNALS:
 private:
     bool refuse(const QString &name, const QString &message);
     bool directoryMissing();
+    // A mapping change over the bus is answered once it is on disk (or with NotSaved).
+    void replyWhenSaved(const QVariant &value = QVariant());
 
     MountEngine &m_engine;
     ManagedPreferencesMonitor *m_managed;

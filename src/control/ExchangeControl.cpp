@@ -1,4 +1,5 @@
 #include "ExchangeControl.h"
+#include "SavedReply.h"
 
 #include "ExchangeAdaptor.h" // generated from io.tarnwell.Tarnwell.Exchange1.xml
 
@@ -181,6 +182,14 @@ void ExchangeControl::ExportCsv(const QString &path)
         failWith(int(result.error.kind), result.error.text());
 }
 
+void ExchangeControl::replyWhenSaved(const QVariant &value)
+{
+    if (!calledFromDBus())
+        return;
+    setDelayedReply(true);
+    SavedReply::send(m_configuration.engine().store().defaults(), this, message(), connection(), value);
+}
+
 ExchangeControl::LaterReply ExchangeControl::replyLater()
 {
     LaterReply later;
@@ -312,6 +321,7 @@ QString ExchangeControl::CreateSet(const QString &name, const QString &icon)
         fail(ControlNames::kErrorFailed, QStringLiteral("The share sets could not be saved"));
         return {};
     }
+    replyWhenSaved(ShareSet::uuidText(set.id));
     return ShareSet::uuidText(set.id);
 }
 
@@ -328,6 +338,8 @@ void ExchangeControl::AddToSet(const QString &query, qlonglong share)
     set.shareIDs.append(share);
     if (!m_sets.updateSet(set))
         fail(ControlNames::kErrorFailed, QStringLiteral("The share sets could not be saved"));
+    else
+        replyWhenSaved();
 }
 
 void ExchangeControl::RemoveFromSet(const QString &query, qlonglong share)
@@ -343,6 +355,8 @@ void ExchangeControl::RemoveFromSet(const QString &query, qlonglong share)
     }
     if (!m_sets.updateSet(set))
         fail(ControlNames::kErrorFailed, QStringLiteral("The share sets could not be saved"));
+    else
+        replyWhenSaved();
 }
 
 void ExchangeControl::DeleteSet(const QString &query)
@@ -358,6 +372,8 @@ void ExchangeControl::DeleteSet(const QString &query)
     }
     if (!m_sets.deleteSet(set->id))
         fail(ControlNames::kErrorFailed, QStringLiteral("The share sets could not be saved"));
+    else
+        replyWhenSaved();
 }
 
 QString ExchangeControl::MountSet(const QString &query)

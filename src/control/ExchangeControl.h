@@ -62,6 +62,8 @@ private:
         void error(const QString &name, const QString &text) const;
     };
     LaterReply replyLater();
+    // A set change over the bus is answered once it is on disk (or with NotSaved).
+    void replyWhenSaved(const QVariant &value = QVariant());
     void fail(const QString &name, const QString &message);
     void failWith(int errorKind, const QString &text); // a Configuration::ErrorKind
     const ShareSet *resolveSet(const QString &query);

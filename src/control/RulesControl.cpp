@@ -1,4 +1,5 @@
 #include "RulesControl.h"
+#include "SavedReply.h"
 
 #include "RulesAdaptor.h" // generated from io.tarnwell.Tarnwell.Rules1.xml
 #include "control/ControlNames.h"
@@ -93,8 +94,7 @@ bool RulesControl::checkSaved(bool saved)
         succeed();
         return true;
     }
-    return fail({ ControlNames::kErrorFailed,
-                  QStringLiteral("The change was made but could not be saved: ") + m_rules.lastSaveError() });
+    return fail({ ControlNames::kErrorNotSaved, SavedReply::kNotSaved.arg(m_rules.lastSaveError()) });
 }
 
 std::optional<Rule> RulesControl::parseRule(const QString &json, Error *error) const

@@ -1,4 +1,5 @@
 #include "LegacyArchive.h"
+#include "base/BoundedFile.h"
 
 #include "base/Console.h"
 #include "base/PropertyList.h"
@@ -310,10 +311,10 @@ std::optional<QList<VolumeRecord>> importFromPreferencesFile(const QString &path
             *error = reason;
         return std::nullopt;
     };
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return fail(file.errorString());
-    const std::optional<QVariant> parsed = PropertyList::parse(file.readAll());
+    const BoundedFile::Content content = BoundedFile::read(path, BoundedFile::kStoreLimit);
+    if (!content.ok)
+        return fail(content.error);
+    const std::optional<QVariant> parsed = PropertyList::parse(content.bytes);
     if (!parsed || parsed->metaType().id() != QMetaType::QVariantMap)
         return fail(QStringLiteral("not a preferences file"));
     const QVariant value = parsed->toMap().value(kPreferencesKey);

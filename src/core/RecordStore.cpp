@@ -39,6 +39,7 @@ RecordStore::RecordStore(Defaults &defaults, NotificationCenter *center)
 int RecordStore::load()
 {
     m_records.clear();
+    m_encoded.clear();
     const QString key = Preferences::Keys::VolumeRecordArray;
     const QVariant stored = m_defaults.value(key);
     if (!stored.isValid())
@@ -67,6 +68,7 @@ int RecordStore::load()
                 continue;
             }
             m_records.append(*record);
+            m_encoded.append(QVariant()); // encoded afresh: a stored element may carry keys no longer written
         }
         if (keptAside.size() != keptBefore)
             m_defaults.setValue(undecodableKey(), keptAside);
@@ -79,6 +81,7 @@ int RecordStore::load()
         QString error;
         if (const auto records = LegacyArchive::decodeVolumeRecords(*bytes, &error)) {
             m_records = *records;
+            m_encoded = QVariantList(m_records.size());
             Console::line(QStringLiteral("📦 [MIGRATE] Read ") + QString::number(m_records.size())
                           + QStringLiteral(" shares from a keyed archive; original kept under ") + backupKey());
             return 0;
@@ -94,10 +97,13 @@ int RecordStore::load()
 
 bool RecordStore::save()
 {
-    QVariantList list;
-    list.reserve(m_records.size());
-    for (const VolumeRecord &record : std::as_const(m_records))
-        list.append(record.encode());
+    // Only records that may have changed since the last save are encoded again: with thousands of shares
+    // the encoding, not the write, was what an acknowledged change waited for.
+    for (qsizetype i = 0; i < m_records.size(); ++i) {
+        if (!m_encoded.at(i).isValid())
+            m_encoded[i] = m_records.at(i).encode();
+    }
+    const QVariantList &list = m_encoded;
     if (!m_defaults.setValue(Preferences::Keys::VolumeRecordArray, list)) {
         Console::line(kEncodeFailedLine + QStringLiteral("a record holds a value with no property-list form"));
         return false;
@@ -114,7 +120,13 @@ const VolumeRecord *RecordStore::find(qint64 id) const
 VolumeRecord *RecordStore::find(qint64 id)
 {
     const qsizetype i = indexOf(id);
-    return i < 0 ? nullptr : &m_records[i];
+    return i < 0 ? nullptr : &at(i);
+}
+
+VolumeRecord &RecordStore::at(qsizetype index)
+{
+    m_encoded[index] = QVariant(); // the caller may change it
+    return m_records[index];
 }
 
 std::optional<VolumeRecord> RecordStore::recordCopy(qint64 id) const
@@ -157,6 +169,7 @@ qint64 RecordStore::nextId() const
 void RecordStore::add(const VolumeRecord &record)
 {
     m_records.append(record);
+    m_encoded.append(QVariant());
 }
 
 bool RecordStore::update(const VolumeRecord &record)
@@ -174,12 +187,14 @@ bool RecordStore::remove(qint64 id)
     if (i < 0)
         return false;
     m_records.removeAt(i);
+    m_encoded.removeAt(i);
     return true;
 }
 
 void RecordStore::setRecords(const QList<VolumeRecord> &records)
 {
     m_records = records;
+    m_encoded = QVariantList(m_records.size());
 }
 
 bool RecordStore::firstLaunchIfNeeded()
@@ -204,7 +219,7 @@ bool RecordStore::firstLaunchIfNeeded()
     nas.username_String = QStringLiteral("your-username");
     nas.mount_inside_Volumes = 1;
     nas.runtime_status_String = kExampleNasStatus;
-    m_records.append(nas);
+    add(nas);
 
     VolumeRecord cloud;
     cloud.internal_ID_Int = nextId();
@@ -216,7 +231,7 @@ bool RecordStore::firstLaunchIfNeeded()
     cloud.username_String = QStringLiteral("your-email@example.com");
     cloud.mount_inside_Volumes = 1;
     cloud.runtime_status_String = kExampleCloudStatus;
-    m_records.append(cloud);
+    add(cloud);
 
     save();
     if (m_center)

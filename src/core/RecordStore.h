@@ -15,7 +15,8 @@ class NotificationCenter;
 //
 // Threads and ownership: lives on the main thread, owned by the mount engine, which owns the records it
 // holds. Workers never touch it; they get copies and report back by internal_ID_Int. Pointers returned by
-// find() stay valid until the next add(), remove(), setRecords() or load().
+// find() stay valid until the next add(), remove(), setRecords() or load(); changes made through them (and
+// through at()) must come before the next save(), which re-encodes only records reached that way since.
 //
 // Mutators (add, update, remove, setRecords) change memory only; the owner calls save() after a change and
 // posts the notifications that fit the change. Only firstLaunchIfNeeded() saves and posts by itself.
@@ -59,7 +60,7 @@ public:
 
     const QList<VolumeRecord> &records() const { return m_records; }
     qsizetype size() const { return m_records.size(); }
-    VolumeRecord &at(qsizetype index) { return m_records[index]; } // for passes over every record
+    VolumeRecord &at(qsizetype index); // for passes over every record
     bool isEmpty() const { return m_records.isEmpty(); }
 
     // By internal_ID_Int; null when there is no such record.
@@ -90,4 +91,6 @@ private:
     Defaults &m_defaults;
     NotificationCenter *m_center;
     QList<VolumeRecord> m_records;
+    // Each record's encoded form as last saved, index for index; invalid where the record may have changed.
+    QVariantList m_encoded;
 };

@@ -1,4 +1,5 @@
 #include "ConfigurationManager.h"
+#include "base/BoundedFile.h"
 
 #include "base/DurableFile.h"
 #include "base/JsonNumber.h"
@@ -166,12 +167,10 @@ ConfigurationManager::~ConfigurationManager()
 
 QString ConfigurationManager::readFile(const QString &path, QByteArray *bytes)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("Cannot read ") + path + QStringLiteral(": ") + file.errorString();
-    *bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return QStringLiteral("Cannot read ") + path + QStringLiteral(": ") + file.errorString();
+    BoundedFile::Content content = BoundedFile::read(path, BoundedFile::kImportLimit);
+    if (!content.ok)
+        return QStringLiteral("Cannot read ") + path + QStringLiteral(": ") + content.error;
+    *bytes = std::move(content.bytes);
     return QString();
 }
 

@@ -10,6 +10,7 @@
 #include "base/PropertyList.h"
 #include "core/LegacyArchive.h"
 #include "core/MountEngine.h"
+#include "core/RecordFields.h"
 #include "logging/LogEventManager.h"
 
 #include <QFileInfo>
@@ -136,6 +137,13 @@ void LegacyImporter::importFile(const QString &path, std::function<void(const Su
     QList<qint64> addedOldIds;
     QList<std::optional<QString>> addedPasswords;
     for (VolumeRecord &record : decoded) {
+        // The same validation as every other way in: an archive is outside input like any import.
+        if (const auto problem = RecordFields::check(record)) {
+            Console::line(QStringLiteral("⚠️ [MIGRATE] Share ") + QString::number(record.internal_ID_Int)
+                          + QStringLiteral(" from the macOS build skipped: ") + *problem);
+            ++summary.sharesSkipped;
+            continue;
+        }
         const QString key = ConfigurationManager::duplicateKey(record);
         if (const auto it = local.constFind(key); it != local.cend()) {
             if (*it >= 0)

@@ -1,4 +1,5 @@
 #include "AuditLogFile.h"
+#include "base/BoundedFile.h"
 
 #include "base/Console.h"
 #include "base/DurableFile.h"
@@ -97,36 +98,34 @@ QByteArray encode(const QList<AuditLogEntry> &entries)
 
 std::optional<QList<AuditLogEntry>> read(const QString &filePath, QString *error, QStringList *skipped)
 {
-    QFile file(filePath);
-    if (!file.exists())
+    if (!QFile::exists(filePath))
         return QList<AuditLogEntry>();
-    if (!file.open(QIODevice::ReadOnly)) {
+    const BoundedFile::Content content = BoundedFile::read(filePath, BoundedFile::kLogLimit);
+    if (!content.ok) {
         if (error)
-            *error = file.errorString();
+            *error = content.error;
         return std::nullopt;
     }
-    return decode(file.readAll(), error, skipped);
+    return decode(content.bytes, error, skipped);
 }
 
 bool append(const QString &filePath, const QList<AuditLogEntry> &newestFirst, int maxEntries, QString *error)
 {
     QJsonArray array;
-    QFile existing(filePath);
-    if (existing.exists()) {
-        if (!existing.open(QIODevice::ReadOnly)) {
+    if (QFile::exists(filePath)) {
+        const BoundedFile::Content content = BoundedFile::read(filePath, BoundedFile::kLogLimit);
+        if (!content.ok && !content.tooLarge) {
             // Replacing a file we could not even read could destroy history; leave it and report.
             if (error)
-                *error = existing.errorString();
+                *error = content.error;
             return false;
         }
-        const QByteArray bytes = existing.readAll();
-        existing.close();
         QStringList skipped;
-        const auto parsed = parseArray(bytes, nullptr, nullptr, &skipped);
+        const auto parsed = content.ok ? parseArray(content.bytes, nullptr, nullptr, &skipped) : std::nullopt;
         if (parsed)
             array = *parsed;
-        // Rewriting drops what could not be read: the file as it was goes aside first.
-        const bool unreadable = parsed ? !skipped.isEmpty() : !bytes.trimmed().isEmpty();
+        // Rewriting drops what could not be read (an oversized file included): the file as it was goes aside first.
+        const bool unreadable = parsed ? !skipped.isEmpty() : (content.tooLarge || !content.bytes.trimmed().isEmpty());
         if (unreadable && !keepAside(filePath, parsed ? kEntriesLeftOutLine : kKeptAsideLine)) {
             if (error)
                 *error = QStringLiteral("the unreadable file could not be kept aside");

@@ -3,6 +3,7 @@
 #include <QSet>
 
 #include "base/Console.h"
+#include "base/BoundedFile.h"
 #include "base/DurableFile.h"
 #include "base/Paths.h"
 #include "core/ScriptRunner.h"
@@ -493,18 +494,15 @@ bool RuleEngine::saveRules()
 void RuleEngine::loadRules()
 {
     DurableFile::makePrivate(m_filePath);
-    QFile file(m_filePath);
-    if (!file.exists()) {
+    if (!QFile::exists(m_filePath)) {
         Console::line(kNoSaved);
         return;
     }
-    QString error;
+    const BoundedFile::Content content = BoundedFile::read(m_filePath, BoundedFile::kImportLimit);
+    QString error = content.error;
     std::optional<QList<Rule>> rules;
-    if (!file.open(QIODevice::ReadOnly))
-        error = file.errorString();
-    else
-        rules = Rule::decodeList(file.readAll(), &error);
-    file.close();
+    if (content.ok)
+        rules = Rule::decodeList(content.bytes, &error);
     if (!rules) {
         Console::line(kLoadFailed + error);
         // Kept aside so that the next save cannot destroy what the user may still want back.

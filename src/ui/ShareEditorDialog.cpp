@@ -3,6 +3,7 @@
 #include "core/RecordRules.h"
 #include "core/CredentialStore.h"
 #include "core/MountEngine.h"
+#include "core/RecordFields.h"
 #include "core/WakeOnLan.h"
 
 #include <QCheckBox>
@@ -13,6 +14,7 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHash>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -42,7 +44,21 @@ QString ShareEditorDialog::shareNameHelp()
 }
 
 namespace {
-const char *const kFields[] = {"host", "port", "share", "user", "folder", "weekdays", "mac", "postScript", "preScript"};
+const char *const kFields[] = {"host", "port",       "share",     "user",     "folder", "weekdays",
+                                "mac",  "postScript", "preScript", "nickname", "group",  "ssids"};
+
+// The editor's row for a field named in a refusal of the shared validation ("'hostname' is too long ...").
+QString rowOfProblem(const QString &problem)
+{
+    static const QHash<QString, QString> rows{
+        {QStringLiteral("hostname"), QStringLiteral("host")},   {QStringLiteral("port"), QStringLiteral("port")},
+        {QStringLiteral("shareName"), QStringLiteral("share")}, {QStringLiteral("username"), QStringLiteral("user")},
+        {QStringLiteral("customMountPoint"), QStringLiteral("folder")},
+        {QStringLiteral("macAddress"), QStringLiteral("mac")},  {QStringLiteral("nickname"), QStringLiteral("nickname")},
+        {QStringLiteral("group"), QStringLiteral("group")},     {QStringLiteral("allowedSSIDs"), QStringLiteral("ssids")}};
+    const QString field = problem.section(QLatin1Char('\''), 1, 1);
+    return rows.value(field, QStringLiteral("host"));
+}
 }
 
 ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<VolumeRecord> existing, QWidget *parent)
@@ -80,6 +96,7 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
     m_nickname = addLine(QStringLiteral("nickname"));
     m_nickname->setPlaceholderText(tr("Optional display name"));
     form->addRow(tr("Name:"), m_nickname);
+    form->addRow(QString(), errorLabel(QStringLiteral("nickname")));
 
     m_protocol = new QComboBox;
     m_protocol->setObjectName(QStringLiteral("protocol"));
@@ -132,6 +149,7 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
     m_group = addLine(QStringLiteral("group"));
     m_group->setPlaceholderText(tr("e.g., Work, Media"));
     form->addRow(tr("Group:"), m_group);
+    form->addRow(QString(), errorLabel(QStringLiteral("group")));
     columns->addWidget(connection, 1);
 
     // --- Automation ---
@@ -179,6 +197,7 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
     m_ssids->setPlaceholderText(tr("Any network"));
     m_ssids->setToolTip(tr("Comma-separated Wi-Fi network names the share may mount on. Empty: any network."));
     auto_->addRow(tr("Allowed Wi-Fi:"), m_ssids);
+    auto_->addRow(QString(), errorLabel(QStringLiteral("ssids")));
     m_mac = addLine(QStringLiteral("mac"));
     m_mac->setPlaceholderText(tr("e.g. 00:11:22:33:44:55"));
     m_mac->setToolTip(tr("Hardware address of the server, woken with a Wake-on-LAN packet before mounting."));
@@ -452,9 +471,17 @@ bool ShareEditorDialog::validate()
                                                                         : QString());
     }
 
+    // Only the shared validation below speaks for these rows.
+    for (const char *field : {"nickname", "group", "ssids"})
+        setError(QLatin1String(field), QString());
     for (const char *field : kFields) {
         if (!fieldError(QLatin1String(field)).isEmpty())
             return false;
+    }
+    // The rules every other way in applies (lengths, characters, a plain absolute folder), with its own words.
+    if (const auto problem = RecordFields::check(recordFromFields())) {
+        setError(rowOfProblem(*problem), *problem);
+        return false;
     }
     return true;
 }

@@ -238,6 +238,11 @@ void TestDashboard::editorRejectsInvalidFields_data()
     QTest::newRow("share empty on SMB") << QStringLiteral("share") << QStringLiteral("") << false;
     QTest::newRow("script relative") << QStringLiteral("postScript") << QStringLiteral("after.sh") << false;
     QTest::newRow("user empty without guest") << QStringLiteral("user") << QStringLiteral("") << false;
+    // The shared validation of every way in, beyond the editor's own checks.
+    QTest::newRow("host too long") << QStringLiteral("host") << QString(254, QLatin1Char('h')) << false;
+    QTest::newRow("host with a tab") << QStringLiteral("host") << QStringLiteral("nas\tx") << false;
+    QTest::newRow("nickname too long") << QStringLiteral("nickname") << QString(257, QLatin1Char('n')) << false;
+    QTest::newRow("group too long") << QStringLiteral("group") << QString(257, QLatin1Char('g')) << false;
 }
 
 void TestDashboard::editorRejectsInvalidFields()

@@ -253,6 +253,24 @@ gdbus call --session --dest io.tarnwell.Tarnwell --object-path /io/tarnwell/Tarn
   >"$work/out" 2>&1 || status=$?
 [ "$status" -ne 0 ] && grep -qF "InvalidArgument" "$work/out" || fail "the bus took a host with NUL: $(cat "$work/out")"
 
+step "oversized and invalid fields are refused on the command line and on the bus alike"
+before=$(settings)
+# 120,000 characters: near the most one process argument may carry (and far beyond every field's bound).
+long=$(head -c 120000 /dev/zero | tr '\0' n)
+run_ctl 2 add --host "$long" --share x; expect_err "'hostname' is too long (120000 characters"
+run_ctl 2 add "smb://127.0.0.1:9/long-$tag" --nickname "$long"; expect_err "'nickname' is too long (120000 characters"
+run_ctl 2 add "smb://127.0.0.1:9/rel-$tag" --mount-dir rel/x; expect_err "must be an absolute path, not 'rel/x'"
+for record in "\"hostname\":\"$long\"" '"hostname":"nas\\nevil"' "\"hostname\":\"nas\",\"nickname\":\"$long\"" \
+              '"hostname":"nas","port":0' '"hostname":"nas","mountInVolumes":0,"customMountPoint":"rel/x"'; do
+  status=0
+  gdbus call --session --dest io.tarnwell.Tarnwell --object-path /io/tarnwell/Tarnwell \
+    --method io.tarnwell.Tarnwell.Control1.AddRecord "'{$record}'" "''" >"$work/out" 2>&1 || status=$?
+  [ "$status" -ne 0 ] && grep -qF "InvalidArgument" "$work/out" \
+    || fail "the bus took {$(head -c 60 <<<"$record")}: $(head -c 300 "$work/out")"
+done
+after=$(settings)
+[ "$before" = "$after" ] || fail "refused fields changed the stored shares"
+
 step "SIGTERM: exit 0, records saved, APP_QUIT on disk"
 stop_daemon TERM
 [ "$stop_status" -eq 0 ] || fail "the engine exited $stop_status on SIGTERM"

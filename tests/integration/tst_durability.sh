@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Nothing acknowledged is ever lost, through the headless engine and tarnwellctl, with the engine's files on
 # a small tmpfs of this test's own (a private mount namespace, so nothing leaks to the machine):
-# - the disk fills up: add and edit fail loudly (non-zero exit, the reason), the files on disk stay byte for
-#   byte as they were, and everything lands by itself once space is freed;
+# - the disk fills up: add, edit and changes of sets, rules and mappings fail loudly (non-zero exit, the
+#   reason), the files on disk stay byte for byte as they were, and everything lands by itself once space
+#   is freed;
 # - the folder turns read-only: the same, and the change lands once it is writable again;
 # - SIGKILL right after an acknowledged add, with 1,000 shares stored: the share is on disk, every run;
 # - SIGKILL while writes are in flight: each store's file is the old or the new one, never cut off.
@@ -93,6 +94,12 @@ run_ctl 1 add "smb://127.0.0.1:9/during" --nickname During
 expect_err "Not saved:"
 run_ctl 1 edit Before --group crowded
 expect_err "Not saved:"
+for change in "set create Crowded" "directory map Crowded 127.0.0.1/crowded" \
+              "rules add --name Crowded --when battery --do notify=Disk::Full"; do
+  # shellcheck disable=SC2086 # one word each
+  run_ctl 1 $change
+  expect_err "Not saved:"
+done
 sleep 3 # retries run meanwhile
 cmp -s "$prefs" "$work/prefs.before" || fail "the preferences file changed on a full disk"
 cmp -s "$audit" "$work/audit.before" || fail "the audit log changed on a full disk"
@@ -108,6 +115,13 @@ rm -f "$fs/filler"
 wait_for 15 stored_has during || fail "the kept share was never saved after space returned"
 wait_for 15 audit_has During || fail "the kept audit entry was never written after space returned"
 daemon_said "✅ [Persistence] Preferences saved again" || fail "no console line for the recovery"
+sets_and_mappings_have() { python3 -c '
+import plistlib, sys
+d = plistlib.load(open(sys.argv[1], "rb"))
+found = [k for k in ("ShareSets", "ADShareMappings") if sys.argv[2].encode() in (d[k] if isinstance(d.get(k), bytes) else str(d.get(k)).encode())]
+sys.exit(0 if len(found) == 2 else 1)' "$prefs" "$1"; }
+wait_for 15 sets_and_mappings_have Crowded || fail "the refused set and mapping never landed"
+wait_for 15 grep -qF Crowded "$XDG_DATA_HOME/Tarnwell/rules.json" || fail "the refused rule never landed"
 run_ctl 0 add "smb://127.0.0.1:9/after" --nickname After
 stored_has after || fail "an acknowledged add is not on disk at once"
 
