@@ -3,57 +3,47 @@
 <context>
     <name>AddActionDialog</name>
     <message>
-        <location filename="../AddActionDialog.cpp" line="72" />
+        <location filename="../AddActionDialog.cpp" line="50" />
         <source>Add Action</source>
         <translation>Aktion hinzufügen</translation>
     </message>
     <message>
-        <location filename="../AddActionDialog.cpp" line="78" />
+        <location filename="../AddActionDialog.cpp" line="57" />
         <source>Action type:</source>
         <translation>Aktionstyp:</translation>
     </message>
     <message>
-        <location filename="../AddActionDialog.cpp" line="85" />
+        <location filename="../AddActionDialog.cpp" line="65" />
         <source>This will affect all configured volumes</source>
         <translation>Betrifft alle eingerichteten Volumes</translation>
     </message>
     <message>
-        <location filename="../AddActionDialog.cpp" line="88" />
+        <location filename="../AddActionDialog.cpp" line="68" />
         <source>e.g., Work, Media</source>
         <translation>z. B. Arbeit, Medien</translation>
     </message>
     <message>
-        <location filename="../AddActionDialog.cpp" line="90" />
+        <location filename="../AddActionDialog.cpp" line="70" />
         <source>Volumes must have matching group tag</source>
         <translation>Volumes brauchen die passende Gruppe</translation>
     </message>
     <message>
-        <location filename="../AddActionDialog.cpp" line="98" />
+        <location filename="../AddActionDialog.cpp" line="78" />
         <source>Choose…</source>
         <translation>Auswählen…</translation>
     </message>
     <message>
-        <location filename="../AddActionDialog.cpp" line="104" />
+        <location filename="../AddActionDialog.cpp" line="84" />
         <source>Notification message</source>
         <translation>Text der Mitteilung</translation>
     </message>
     <message>
-        <location filename="../AddActionDialog.cpp" line="110" />
+        <location filename="../AddActionDialog.cpp" line="90" />
         <source> seconds</source>
         <translation> Sekunden</translation>
     </message>
     <message>
-        <location filename="../AddActionDialog.cpp" line="115" />
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
-    </message>
-    <message>
-        <location filename="../AddActionDialog.cpp" line="116" />
-        <source>Add</source>
-        <translation>Hinzufügen</translation>
-    </message>
-    <message>
-        <location filename="../AddActionDialog.cpp" line="194" />
+        <location filename="../AddActionDialog.cpp" line="161" />
         <source>Choose Script</source>
         <translation>Skript wählen</translation>
     </message>
@@ -61,69 +51,59 @@
 <context>
     <name>AddConditionDialog</name>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="76" />
+        <location filename="../AddConditionDialog.cpp" line="65" />
         <source>Add Condition</source>
         <translation>Bedingung hinzufügen</translation>
     </message>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="84" />
+        <location filename="../AddConditionDialog.cpp" line="72" />
         <source>Condition type:</source>
         <translation>Bedingungstyp:</translation>
     </message>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="90" />
+        <location filename="../AddConditionDialog.cpp" line="81" />
         <source>WiFi Name (SSID):</source>
         <translation>WLAN-Name (SSID):</translation>
     </message>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="92" />
+        <location filename="../AddConditionDialog.cpp" line="79" />
         <source>e.g., HomeNetwork</source>
         <translation>z. B. HeimNetz</translation>
     </message>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="94" />
+        <location filename="../AddConditionDialog.cpp" line="81" />
         <source>Leave empty to match any WiFi network</source>
         <translation>Leer lassen für ein beliebiges WLAN</translation>
     </message>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="106" />
+        <location filename="../AddConditionDialog.cpp" line="91" />
         <source>Start time:</source>
         <translation>Startzeit:</translation>
     </message>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="107" />
+        <location filename="../AddConditionDialog.cpp" line="92" />
         <source>End time:</source>
         <translation>Endzeit:</translation>
     </message>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="109" />
+        <location filename="../AddConditionDialog.cpp" line="94" />
         <source>Use 24-hour format (HH:MM)</source>
         <translation>24-Stunden-Format verwenden (HH:MM)</translation>
     </message>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="129" />
+        <location filename="../AddConditionDialog.cpp" line="114" />
         <source>Application name:</source>
         <translation>Programmname:</translation>
     </message>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="131" />
+        <location filename="../AddConditionDialog.cpp" line="113" />
         <source>e.g., Final Cut Pro</source>
         <translation>z. B. Final Cut Pro</translation>
     </message>
     <message>
-        <location filename="../AddConditionDialog.cpp" line="139" />
+        <location filename="../AddConditionDialog.cpp" line="117" />
         <source>No additional configuration needed</source>
         <translation>Keine weitere Einstellung nötig</translation>
-    </message>
-    <message>
-        <location filename="../AddConditionDialog.cpp" line="156" />
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
-    </message>
-    <message>
-        <location filename="../AddConditionDialog.cpp" line="157" />
-        <source>Add</source>
-        <translation>Hinzufügen</translation>
     </message>
 </context>
 <context>
@@ -325,7 +305,7 @@
     </message>
     <message>
         <location filename="../DashboardWindow.cpp" line="65" />
-        <location filename="../DashboardWindow.cpp" line="350" />
+        <location filename="../DashboardWindow.cpp" line="353" />
         <source>Delete</source>
         <translation>Löschen</translation>
     </message>
@@ -501,37 +481,37 @@
         <translation>Der Servername konnte nicht aufgelöst werden. Prüfen Sie den Namen oder verwenden Sie die Adresse.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="236" />
+        <location filename="../DashboardWindow.cpp" line="239" />
         <source>The last attempt failed; see the Logs tab for details.</source>
         <translation>Der letzte Versuch ist fehlgeschlagen; Details im Tab „Protokolle“.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="305" />
+        <location filename="../DashboardWindow.cpp" line="308" />
         <source>Share added.</source>
         <translation>Freigabe hinzugefügt.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="331" />
+        <location filename="../DashboardWindow.cpp" line="334" />
         <source>Share duplicated.</source>
         <translation>Freigabe dupliziert.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="347" />
+        <location filename="../DashboardWindow.cpp" line="350" />
         <source>Delete Share?</source>
         <translation>Freigabe löschen?</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="348" />
+        <location filename="../DashboardWindow.cpp" line="351" />
         <source>"%1" will be removed from Tarnwell. This action cannot be undone.</source>
         <translation>„%1“ wird aus Tarnwell entfernt. Dies kann nicht rückgängig gemacht werden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="357" />
+        <location filename="../DashboardWindow.cpp" line="360" />
         <source>Share deleted.</source>
         <translation>Freigabe gelöscht.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="370" />
+        <location filename="../DashboardWindow.cpp" line="373" />
         <source>Auto-mount can be paused only while at least one share is mounted</source>
         <translation>Auto-Mount kann nur pausiert werden, solange mindestens eine Freigabe verbunden ist</translation>
     </message>
@@ -1702,6 +1682,19 @@ Wenden Sie sich an Ihre IT-Abteilung, um ihn in AD aufzunehmen.</translation>
     </message>
 </context>
 <context>
+    <name>RuleSheetDialog</name>
+    <message>
+        <location filename="../RuleSheetDialog.cpp" line="32" />
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <location filename="../RuleSheetDialog.cpp" line="33" />
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+</context>
+<context>
     <name>RuleSheets</name>
     <message>
         <location filename="../RuleSheets.cpp" line="23" />
@@ -2021,7 +2014,7 @@ Legen Sie ein Set an und fügen Sie dann seine Freigaben hinzu.</translation>
 <context>
     <name>ShareEditorDialog</name>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="29" />
+        <location filename="../ShareEditorDialog.cpp" line="31" />
         <source>Network port number. Leave empty for defaults:
 • SMB: 445
 • AFP: 548
@@ -2040,295 +2033,295 @@ Only change if your server uses a non-standard port.</source>
 Nur ändern, wenn Ihr Server einen anderen Port verwendet.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="35" />
+        <location filename="../ShareEditorDialog.cpp" line="37" />
         <source>This is the URL Tarnwell will mount. Select the text to copy it.
 A Share Name of RAW becomes /RAW on the server; leave it blank for /.</source>
         <translation>Diese URL verbindet Tarnwell. Markieren Sie den Text, um ihn zu kopieren.
 Der Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="41" />
+        <location filename="../ShareEditorDialog.cpp" line="43" />
         <source>For WebDAV, leave Share Name blank to mount the server root.</source>
         <translation>Bei WebDAV den Freigabenamen leer lassen, um das Stammverzeichnis des Servers zu verbinden.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="56" />
+        <location filename="../ShareEditorDialog.cpp" line="72" />
         <source>Add Share</source>
         <translation>Freigabe hinzufügen</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="56" />
+        <location filename="../ShareEditorDialog.cpp" line="72" />
         <source>Edit Share</source>
         <translation>Freigabe bearbeiten</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="64" />
+        <location filename="../ShareEditorDialog.cpp" line="80" />
         <source>IT-Managed Share</source>
         <translation>Von der IT verwaltete Freigabe</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="65" />
+        <location filename="../ShareEditorDialog.cpp" line="81" />
         <source>This share is managed by %1. Settings cannot be modified.</source>
         <translation>Diese Freigabe wird von %1 verwaltet. Die Einstellungen können nicht geändert werden.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="78" />
+        <location filename="../ShareEditorDialog.cpp" line="94" />
         <source>Connection</source>
         <translation>Verbindung</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="81" />
+        <location filename="../ShareEditorDialog.cpp" line="97" />
         <source>Optional display name</source>
         <translation>Optionaler Anzeigename</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="82" />
+        <location filename="../ShareEditorDialog.cpp" line="98" />
         <source>Name:</source>
         <translation>Name:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="86" />
+        <location filename="../ShareEditorDialog.cpp" line="103" />
         <source>SMB</source>
         <translation>SMB</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="87" />
+        <location filename="../ShareEditorDialog.cpp" line="104" />
         <source>AFP</source>
         <translation>AFP</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="88" />
+        <location filename="../ShareEditorDialog.cpp" line="105" />
         <source>NFS</source>
         <translation>NFS</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="89" />
+        <location filename="../ShareEditorDialog.cpp" line="106" />
         <source>WebDAV</source>
         <translation>WebDAV</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="90" />
+        <location filename="../ShareEditorDialog.cpp" line="107" />
         <source>WebDAV Secure</source>
         <translation>WebDAV Secure</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="91" />
+        <location filename="../ShareEditorDialog.cpp" line="108" />
         <source>Protocol:</source>
         <translation>Protokoll:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="94" />
+        <location filename="../ShareEditorDialog.cpp" line="111" />
         <source>Server name or address</source>
         <translation>Servername oder Adresse</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="96" />
+        <location filename="../ShareEditorDialog.cpp" line="113" />
         <source>Server:</source>
         <translation>Server:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="100" />
+        <location filename="../ShareEditorDialog.cpp" line="117" />
         <source>Default</source>
         <translation>Standard</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="102" />
+        <location filename="../ShareEditorDialog.cpp" line="119" />
         <source>Port:</source>
         <translation>Port:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="107" />
+        <location filename="../ShareEditorDialog.cpp" line="124" />
         <source>Share Name:</source>
         <translation>Freigabename:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="115" />
+        <location filename="../ShareEditorDialog.cpp" line="132" />
         <source>Mount URL:</source>
         <translation>Verbindungs-URL:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="121" />
+        <location filename="../ShareEditorDialog.cpp" line="138" />
         <source>Guest login (no password)</source>
         <translation>Gastzugang (ohne Passwort)</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="125" />
+        <location filename="../ShareEditorDialog.cpp" line="142" />
         <source>User:</source>
         <translation>Benutzer:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="129" />
-        <location filename="../ShareEditorDialog.cpp" line="351" />
+        <location filename="../ShareEditorDialog.cpp" line="146" />
+        <location filename="../ShareEditorDialog.cpp" line="370" />
         <source>Stored in the keyring</source>
         <translation>Im Schlüsselbund gespeichert</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="129" />
+        <location filename="../ShareEditorDialog.cpp" line="146" />
         <source>No keyring available</source>
         <translation>Kein Schlüsselbund verfügbar</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="130" />
+        <location filename="../ShareEditorDialog.cpp" line="147" />
         <source>Password:</source>
         <translation>Passwort:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="133" />
+        <location filename="../ShareEditorDialog.cpp" line="150" />
         <source>e.g., Work, Media</source>
         <translation>z. B. Arbeit, Medien</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="134" />
+        <location filename="../ShareEditorDialog.cpp" line="151" />
         <source>Group:</source>
         <translation>Gruppe:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="138" />
+        <location filename="../ShareEditorDialog.cpp" line="156" />
         <source>Mounting and automation</source>
         <translation>Verbinden und Automatik</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="140" />
+        <location filename="../ShareEditorDialog.cpp" line="158" />
         <source>Mount at a custom folder</source>
         <translation>In einem eigenen Ordner verbinden</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="144" />
+        <location filename="../ShareEditorDialog.cpp" line="162" />
         <source>Folder:</source>
         <translation>Ordner:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="147" />
+        <location filename="../ShareEditorDialog.cpp" line="165" />
         <source>Auto-mount (keep mounted)</source>
         <translation>Auto-Mount (verbunden halten)</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="150" />
+        <location filename="../ShareEditorDialog.cpp" line="168" />
         <source>Scheduled mount</source>
         <translation>Geplantes Verbinden</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="161" />
+        <location filename="../ShareEditorDialog.cpp" line="179" />
         <source>until</source>
         <translation>bis</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="164" />
+        <location filename="../ShareEditorDialog.cpp" line="182" />
         <source>Mount from:</source>
         <translation>Verbinden von:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="176" />
+        <location filename="../ShareEditorDialog.cpp" line="194" />
         <source>Days:</source>
         <translation>Tage:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="179" />
+        <location filename="../ShareEditorDialog.cpp" line="197" />
         <source>Any network</source>
         <translation>Jedes Netz</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="180" />
+        <location filename="../ShareEditorDialog.cpp" line="198" />
         <source>Comma-separated Wi-Fi network names the share may mount on. Empty: any network.</source>
         <translation>Kommagetrennte WLAN-Namen, in denen die Freigabe verbunden werden darf. Leer: jedes Netz.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="181" />
+        <location filename="../ShareEditorDialog.cpp" line="199" />
         <source>Allowed Wi-Fi:</source>
         <translation>Erlaubtes WLAN:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="183" />
+        <location filename="../ShareEditorDialog.cpp" line="202" />
         <source>e.g. 00:11:22:33:44:55</source>
         <translation>z. B. 00:11:22:33:44:55</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="184" />
+        <location filename="../ShareEditorDialog.cpp" line="203" />
         <source>Hardware address of the server, woken with a Wake-on-LAN packet before mounting.</source>
         <translation>Hardware-Adresse des Servers; er wird vor dem Verbinden per Wake-on-LAN geweckt.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="185" />
+        <location filename="../ShareEditorDialog.cpp" line="204" />
         <source>Wake-on-LAN:</source>
         <translation>Wake-on-LAN:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="188" />
+        <location filename="../ShareEditorDialog.cpp" line="207" />
         <source>After mount:</source>
         <translation>Nach dem Verbinden:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="191" />
+        <location filename="../ShareEditorDialog.cpp" line="210" />
         <source>Before eject:</source>
         <translation>Vor dem Auswerfen:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="269" />
+        <location filename="../ShareEditorDialog.cpp" line="288" />
         <source>Choose…</source>
         <translation>Auswählen…</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="274" />
+        <location filename="../ShareEditorDialog.cpp" line="293" />
         <source>Choose Mount Folder</source>
         <translation>Ordner zum Verbinden wählen</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="274" />
+        <location filename="../ShareEditorDialog.cpp" line="293" />
         <source>Choose Script</source>
         <translation>Skript wählen</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="315" />
+        <location filename="../ShareEditorDialog.cpp" line="334" />
         <source>(enter a server)</source>
         <translation>(Server eingeben)</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="341" />
+        <location filename="../ShareEditorDialog.cpp" line="360" />
         <source>Loading…</source>
         <translation>Wird geladen…</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="401" />
+        <location filename="../ShareEditorDialog.cpp" line="420" />
         <source>Enter the server's name or address.</source>
         <translation>Geben Sie den Namen oder die Adresse des Servers ein.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="403" />
+        <location filename="../ShareEditorDialog.cpp" line="422" />
         <source>A server name has no spaces or slashes; enter the share name below.</source>
         <translation>Ein Servername enthält keine Leerzeichen oder Schrägstriche; den Freigabenamen unten eingeben.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="412" />
+        <location filename="../ShareEditorDialog.cpp" line="431" />
         <source>A port is a number from 1 to 65535, or empty for the protocol's default.</source>
         <translation>Ein Port ist eine Zahl von 1 bis 65535, oder leer für den Standard des Protokolls.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="422" />
+        <location filename="../ShareEditorDialog.cpp" line="441" />
         <source>Enter the share name. %1</source>
         <translation>Geben Sie den Freigabenamen ein. %1</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="426" />
+        <location filename="../ShareEditorDialog.cpp" line="445" />
         <source>Enter a user name, or choose guest login.</source>
         <translation>Geben Sie einen Benutzernamen ein oder wählen Sie den Gastzugang.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="433" />
+        <location filename="../ShareEditorDialog.cpp" line="452" />
         <source>Choose a full folder path (beginning with /).</source>
         <translation>Wählen Sie einen vollständigen Ordnerpfad (beginnend mit /).</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="441" />
+        <location filename="../ShareEditorDialog.cpp" line="460" />
         <source>A scheduled mount needs at least one day.</source>
         <translation>Ein geplantes Verbinden braucht mindestens einen Tag.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="445" />
+        <location filename="../ShareEditorDialog.cpp" line="464" />
         <source>Enter six hexadecimal pairs, e.g. 00:11:22:33:44:55.</source>
         <translation>Geben Sie sechs Hexadezimalpaare ein, z. B. 00:11:22:33:44:55.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="451" />
+        <location filename="../ShareEditorDialog.cpp" line="470" />
         <source>Choose a script by its full path.</source>
         <translation>Wählen Sie ein Skript mit vollständigem Pfad.</translation>
     </message>
@@ -2396,19 +2389,19 @@ Der Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.</translati
         <translation>EINHÄNGEN...</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="64" />
+        <location filename="../ShareStatusLabel.cpp" line="67" />
         <source>HOST UNREACHABLE</source>
         <comment>Host unreachable error</comment>
         <translation>HOST NICHT ERREICHBAR</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="67" />
+        <location filename="../ShareStatusLabel.cpp" line="70" />
         <source>SHARE NOT FOUND</source>
         <comment>Share not found error</comment>
         <translation>FREIGABE NICHT GEFUNDEN</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="69" />
+        <location filename="../ShareStatusLabel.cpp" line="72" />
         <source>ACCESS DENIED</source>
         <comment>Access denied error</comment>
         <translation>ZUGRIFF VERWEIGERT</translation>
@@ -2420,49 +2413,49 @@ Der Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.</translati
         <translation>NICHT VERTRAUTES ZERTIFIKAT</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="71" />
+        <location filename="../ShareStatusLabel.cpp" line="74" />
         <source>AUTH FAILED</source>
         <comment>Authentication failed error</comment>
         <translation>ANMELDUNG FEHLGESCHLAGEN</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="73" />
+        <location filename="../ShareStatusLabel.cpp" line="76" />
         <source>TIMED OUT</source>
         <comment>Timeout error</comment>
         <translation>ZEITÜBERSCHREITUNG</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="75" />
+        <location filename="../ShareStatusLabel.cpp" line="78" />
         <source>CONNECT FAILED</source>
         <comment>Connection failed error</comment>
         <translation>VERBINDUNG FEHLGESCHLAGEN</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="77" />
+        <location filename="../ShareStatusLabel.cpp" line="80" />
         <source>HOST UNRESOLVED</source>
         <comment>Hostname unresolved error</comment>
         <translation>HOST NICHT AUFGELÖST</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="79" />
+        <location filename="../ShareStatusLabel.cpp" line="82" />
         <source>ERROR</source>
         <comment>Generic error status</comment>
         <translation>FEHLER</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="81" />
+        <location filename="../ShareStatusLabel.cpp" line="84" />
         <source>RESOLVED</source>
         <comment>Hostname resolved status</comment>
         <translation>AUFGELÖST</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="83" />
+        <location filename="../ShareStatusLabel.cpp" line="86" />
         <source>LOCAL OK</source>
         <comment>Local connection OK status</comment>
         <translation>LOKAL OK</translation>
     </message>
     <message>
-        <location filename="../ShareStatusLabel.cpp" line="85" />
+        <location filename="../ShareStatusLabel.cpp" line="88" />
         <source>AUTHENTICATING</source>
         <comment>Authenticating status</comment>
         <translation>ANMELDUNG</translation>
