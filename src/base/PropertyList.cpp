@@ -376,47 +376,89 @@ quint64 readBigEndian(const QByteArray &bytes, qsizetype at, int size)
     return v;
 }
 
-// libplist asserts (aborts the process) when a binary string or key holds a NUL character, and a damaged
-// preferences file or a foreign archive may well hold one. Such files are refused before libplist sees them.
-// Only the string objects are inspected; every other kind of damage is left to libplist, which reports it.
-bool binaryHasNulInString(const QByteArray &bytes)
+// What both pre-parse scans of a binary property list read: the 32-byte trailer (where the offset table is,
+// the width of its entries and of object references, the object count and the top object) and, per object,
+// its kind, element count and where its content starts. Anything inconsistent reads as nothing: damage of
+// other kinds is left to libplist, which reports it.
+struct BinaryLayout
+{
+    qsizetype end = 0; // the trailer's start: every object lies before it
+    int offsetSize = 0;
+    int refSize = 0;
+    quint64 count = 0;
+    quint64 top = 0;
+    quint64 tableOffset = 0;
+
+    quint64 objectAt(const QByteArray &bytes, quint64 object) const
+    {
+        return readBigEndian(bytes, qsizetype(tableOffset + object * quint64(offsetSize)), offsetSize);
+    }
+};
+
+std::optional<BinaryLayout> binaryLayout(const QByteArray &bytes)
 {
     constexpr qsizetype kTrailer = 32;
     const qsizetype size = bytes.size();
     if (size < 8 + kTrailer)
+        return std::nullopt;
+    BinaryLayout l;
+    l.end = size - kTrailer;
+    l.offsetSize = static_cast<uchar>(bytes.at(l.end + 6));
+    l.refSize = static_cast<uchar>(bytes.at(l.end + 7));
+    l.count = readBigEndian(bytes, l.end + 8, 8);
+    l.top = readBigEndian(bytes, l.end + 16, 8);
+    l.tableOffset = readBigEndian(bytes, l.end + 24, 8);
+    if (l.offsetSize < 1 || l.offsetSize > 8 || l.tableOffset >= quint64(size) || l.count > quint64(size)
+        || l.tableOffset + l.count * quint64(l.offsetSize) > quint64(l.end))
+        return std::nullopt;
+    return l;
+}
+
+struct BinaryObject
+{
+    int kind = 0;       // the marker's high nibble
+    quint64 length = 0; // elements (characters, members)
+    quint64 start = 0;  // where the elements begin
+};
+
+std::optional<BinaryObject> binaryObject(const QByteArray &bytes, const BinaryLayout &l, quint64 at)
+{
+    if (at >= quint64(l.end))
+        return std::nullopt;
+    const uchar marker = static_cast<uchar>(bytes.at(qsizetype(at)));
+    BinaryObject o{marker >> 4, quint64(marker & 0x0F), at + 1};
+    if (o.length == 0x0F) {
+        // The long form: an integer object with the count follows the marker.
+        if (o.start >= quint64(l.end))
+            return std::nullopt;
+        const uchar intMarker = static_cast<uchar>(bytes.at(qsizetype(o.start)));
+        const int intSize = 1 << (intMarker & 0x0F);
+        if ((intMarker >> 4) != 0x1 || intSize > 8 || o.start + 1 + quint64(intSize) > quint64(l.end))
+            return std::nullopt;
+        o.length = readBigEndian(bytes, qsizetype(o.start + 1), intSize);
+        o.start += 1 + quint64(intSize);
+    }
+    if (o.length > quint64(l.end))
+        return std::nullopt;
+    return o;
+}
+
+// libplist asserts (aborts the process) when a binary string or key holds a NUL character, and a damaged
+// preferences file or a foreign archive may well hold one. Such files are refused before libplist sees them.
+bool binaryHasNulInString(const QByteArray &bytes)
+{
+    const auto l = binaryLayout(bytes);
+    if (!l)
         return false;
-    const qsizetype t = size - kTrailer;
-    const int offsetSize = static_cast<uchar>(bytes.at(t + 6));
-    const quint64 count = readBigEndian(bytes, t + 8, 8);
-    const quint64 tableOffset = readBigEndian(bytes, t + 24, 8);
-    if (offsetSize < 1 || offsetSize > 8 || tableOffset >= quint64(size) || count > quint64(size)
-        || tableOffset + count * quint64(offsetSize) > quint64(t))
-        return false;
-    for (quint64 i = 0; i < count; ++i) {
-        const quint64 at = readBigEndian(bytes, qsizetype(tableOffset + i * quint64(offsetSize)), offsetSize);
-        if (at >= quint64(t))
+    for (quint64 i = 0; i < l->count; ++i) {
+        const auto o = binaryObject(bytes, *l, l->objectAt(bytes, i));
+        if (!o || (o->kind != 0x5 && o->kind != 0x6 && o->kind != 0x7))
             continue;
-        const uchar marker = static_cast<uchar>(bytes.at(qsizetype(at)));
-        const int kind = marker >> 4;
-        if (kind != 0x5 && kind != 0x6 && kind != 0x7)
+        const quint64 unit = o->kind == 0x6 ? 2 : 1;
+        if (o->start + o->length * unit > quint64(l->end))
             continue;
-        quint64 length = marker & 0x0F;
-        quint64 start = at + 1;
-        if (length == 0x0F) {
-            if (start >= quint64(t))
-                continue;
-            const uchar intMarker = static_cast<uchar>(bytes.at(qsizetype(start)));
-            const int intSize = 1 << (intMarker & 0x0F);
-            if ((intMarker >> 4) != 0x1 || intSize > 8 || start + 1 + quint64(intSize) > quint64(t))
-                continue;
-            length = readBigEndian(bytes, qsizetype(start + 1), intSize);
-            start += 1 + quint64(intSize);
-        }
-        const quint64 unit = kind == 0x6 ? 2 : 1;
-        if (length > quint64(t) || start + length * unit > quint64(t))
-            continue;
-        for (quint64 k = 0; k < length; ++k) {
-            const qsizetype p = qsizetype(start + k * unit);
+        for (quint64 k = 0; k < o->length; ++k) {
+            const qsizetype p = qsizetype(o->start + k * unit);
             if (bytes.at(p) == 0 && (unit == 1 || bytes.at(p + 1) == 0))
                 return true;
         }
@@ -426,56 +468,29 @@ bool binaryHasNulInString(const QByteArray &bytes)
 
 // libplist's binary reader takes time quadratic in the nesting (seconds for a 400 KB file 50,000 levels
 // deep), and the depth limit of the conversion only applies after it. Containers are followed here first,
-// without recursion, and a file nesting deeper than the limit is refused before libplist sees it. Damage of
-// any other kind is left to libplist.
+// without recursion, and a file nesting deeper than the limit is refused before libplist sees it.
 bool binaryNestsTooDeep(const QByteArray &bytes)
 {
-    constexpr qsizetype kTrailer = 32;
-    const qsizetype size = bytes.size();
-    if (size < 8 + kTrailer)
+    const auto l = binaryLayout(bytes);
+    if (!l || l->refSize < 1 || l->refSize > 8 || l->top >= l->count)
         return false;
-    const qsizetype t = size - kTrailer;
-    const int offsetSize = static_cast<uchar>(bytes.at(t + 6));
-    const int refSize = static_cast<uchar>(bytes.at(t + 7));
-    const quint64 count = readBigEndian(bytes, t + 8, 8);
-    const quint64 top = readBigEndian(bytes, t + 16, 8);
-    const quint64 tableOffset = readBigEndian(bytes, t + 24, 8);
-    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8 || count > quint64(size) || top >= count
-        || tableOffset >= quint64(size) || tableOffset + count * quint64(offsetSize) > quint64(t))
-        return false;
-    QList<bool> seen(qsizetype(count), false);
-    QList<QPair<quint64, int>> pending{{top, 0}}; // object, its depth
+    QList<bool> seen(qsizetype(l->count), false);
+    QList<QPair<quint64, int>> pending{{l->top, 0}}; // object, its depth
     while (!pending.isEmpty()) {
         const auto [object, depth] = pending.takeLast();
-        if (object >= count || seen.at(qsizetype(object)))
+        if (object >= l->count || seen.at(qsizetype(object)))
             continue;
         seen[qsizetype(object)] = true;
-        const quint64 at = readBigEndian(bytes, qsizetype(tableOffset + object * quint64(offsetSize)), offsetSize);
-        if (at >= quint64(t))
+        const auto o = binaryObject(bytes, *l, l->objectAt(bytes, object));
+        if (!o || (o->kind != 0xA && o->kind != 0xC && o->kind != 0xD))
             continue;
-        const uchar marker = static_cast<uchar>(bytes.at(qsizetype(at)));
-        const int kind = marker >> 4;
-        if (kind != 0xA && kind != 0xC && kind != 0xD)
-            continue;
-        quint64 length = marker & 0x0F;
-        quint64 start = at + 1;
-        if (length == 0x0F) {
-            if (start >= quint64(t))
-                continue;
-            const uchar intMarker = static_cast<uchar>(bytes.at(qsizetype(start)));
-            const int intSize = 1 << (intMarker & 0x0F);
-            if ((intMarker >> 4) != 0x1 || intSize > 8 || start + 1 + quint64(intSize) > quint64(t))
-                continue;
-            length = readBigEndian(bytes, qsizetype(start + 1), intSize);
-            start += 1 + quint64(intSize);
-        }
-        if (depth >= kMaxDepth && length > 0)
+        if (depth >= kMaxDepth && o->length > 0)
             return true; // its members would lie beyond the limit
-        const quint64 refs = kind == 0xD ? length * 2 : length;
-        if (length > quint64(t) || start + refs * quint64(refSize) > quint64(t))
+        const quint64 refs = o->kind == 0xD ? o->length * 2 : o->length;
+        if (o->start + refs * quint64(l->refSize) > quint64(l->end))
             continue;
         for (quint64 k = 0; k < refs; ++k)
-            pending.append({readBigEndian(bytes, qsizetype(start + k * quint64(refSize)), refSize), depth + 1});
+            pending.append({readBigEndian(bytes, qsizetype(o->start + k * quint64(l->refSize)), l->refSize), depth + 1});
     }
     return false;
 }

@@ -1,6 +1,7 @@
 #include "ControlService.h"
 
 #include "ControlNames.h"
+#include "SavedReply.h"
 #include "RecordJson.h"
 #include "control/Control1Adaptor.h"
 #include "ShareResolver.h"
@@ -383,19 +384,21 @@ void ControlService::replyWhenSaved(const QVariant &value)
     if (!calledFromDBus())
         return;
     setDelayedReply(true);
-    const QDBusMessage call = message();
-    const QDBusConnection bus = connection();
-    Defaults &defaults = m_engine.store().defaults();
-    defaults.whenSaved(defaults.generation(), this, [call, bus, value](const QString &error) {
-        QDBusConnection connection(bus);
-        if (!error.isEmpty())
-            connection.send(call.createErrorReply(ControlNames::kErrorNotSaved, kNotSaved.arg(error)));
-        else if (value.isValid())
-            connection.send(call.createReply(value));
-        else
-            connection.send(call.createReply());
-    });
+    SavedReply::send(m_engine.store().defaults(), this, message(), connection(), value);
 }
+
+template <typename T>
+std::function<void(const ControlService::Result<T> &)> ControlService::replyLater()
+{
+    if (!calledFromDBus())
+        return [](const Result<T> &) {};
+    setDelayedReply(true);
+    return [call = message(), bus = connection()](const Result<T> &r) {
+        QDBusConnection(bus).send(r.ok() ? call.createReply(QVariant::fromValue(r.value))
+                                         : call.createErrorReply(r.error.name, r.error.message));
+    };
+}
+template std::function<void(const ControlService::Result<QString> &)> ControlService::replyLater<QString>();
 
 QString ControlService::ListRecords()
 {
@@ -474,19 +477,7 @@ void ControlService::CleanUp(qlonglong id)
 bool ControlService::Verify(qlonglong id)
 {
     // Answered when the bounded check ends; the bus call waits for it.
-    const bool viaBus = calledFromDBus();
-    QDBusMessage call;
-    QDBusConnection bus{QString()};
-    if (viaBus) {
-        setDelayedReply(true);
-        call = message();
-        bus = connection();
-    }
-    verify(id, [viaBus, call, bus](const Result<bool> &r) {
-        if (!viaBus)
-            return;
-        QDBusConnection(bus).send(r.ok() ? call.createReply(r.value) : call.createErrorReply(r.error.name, r.error.message));
-    });
+    verify(id, replyLater<bool>());
     return false;
 }
 

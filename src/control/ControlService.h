@@ -64,9 +64,6 @@ public:
     static inline const QString kNothingToPause =
         QStringLiteral("Auto-mount can be paused only while at least one share is mounted");
     static inline const QString kNotAvailable = QStringLiteral("%1 is not available in this build");
-    static inline const QString kNotSaved =
-        QStringLiteral("Not saved: %1. The change is kept by the running engine and saved as soon as the disk "
-                       "accepts it");
 
     ControlService(MountEngine &engine, LogEventManager &eventLog, EnterpriseAuditLog &auditLog,
                    QObject *parent = nullptr);
@@ -145,6 +142,10 @@ private:
     // the preferences writer reports the change on disk, or becomes NotSaved with the reason. The main
     // thread does not wait meanwhile.
     void replyWhenSaved(const QVariant &value = QVariant());
+    // For a call answered later: over the bus the reply is held, and the function returned sends the result
+    // (its value or its error) once known; for an in-process call it does nothing.
+    template <typename T>
+    std::function<void(const Result<T> &)> replyLater();
 
     MountEngine &m_engine;
     LogEventManager &m_eventLog;

@@ -76,18 +76,7 @@ ControlService::Result<ControlService::Done> ControlService::trustCertificate(qi
 QString ControlService::ServerCertificate(qlonglong id)
 {
     // Answered when the bounded read ends; the bus call waits for it.
-    const bool viaBus = calledFromDBus();
-    QDBusMessage call;
-    QDBusConnection bus{QString()};
-    if (viaBus) {
-        setDelayedReply(true);
-        call = message();
-        bus = connection();
-    }
-    serverCertificate(id, [viaBus, call, bus](const Result<QString> &r) {
-        if (viaBus)
-            QDBusConnection(bus).send(r.ok() ? call.createReply(r.value) : call.createErrorReply(r.error.name, r.error.message));
-    });
+    serverCertificate(id, replyLater<QString>());
     return {};
 }
 

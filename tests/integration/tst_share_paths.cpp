@@ -60,7 +60,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("customFolder");
         const QString tag = QStringLiteral("tw-paths-%1").arg(::getpid());
         const QString dav = env("TW_DAV_DIR") + QStringLiteral("/public");
-        const QString smb = env("TW_SMB_SHARES_DIR") + QLatin1Char('/') + env("TW_SMB_GUEST_SHARE");
+        const QString smb = env("TW_SMB_SHARES_DIR") + QLatin1Char('/') + env("TW_SMB_PATHS_SHARE");
         for (const bool custom : {false, true}) {
             const QString where = custom ? QStringLiteral(" through a custom folder") : QString();
             QTest::newRow(qPrintable(QStringLiteral("WebDAV collection") + where))
@@ -69,7 +69,7 @@ private Q_SLOTS:
                 << int(MountUsingProtocol_Enum::WebDAV) << QStringLiteral("public/") + tag + QStringLiteral("/deeper")
                 << dav + QLatin1Char('/') + tag + QStringLiteral("/deeper") << custom;
             QTest::newRow(qPrintable(QStringLiteral("SMB folder inside the share") + where))
-                << int(MountUsingProtocol_Enum::SMB) << env("TW_SMB_GUEST_SHARE") + QLatin1Char('/') + tag
+                << int(MountUsingProtocol_Enum::SMB) << env("TW_SMB_PATHS_SHARE") + QLatin1Char('/') + tag
                 << smb + QLatin1Char('/') + tag << custom;
         }
     }

@@ -13,8 +13,8 @@ user=twsmbtest
 case "$action" in
 start)
   port=$(free_port)
-  mkdir -p "$dir"/{lock,state,cache,private,run,ncalrpc} "$stack/shares/public" "$stack/shares/secure"
-  chmod 0777 "$stack/shares/public" "$stack/shares/secure"
+  mkdir -p "$dir"/{lock,state,cache,private,run,ncalrpc} "$stack/shares/public" "$stack/shares/secure" "$stack/shares/paths"
+  chmod 0777 "$stack/shares/public" "$stack/shares/secure" "$stack/shares/paths"
   id "$user" >/dev/null 2>&1 || useradd -M -N -s /usr/sbin/nologin "$user"
   cat > "$dir/smb.conf" <<CONF
 [global]
@@ -50,6 +50,15 @@ start)
   create mask = 0666
   directory mask = 0777
 
+# A guest share of its own for the test of folders inside a share, which mounts and ejects it whole while
+# other tests use [public] in parallel.
+[paths]
+  path = $stack/shares/paths
+  guest ok = yes
+  read only = no
+  create mask = 0666
+  directory mask = 0777
+
 [secure]
   path = $stack/shares/secure
   valid users = $user
@@ -70,6 +79,7 @@ CONF
   export_var "$stack" TW_SMB_PORT "$port"
   export_var "$stack" TW_SMB_CONF "$dir/smb.conf"
   export_var "$stack" TW_SMB_GUEST_SHARE public
+  export_var "$stack" TW_SMB_PATHS_SHARE paths
   export_var "$stack" TW_SMB_USER_SHARE secure
   export_var "$stack" TW_SMB_USER "$user"
   export_var "$stack" TW_SMB_PASSWORD "$password"
