@@ -32,9 +32,9 @@ wait_for 20 dbus-send --session --print-reply --dest=io.tarnwell.Tarnwell /io/ta
 
 echo "=== guest listing"
 run_ctl 0 shares 127.0.0.1 --port "$TW_SMB_PORT"
-[ "$out" = $'public\npaths\nsecure' ] || fail "guest listing: $out"
+[ "$out" = $'public\npaths\nengine\nsecure' ] || fail "guest listing: $out"
 run_ctl 0 shares 127.0.0.1 --port "$TW_SMB_PORT" --json
-python3 -c 'import json,sys; s=json.loads(sys.argv[1]); assert [x["name"] for x in s]==["public","paths","secure"], s; assert all(x["serverHost"]=="127.0.0.1" and not x["isHidden"] for x in s)' "$out" \
+python3 -c 'import json,sys; s=json.loads(sys.argv[1]); assert [x["name"] for x in s]==["public","paths","engine","secure"], s; assert all(x["serverHost"]=="127.0.0.1" and not x["isHidden"] for x in s)' "$out" \
   || fail "json listing: $out"
 
 echo "=== password listing; the password never in smbclient's arguments"
@@ -45,7 +45,7 @@ printf '%s\n' "$TW_SMB_PASSWORD" >"$work/pw"
 watcher=$!
 ctl_input=$work/pw run_ctl 0 shares 127.0.0.1 --port "$TW_SMB_PORT" --user "$TW_SMB_USER" --password-stdin
 wait "$watcher" || true
-[ "$out" = $'public\npaths\nsecure' ] || fail "user listing: $out"
+[ "$out" = $'public\npaths\nengine\nsecure' ] || fail "user listing: $out"
 grep -qF -- "-A " "$work/cmdlines" || fail "smbclient was not seen with an authentication file"
 grep -qF -- "$TW_SMB_PASSWORD" "$work/cmdlines" && fail "the password appeared in a command line"
 grep -qF -- "$TW_SMB_PASSWORD" "$work/daemon.log" && fail "the password appeared in the engine's output"

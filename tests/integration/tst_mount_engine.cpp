@@ -26,11 +26,11 @@ private Q_SLOTS:
     void guestSmbMountWriteEject()
     {
         LinuxEngineHarness e;
-        const qint64 id = e.addShare(env("TW_SMB_HOST"), env("TW_SMB_GUEST_SHARE"), MountUsingProtocol_Enum::SMB, true,
+        const qint64 id = e.addShare(env("TW_SMB_HOST"), env("TW_SMB_ENGINE_SHARE"), MountUsingProtocol_Enum::SMB, true,
                                      env("TW_SMB_PORT").toInt());
-        // The stack is shared with the tests before this one: GVfs may still be finishing their unmount of the
-        // guest share. Start from an unmounted share, so the mount below is a fresh one.
-        const QString shareField = QStringLiteral("share=") + env("TW_SMB_GUEST_SHARE");
+        // A share of its own: tests running in parallel mount the stack's other guest share. Start from an
+        // unmounted share, so the mount below is a fresh one.
+        const QString shareField = QStringLiteral("share=") + env("TW_SMB_ENGINE_SHARE");
         const auto guestListed = [&e, &shareField] {
             for (const MountedVolume &v : e.table.mountedVolumes()) {
                 if (v.path.endsWith(shareField))
@@ -45,7 +45,7 @@ private Q_SLOTS:
         QVERIFY2(r.runtime_isMounted_Bool, qPrintable(r.runtime_status_String));
         QCOMPARE(r.runtime_status_String, QStringLiteral("Successfully mounted at ") + path);
         QVERIFY2(path.startsWith(LocalFileSystem::standardVolumesFolder() + QLatin1Char('/')), qPrintable(path));
-        QVERIFY(path.contains(QStringLiteral("share=") + env("TW_SMB_GUEST_SHARE")));
+        QVERIFY(path.contains(QStringLiteral("share=") + env("TW_SMB_ENGINE_SHARE")));
         QVERIFY(e.listed(path));
 
         const QString name = QStringLiteral("engine-%1.txt").arg(QCoreApplication::applicationPid());
@@ -54,7 +54,7 @@ private Q_SLOTS:
             QVERIFY(file.open(QIODevice::WriteOnly));
             file.write("through the engine");
         }
-        QFile server(env("TW_SMB_SHARES_DIR") + QLatin1Char('/') + env("TW_SMB_GUEST_SHARE") + QLatin1Char('/') + name);
+        QFile server(env("TW_SMB_SHARES_DIR") + QLatin1Char('/') + env("TW_SMB_ENGINE_SHARE") + QLatin1Char('/') + name);
         QTRY_VERIFY(server.exists());
         QVERIFY(server.open(QIODevice::ReadOnly));
         QCOMPARE(server.readAll(), QByteArray("through the engine"));

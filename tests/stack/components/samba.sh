@@ -13,8 +13,8 @@ user=twsmbtest
 case "$action" in
 start)
   port=$(free_port)
-  mkdir -p "$dir"/{lock,state,cache,private,run,ncalrpc} "$stack/shares/public" "$stack/shares/secure" "$stack/shares/paths"
-  chmod 0777 "$stack/shares/public" "$stack/shares/secure" "$stack/shares/paths"
+  mkdir -p "$dir"/{lock,state,cache,private,run,ncalrpc} "$stack/shares/public" "$stack/shares/secure" "$stack/shares/paths" "$stack/shares/engine"
+  chmod 0777 "$stack/shares/public" "$stack/shares/secure" "$stack/shares/paths" "$stack/shares/engine"
   id "$user" >/dev/null 2>&1 || useradd -M -N -s /usr/sbin/nologin "$user"
   cat > "$dir/smb.conf" <<CONF
 [global]
@@ -59,6 +59,14 @@ start)
   create mask = 0666
   directory mask = 0777
 
+# Likewise for the engine test that needs a share nobody else has mounted.
+[engine]
+  path = $stack/shares/engine
+  guest ok = yes
+  read only = no
+  create mask = 0666
+  directory mask = 0777
+
 [secure]
   path = $stack/shares/secure
   valid users = $user
@@ -80,6 +88,7 @@ CONF
   export_var "$stack" TW_SMB_CONF "$dir/smb.conf"
   export_var "$stack" TW_SMB_GUEST_SHARE public
   export_var "$stack" TW_SMB_PATHS_SHARE paths
+  export_var "$stack" TW_SMB_ENGINE_SHARE engine
   export_var "$stack" TW_SMB_USER_SHARE secure
   export_var "$stack" TW_SMB_USER "$user"
   export_var "$stack" TW_SMB_PASSWORD "$password"
