@@ -13,8 +13,14 @@ user=twsmbtest
 case "$action" in
 start)
   port=$(free_port)
-  mkdir -p "$dir"/{lock,state,cache,private,run,ncalrpc} "$stack/shares/public" "$stack/shares/secure" "$stack/shares/paths" "$stack/shares/engine"
-  chmod 0777 "$stack/shares/public" "$stack/shares/secure" "$stack/shares/paths" "$stack/shares/engine"
+  # Guest shares: [public] for most tests; [paths] and [engine] each for one test that mounts and ejects its
+  # share whole while other tests use [public] in parallel.
+  guest_shares=(public paths engine)
+  mkdir -p "$dir"/{lock,state,cache,private,run,ncalrpc}
+  for share in "${guest_shares[@]}" secure; do
+    mkdir -p "$stack/shares/$share"
+    chmod 0777 "$stack/shares/$share"
+  done
   id "$user" >/dev/null 2>&1 || useradd -M -N -s /usr/sbin/nologin "$user"
   cat > "$dir/smb.conf" <<CONF
 [global]
@@ -43,30 +49,12 @@ start)
   usershare path =
   registry shares = no
 
-[public]
-  path = $stack/shares/public
-  guest ok = yes
-  read only = no
-  create mask = 0666
-  directory mask = 0777
-
-# A guest share of its own for the test of folders inside a share, which mounts and ejects it whole while
-# other tests use [public] in parallel.
-[paths]
-  path = $stack/shares/paths
-  guest ok = yes
-  read only = no
-  create mask = 0666
-  directory mask = 0777
-
-# Likewise for the engine test that needs a share nobody else has mounted.
-[engine]
-  path = $stack/shares/engine
-  guest ok = yes
-  read only = no
-  create mask = 0666
-  directory mask = 0777
-
+CONF
+  for share in "${guest_shares[@]}"; do
+    printf '[%s]\n  path = %s\n  guest ok = yes\n  read only = no\n  create mask = 0666\n  directory mask = 0777\n\n' \
+      "$share" "$stack/shares/$share"
+  done >>"$dir/smb.conf"
+  cat >> "$dir/smb.conf" <<CONF
 [secure]
   path = $stack/shares/secure
   valid users = $user
