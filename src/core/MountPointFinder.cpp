@@ -195,8 +195,21 @@ QList<MountPointFinder::Candidate> MountPointFinder::scoreCandidates(const Volum
     QList<Candidate> candidates;
     const QDateTime current = now();
     const QString folder = volumesFolder();
+    // A folder named after another kind of mount, port or transport is another share's, however well its
+    // share and host match: with mounts made in parallel a fresh SMB share of the same name would otherwise
+    // win over this WebDAV share's own folder.
+    const QString urlText = record.mountURLText();
+    const std::optional<VolumeFolderName> own =
+        urlText.isEmpty() ? std::nullopt : m_service.parseVolumeFolderName(m_service.volumeFolderName(QUrl(urlText)));
+    const auto another = [&own](const std::optional<VolumeFolderName> &named) {
+        const auto differs = [](const QString &a, const QString &b) { return !a.isEmpty() && !b.isEmpty() && a != b; };
+        return own && named
+            && (differs(own->type, named->type) || differs(own->port, named->port) || differs(own->ssl, named->ssl));
+    };
     for (const QString &name : entries) {
         if (protectedNames().contains(name) || name.startsWith(QLatin1Char('.')))
+            continue;
+        if (another(m_service.parseVolumeFolderName(name)))
             continue;
         const QString path = folder + QLatin1Char('/') + name;
         int score = nameScore(name, record.volume_String, record.hostname_String, true);

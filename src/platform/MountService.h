@@ -63,6 +63,10 @@ struct VolumeFolderName
 {
     QString share; // the share (SMB) or path prefix (WebDAV) without slashes
     QString host;
+    // What tells two mounts of one server apart; empty where the name does not say.
+    QString type; // the kind of mount ("smb-share", "dav")
+    QString port;
+    QString ssl;
 };
 
 // The platform's network file-system mount call. Blocking: called on a mount worker thread, never on the

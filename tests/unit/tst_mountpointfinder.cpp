@@ -163,6 +163,35 @@ private Q_SLOTS:
         QCOMPARE(r.finder.discoverMountPoint(docs), gvfsPath(QStringLiteral("docs-a")));
     }
 
+    void otherMountsOfTheServer_data()
+    {
+        QTest::addColumn<int>("protocol");
+        QTest::addColumn<int>("port");
+        QTest::addColumn<QString>("chosen");
+        // Fresh folders of parallel mounts on one server, all naming the share "public"; the first listed wins a tie.
+        QTest::newRow("webdav beside an smb share of that name")
+            << int(MountUsingProtocol_Enum::WebDAV) << 8080 << "dav:host=127.0.0.1,port=8080,ssl=false,prefix=%2Fpublic";
+        QTest::newRow("secure webdav") << int(MountUsingProtocol_Enum::WebDAVS) << 8080
+                                       << "dav:host=127.0.0.1,port=8080,ssl=true,prefix=%2Fpublic";
+        QTest::newRow("webdav on another port") << int(MountUsingProtocol_Enum::WebDAV) << 8081
+                                                << "dav:host=127.0.0.1,port=8081,ssl=false,prefix=%2Fpublic";
+        QTest::newRow("smb") << int(MountUsingProtocol_Enum::SMB) << 1445 << "smb-share:port=1445,server=127.0.0.1,share=public";
+    }
+    void otherMountsOfTheServer()
+    {
+        QFETCH(int, protocol);
+        QFETCH(int, port);
+        Rig<ScriptedFileSystem> r;
+        for (const char *name :
+             {"smb-share:port=1445,server=127.0.0.1,share=public", "dav:host=127.0.0.1,port=8080,ssl=true,prefix=%2Fpublic",
+              "dav:host=127.0.0.1,port=8081,ssl=false,prefix=%2Fpublic", "dav:host=127.0.0.1,port=8080,ssl=false,prefix=%2Fpublic"})
+            r.fs.entries.append({QString::fromLatin1(name), kNow.addSecs(-5)});
+        VolumeRecord record = smbRecord(QStringLiteral("127.0.0.1"), QStringLiteral("public"));
+        record.mounting_using_protocol_Enum = MountUsingProtocol_Enum(protocol);
+        record.port_Int = port;
+        QTEST(r.finder.discoverMountPoint(record).value_or(QString()).section(QLatin1Char('/'), -1), "chosen");
+    }
+
     void fallbacks()
     {
         Rig<ScriptedFileSystem> r;

@@ -90,7 +90,7 @@ std::optional<VolumeFolderName> FakeMountService::parseVolumeFolderName(const QS
     const std::optional<GvfsNames::ShareAndHost> parsed = GvfsNames::shareAndHost(name);
     if (!parsed)
         return std::nullopt;
-    return VolumeFolderName{parsed->share, parsed->host};
+    return VolumeFolderName{parsed->share, parsed->host, parsed->type, parsed->port, parsed->ssl};
 }
 
 QList<MountRequest> FakeMountService::mountCalls() const

@@ -518,5 +518,5 @@ std::optional<VolumeFolderName> GvfsMountService::parseVolumeFolderName(const QS
     const std::optional<GvfsNames::ShareAndHost> parsed = GvfsNames::shareAndHost(name);
     if (!parsed)
         return std::nullopt;
-    return VolumeFolderName{parsed->share, parsed->host};
+    return VolumeFolderName{parsed->share, parsed->host, parsed->type, parsed->port, parsed->ssl};
 }

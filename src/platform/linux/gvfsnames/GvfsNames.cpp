@@ -100,6 +100,9 @@ std::optional<ShareAndHost> shareAndHost(const QString &name)
                                                             : trimmedOf(fields.value(QStringLiteral("prefix")), QLatin1Char('/'));
     result.host = fields.contains(QStringLiteral("server")) ? fields.value(QStringLiteral("server"))
                                                             : fields.value(QStringLiteral("host"));
+    result.type = name.left(name.indexOf(QLatin1Char(':')));
+    result.port = fields.value(QStringLiteral("port"));
+    result.ssl = fields.value(QStringLiteral("ssl"));
     return result;
 }
 

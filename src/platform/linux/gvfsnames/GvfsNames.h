@@ -20,11 +20,15 @@ QString folderName(const QUrl &url);
 QHash<QString, QString> specFields(const QString &name);
 
 // The share ("share", else "prefix" without its slashes) and host ("server", else "host") a mount-spec
-// folder name stands for; nullopt for other names.
+// folder name stands for, with what tells mounts of one server apart (the mount type, "port", "ssl");
+// nullopt for other names.
 struct ShareAndHost
 {
     QString share;
     QString host;
+    QString type;
+    QString port;
+    QString ssl;
 };
 std::optional<ShareAndHost> shareAndHost(const QString &name);
 
