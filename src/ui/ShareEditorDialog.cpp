@@ -120,7 +120,9 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
     m_port->setToolTip(portHelp());
     form->addRow(tr("Port:"), m_port);
     form->addRow(QString(), errorLabel(QStringLiteral("port")));
+    // The fingerprint above its buttons: side by side they would widen the whole column.
     form->addRow(tr("Certificate:"), certificateRow());
+    form->addRow(QString(), m_certificate);
 
     m_share = addLine(QStringLiteral("share"));
     m_share->setToolTip(shareNameHelp());
@@ -315,49 +317,51 @@ QWidget *ShareEditorDialog::pathRow(QLineEdit *edit, bool folder)
     return row;
 }
 
-QWidget *ShareEditorDialog::certificateRow()
+QLabel *ShareEditorDialog::certificateRow()
 {
-    m_certificate = new QWidget;
-    m_certificate->setObjectName(QStringLiteral("certificate"));
-    auto *layout = new QHBoxLayout(m_certificate);
-    layout->setContentsMargins(0, 0, 0, 0);
     m_certificateText = new QLabel;
     m_certificateText->setObjectName(QStringLiteral("certificateText"));
-    layout->addWidget(m_certificateText, 1);
+    m_certificate = new QWidget;
+    m_certificate->setObjectName(QStringLiteral("certificate"));
+    auto *buttons = new QHBoxLayout(m_certificate);
+    buttons->setContentsMargins(0, 0, 0, 0);
     m_trustCertificate = new QPushButton(tr("Trust Certificate…"));
     m_trustCertificate->setObjectName(QStringLiteral("trustCertificate"));
     m_trustCertificate->setToolTip(tr("Reads the certificate the server presents and asks whether this share "
                                       "trusts it (for a self-signed certificate, or one the system does not know)."));
-    layout->addWidget(m_trustCertificate);
+    buttons->addWidget(m_trustCertificate);
     m_forgetCertificate = new QPushButton(tr("Forget"));
     m_forgetCertificate->setObjectName(QStringLiteral("forgetCertificate"));
     m_forgetCertificate->setToolTip(tr("Trust no server certificate of its own for this share any more."));
-    layout->addWidget(m_forgetCertificate);
+    buttons->addWidget(m_forgetCertificate);
+    buttons->addStretch();
     connect(m_trustCertificate, &QPushButton::clicked, this, &ShareEditorDialog::readCertificate);
     connect(m_forgetCertificate, &QPushButton::clicked, this, [this] {
         m_trustedCertificate.clear();
         updateCertificateRow();
     });
-    return m_certificate;
+    return m_certificateText;
 }
 
 void ShareEditorDialog::updateCertificateRow()
 {
     const VolumeRecord r = recordFromFields();
     const bool secure = r.mounting_using_protocol_Enum == MountUsingProtocol_Enum::WebDAVS;
-    if (auto *form = qobject_cast<QFormLayout *>(m_certificate->parentWidget()->layout()))
+    if (auto *form = qobject_cast<QFormLayout *>(m_certificate->parentWidget()->layout())) {
+        form->setRowVisible(m_certificateText, secure);
         form->setRowVisible(m_certificate, secure);
+    }
     const bool reading = m_certificateRead != 0;
     m_trustCertificate->setText(reading ? tr("Reading…") : tr("Trust Certificate…"));
     m_trustCertificate->setEnabled(!reading && !r.hostname_String.isEmpty());
     m_forgetCertificate->setVisible(!m_trustedCertificate.isEmpty());
     m_forgetCertificate->setEnabled(!reading);
     if (m_trustedCertificate.isEmpty()) {
-        m_certificateText->setText(tr("As the system trusts"));
+        m_certificateText->setText(tr("Only those the system trusts"));
         m_certificateText->setToolTip(tr("Only certificates from authorities the system trusts are accepted."));
     } else {
         const QString grouped = CertificateFingerprint::grouped(m_trustedCertificate);
-        m_certificateText->setText(tr("SHA-256 %1…").arg(grouped.left(11)));
+        m_certificateText->setText(tr("Trusted: %1…").arg(grouped.left(17)));
         m_certificateText->setToolTip(tr("Trusted certificate, SHA-256:\n%1")
                                           .arg(CertificateFingerprint::grouped(m_trustedCertificate, 16)));
     }

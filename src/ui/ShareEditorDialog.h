@@ -62,7 +62,7 @@ private:
     void updateEnabled();
     void loadPassword();
     QWidget *pathRow(QLineEdit *edit, bool folder);
-    QWidget *certificateRow();
+    QLabel *certificateRow(); // the fingerprint; its buttons are m_certificate, the row below
     void updateCertificateRow();
     void readCertificate();
     void offerCertificate(const QString &server, const CertificateRead &read);
