@@ -73,9 +73,9 @@ private:
     bool m_readOnly = false;
     bool m_passwordEdited = false;
     qint64 m_savedId = 0;
-    QString m_trustedCertificate;  // the fingerprint the record will trust when saved
-    quint64 m_certificateRead = 0; // the read whose answer is awaited; 0 (or another) means none
-    quint64 m_certificateReads = 0;
+    QString m_trustedCertificate;   // the fingerprint the record will trust when saved
+    quint64 m_certificateRead = 0;  // the read whose answer is awaited (0: none; any other answer is stale)
+    quint64 m_certificateReads = 0; // numbers the reads
 
     QLineEdit *m_nickname = nullptr;
     QComboBox *m_protocol = nullptr;

@@ -60,13 +60,10 @@ private Q_SLOTS:
         });
         ShareEditorDialog editor(h.context(), *h.engine->record(id));
         auto *button = editor.findChild<QPushButton *>(press);
-        const bool secure = protocol == int(MountUsingProtocol_Enum::WebDAVS);
-        QCOMPARE(button->isVisibleTo(&editor), secure);
-        if (!secure) {
-            auto *protocols = editor.findChild<QComboBox *>(QStringLiteral("protocol"));
-            protocols->setCurrentIndex(protocols->findData(int(MountUsingProtocol_Enum::WebDAVS)));
-            QVERIFY(button->isVisibleTo(&editor));
-        }
+        QCOMPARE(button->isVisibleTo(&editor), protocol == int(MountUsingProtocol_Enum::WebDAVS));
+        auto *protocols = editor.findChild<QComboBox *>(QStringLiteral("protocol"));
+        protocols->setCurrentIndex(protocols->findData(int(MountUsingProtocol_Enum::WebDAVS)));
+        QVERIFY(button->isVisibleTo(&editor)); // follows the protocol
         editor.findChild<QLineEdit *>(QStringLiteral("host"))->setText(QStringLiteral("127.0.0.2"));
         editor.findChild<QLineEdit *>(QStringLiteral("port"))->setText(QStringLiteral("8443"));
         h.answer = answer;
