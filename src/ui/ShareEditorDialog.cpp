@@ -394,12 +394,14 @@ void ShareEditorDialog::offerCertificate(const QString &server, const Certificat
     const std::optional<QString> fingerprint =
         read.certificate ? CertificateFingerprint::normalise(read.certificate->sha256) : std::nullopt;
     if (!fingerprint) {
-        Prompter::instance().inform(this, title, tr("The certificate of %1 could not be read: %2").arg(server, read.error));
+        Prompter::instance().inform(this, title,
+                                    tr("The certificate of %1 could not be read: %2").arg(server, read.error));
         return;
     }
     const QString sha256 = *fingerprint;
     if (sha256 == m_trustedCertificate) {
-        Prompter::instance().inform(this, title, tr("This share already trusts the certificate %1 presents.").arg(server));
+        Prompter::instance().inform(this, title,
+                                    tr("This share already trusts the certificate %1 presents.").arg(server));
         return;
     }
     const QString text = tr("%1 presents this certificate:\n\nSHA-256:\n%2\n\nSubject: %3\n\nCompare the fingerprint "

@@ -2156,7 +2156,7 @@ Der Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.</translati
     </message>
     <message>
         <location filename="../ShareEditorDialog.cpp" line="151" />
-        <location filename="../ShareEditorDialog.cpp" line="481" />
+        <location filename="../ShareEditorDialog.cpp" line="483" />
         <source>Stored in the keyring</source>
         <translation>Im Schlüsselbund gespeichert</translation>
     </message>
@@ -2329,17 +2329,17 @@ Der Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.</translati
         <translation>Zertifikat vertrauen</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="397" />
+        <location filename="../ShareEditorDialog.cpp" line="398" />
         <source>The certificate of %1 could not be read: %2</source>
         <translation>Das Zertifikat von %1 konnte nicht gelesen werden: %2</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="402" />
+        <location filename="../ShareEditorDialog.cpp" line="404" />
         <source>This share already trusts the certificate %1 presents.</source>
         <translation>Diese Freigabe vertraut dem Zertifikat, das %1 vorlegt, bereits.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="405" />
+        <location filename="../ShareEditorDialog.cpp" line="407" />
         <source>%1 presents this certificate:
 
 SHA-256:
@@ -2358,62 +2358,62 @@ Inhaber: %3
 Vergleichen Sie den Fingerabdruck mit dem, den Ihnen die Verwaltung des Servers nennt. Diesem Zertifikat für diese Freigabe vertrauen?</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="409" />
+        <location filename="../ShareEditorDialog.cpp" line="411" />
         <source>Trust</source>
         <translation>Vertrauen</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="445" />
+        <location filename="../ShareEditorDialog.cpp" line="447" />
         <source>(enter a server)</source>
         <translation>(Server eingeben)</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="471" />
+        <location filename="../ShareEditorDialog.cpp" line="473" />
         <source>Loading…</source>
         <translation>Wird geladen…</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="532" />
+        <location filename="../ShareEditorDialog.cpp" line="534" />
         <source>Enter the server's name or address.</source>
         <translation>Geben Sie den Namen oder die Adresse des Servers ein.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="534" />
+        <location filename="../ShareEditorDialog.cpp" line="536" />
         <source>A server name has no spaces or slashes; enter the share name below.</source>
         <translation>Ein Servername enthält keine Leerzeichen oder Schrägstriche; den Freigabenamen unten eingeben.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="543" />
+        <location filename="../ShareEditorDialog.cpp" line="545" />
         <source>A port is a number from 1 to 65535, or empty for the protocol's default.</source>
         <translation>Ein Port ist eine Zahl von 1 bis 65535, oder leer für den Standard des Protokolls.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="553" />
+        <location filename="../ShareEditorDialog.cpp" line="555" />
         <source>Enter the share name. %1</source>
         <translation>Geben Sie den Freigabenamen ein. %1</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="557" />
+        <location filename="../ShareEditorDialog.cpp" line="559" />
         <source>Enter a user name, or choose guest login.</source>
         <translation>Geben Sie einen Benutzernamen ein oder wählen Sie den Gastzugang.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="564" />
+        <location filename="../ShareEditorDialog.cpp" line="566" />
         <source>Choose a full folder path (beginning with /).</source>
         <translation>Wählen Sie einen vollständigen Ordnerpfad (beginnend mit /).</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="572" />
+        <location filename="../ShareEditorDialog.cpp" line="574" />
         <source>A scheduled mount needs at least one day.</source>
         <translation>Ein geplantes Verbinden braucht mindestens einen Tag.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="576" />
+        <location filename="../ShareEditorDialog.cpp" line="578" />
         <source>Enter six hexadecimal pairs, e.g. 00:11:22:33:44:55.</source>
         <translation>Geben Sie sechs Hexadezimalpaare ein, z. B. 00:11:22:33:44:55.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="582" />
+        <location filename="../ShareEditorDialog.cpp" line="584" />
         <source>Choose a script by its full path.</source>
         <translation>Wählen Sie ein Skript mit vollständigem Pfad.</translation>
     </message>
