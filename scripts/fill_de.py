@@ -291,8 +291,23 @@ DE.update({
 # Certificate trust.
 DE.update({
  'UNTRUSTED CERTIFICATE': 'NICHT VERTRAUTES ZERTIFIKAT',
- "The server's certificate is not one this share trusts. Compare its fingerprint with the server's, then trust it with: tarnwellctl trust SHARE":
-   'Dem Zertifikat des Servers vertraut diese Freigabe nicht. Vergleichen Sie seinen Fingerabdruck mit dem des Servers und vertrauen Sie ihm dann mit: tarnwellctl trust FREIGABE',
+ "The server's certificate is not one this share trusts. Edit the share and choose Trust Certificate… to compare its fingerprint with the server's and trust it (or run: tarnwellctl trust SHARE).":
+   'Dem Zertifikat des Servers vertraut diese Freigabe nicht. Bearbeiten Sie die Freigabe und wählen Sie „Zertifikat vertrauen…“, um seinen Fingerabdruck mit dem des Servers zu vergleichen und ihm zu vertrauen (oder führen Sie aus: tarnwellctl trust FREIGABE).',
+ 'Certificate:': 'Zertifikat:', 'Trust Certificate…': 'Zertifikat vertrauen…', 'Trust Certificate': 'Zertifikat vertrauen',
+ 'Forget': 'Vergessen', 'Reading…': 'Wird gelesen…', 'Trust': 'Vertrauen', 'Trusted: %1…': 'Vertraut: %1…',
+ 'Reads the certificate the server presents and asks whether this share trusts it (for a self-signed certificate, or one the system does not know).':
+   'Liest das Zertifikat, das der Server vorlegt, und fragt, ob diese Freigabe ihm vertraut (für ein selbst signiertes Zertifikat oder eines, das das System nicht kennt).',
+ 'Trust no server certificate of its own for this share any more.':
+   'Dieser Freigabe kein eigenes Serverzertifikat mehr vertrauen.',
+ 'Only those the system trusts': 'Nur solche, denen das System vertraut',
+ 'Only certificates from authorities the system trusts are accepted.':
+   'Nur Zertifikate von Stellen, denen das System vertraut, werden angenommen.',
+ 'Trusted certificate, SHA-256:\n%1': 'Vertrautes Zertifikat, SHA-256:\n%1',
+ 'The certificate of %1 could not be read: %2': 'Das Zertifikat von %1 konnte nicht gelesen werden: %2',
+ 'This share already trusts the certificate %1 presents.':
+   'Diese Freigabe vertraut dem Zertifikat, das %1 vorlegt, bereits.',
+ "%1 presents this certificate:\n\nSHA-256:\n%2\n\nSubject: %3\n\nCompare the fingerprint with the one the server's administrator gives you. Trust this certificate for this share?":
+   '%1 legt dieses Zertifikat vor:\n\nSHA-256:\n%2\n\nInhaber: %3\n\nVergleichen Sie den Fingerabdruck mit dem, den Ihnen die Verwaltung des Servers nennt. Diesem Zertifikat für diese Freigabe vertrauen?',
 })
 PLURAL = {'%n share(s) configured.': ['%n Freigabe eingerichtet.', '%n Freigaben eingerichtet.']}
 

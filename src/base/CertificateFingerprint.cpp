@@ -24,4 +24,16 @@ QString invalidText(const QString &field)
     return QStringLiteral("%1 must be a SHA-256 fingerprint: 64 hexadecimal digits").arg(field);
 }
 
+QString grouped(const QString &sha256, int pairsPerLine)
+{
+    const QString digits = sha256.toUpper();
+    QString text;
+    for (int i = 0; i < digits.size(); i += 2) {
+        if (i > 0)
+            text += pairsPerLine > 0 && (i / 2) % pairsPerLine == 0 ? QStringLiteral(":\n") : QStringLiteral(":");
+        text += QStringView(digits).mid(i, 2);
+    }
+    return text;
+}
+
 } // namespace CertificateFingerprint

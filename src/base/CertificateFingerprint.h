@@ -19,4 +19,8 @@ std::optional<QString> normalise(const QString &text);
 // The sentence for the user when `text` is not a fingerprint.
 QString invalidText(const QString &field);
 
+// `sha256` as people compare it: upper-case pairs joined by ':', a line break after every `pairsPerLine`
+// pairs (0: one line).
+QString grouped(const QString &sha256, int pairsPerLine = 0);
+
 } // namespace CertificateFingerprint

@@ -47,16 +47,24 @@ int port(const VolumeRecord &record)
 
 void MountEngine::readServerCertificate(qint64 id, std::function<void(CertificateRead)> done)
 {
-    const VolumeRecord *live = record(id);
+    if (const VolumeRecord *live = record(id)) {
+        readServerCertificate(*live, std::move(done));
+        return;
+    }
+    const QString why = QStringLiteral("no share with ID %1").arg(id);
+    QMetaObject::invokeMethod(this, [done, why] { done({std::nullopt, why}); }, Qt::QueuedConnection);
+}
+
+void MountEngine::readServerCertificate(const VolumeRecord &share, std::function<void(CertificateRead)> done)
+{
     CertificateReader *reader = m_deps.certificates;
-    if (!live || !reader) {
-        const QString why = live ? QStringLiteral("this build cannot read server certificates")
-                                 : QStringLiteral("no share with ID %1").arg(id);
+    if (!reader) {
+        const QString why = QStringLiteral("this build cannot read server certificates");
         QMetaObject::invokeMethod(this, [done, why] { done({std::nullopt, why}); }, Qt::QueuedConnection);
         return;
     }
-    const QString host = CertificateTrust::host(*live);
-    const int port = CertificateTrust::port(*live);
+    const QString host = CertificateTrust::host(share);
+    const int port = CertificateTrust::port(share);
     // The destructor waits for the pool, so `this` outlives the worker.
     m_ioPool.start([this, reader, host, port, done] {
         const CertificateRead read = reader->read(host, port);

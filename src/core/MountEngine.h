@@ -192,6 +192,8 @@ public:
     // worker, for the user to decide whether to trust it. `done` follows on the main thread (never inside
     // this call); an unknown ID or a build without a certificate reader gives an error.
     void readServerCertificate(qint64 id, std::function<void(CertificateRead)> done);
+    // The same for a record as being edited (not necessarily stored yet: its host and port as typed).
+    void readServerCertificate(const VolumeRecord &share, std::function<void(CertificateRead)> done);
     static constexpr std::chrono::milliseconds kVerifyBound{3000};
     static inline const QString kVerifiedStatus = QStringLiteral("Verified — connected at %1");
     static inline const QString kLostStatus = QStringLiteral("Connection lost — mount point not found");

@@ -233,8 +233,9 @@ QString DashboardWindow::explanation(qint64 id) const
     case Kind::HostUnresolved:
         return tr("The server's name could not be resolved. Check the name, or use its address.");
     case Kind::CertificateUntrusted:
-        return tr("The server's certificate is not one this share trusts. Compare its fingerprint with the "
-                  "server's, then trust it with: tarnwellctl trust SHARE");
+        return tr("The server's certificate is not one this share trusts. Edit the share and choose Trust "
+                  "Certificate… to compare its fingerprint with the server's and trust it (or run: tarnwellctl "
+                  "trust SHARE).");
     case Kind::Error:
         return tr("The last attempt failed; see the Logs tab for details.");
     case Kind::Resolved:

@@ -1,5 +1,7 @@
 #include "ShareEditorDialog.h"
 
+#include "base/CertificateFingerprint.h"
+#include "core/CertificateTrust.h"
 #include "core/RecordRules.h"
 #include "core/CredentialStore.h"
 #include "core/MountEngine.h"
@@ -118,6 +120,9 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
     m_port->setToolTip(portHelp());
     form->addRow(tr("Port:"), m_port);
     form->addRow(QString(), errorLabel(QStringLiteral("port")));
+    // The fingerprint above its buttons: side by side they would widen the whole column.
+    form->addRow(tr("Certificate:"), certificateRow());
+    form->addRow(QString(), m_certificate);
 
     m_share = addLine(QStringLiteral("share"));
     m_share->setToolTip(shareNameHelp());
@@ -240,15 +245,24 @@ ShareEditorDialog::ShareEditorDialog(const UiContext &context, std::optional<Vol
     m_postScript->setText(r.postMountScriptPath_String);
     m_preScript->setText(r.preUnmountScriptPath_String);
     m_group->setText(r.group_String);
+    m_trustedCertificate = r.trustedCertificateSHA256;
 
     for (QLineEdit *edit : {m_host, m_port, m_share})
         connect(edit, &QLineEdit::textChanged, this, &ShareEditorDialog::updatePreview);
     connect(m_protocol, &QComboBox::currentIndexChanged, this, &ShareEditorDialog::updatePreview);
+    const auto serverChanged = [this] {
+        m_certificateRead = 0; // an answer about a server no longer typed is not offered
+        updateCertificateRow();
+    };
+    for (QLineEdit *edit : {m_host, m_port})
+        connect(edit, &QLineEdit::textChanged, this, serverChanged);
+    connect(m_protocol, &QComboBox::currentIndexChanged, this, serverChanged);
     connect(m_password, &QLineEdit::textEdited, this, [this] { m_passwordEdited = true; });
     for (QCheckBox *box : {m_guest, m_customFolder, m_schedule})
         connect(box, &QCheckBox::toggled, this, &ShareEditorDialog::updateEnabled);
     updatePreview();
     updateEnabled();
+    updateCertificateRow();
 
     if (m_readOnly) {
         content->setEnabled(false);
@@ -301,6 +315,105 @@ QWidget *ShareEditorDialog::pathRow(QLineEdit *edit, bool folder)
         dialog->open();
     });
     return row;
+}
+
+QLabel *ShareEditorDialog::certificateRow()
+{
+    m_certificateText = new QLabel;
+    m_certificateText->setObjectName(QStringLiteral("certificateText"));
+    m_certificate = new QWidget;
+    m_certificate->setObjectName(QStringLiteral("certificate"));
+    auto *buttons = new QHBoxLayout(m_certificate);
+    buttons->setContentsMargins(0, 0, 0, 0);
+    m_trustCertificate = new QPushButton(tr("Trust Certificate…"));
+    m_trustCertificate->setObjectName(QStringLiteral("trustCertificate"));
+    m_trustCertificate->setToolTip(tr("Reads the certificate the server presents and asks whether this share "
+                                      "trusts it (for a self-signed certificate, or one the system does not know)."));
+    buttons->addWidget(m_trustCertificate);
+    m_forgetCertificate = new QPushButton(tr("Forget"));
+    m_forgetCertificate->setObjectName(QStringLiteral("forgetCertificate"));
+    m_forgetCertificate->setToolTip(tr("Trust no server certificate of its own for this share any more."));
+    buttons->addWidget(m_forgetCertificate);
+    buttons->addStretch();
+    connect(m_trustCertificate, &QPushButton::clicked, this, &ShareEditorDialog::readCertificate);
+    connect(m_forgetCertificate, &QPushButton::clicked, this, [this] {
+        m_trustedCertificate.clear();
+        updateCertificateRow();
+    });
+    return m_certificateText;
+}
+
+void ShareEditorDialog::updateCertificateRow()
+{
+    const VolumeRecord r = recordFromFields();
+    const bool secure = r.mounting_using_protocol_Enum == MountUsingProtocol_Enum::WebDAVS;
+    if (auto *form = qobject_cast<QFormLayout *>(m_certificate->parentWidget()->layout())) {
+        form->setRowVisible(m_certificateText, secure);
+        form->setRowVisible(m_certificate, secure);
+    }
+    const bool reading = m_certificateRead != 0;
+    m_trustCertificate->setText(reading ? tr("Reading…") : tr("Trust Certificate…"));
+    m_trustCertificate->setEnabled(!reading && !r.hostname_String.isEmpty());
+    m_forgetCertificate->setVisible(!m_trustedCertificate.isEmpty());
+    m_forgetCertificate->setEnabled(!reading);
+    if (m_trustedCertificate.isEmpty()) {
+        m_certificateText->setText(tr("Only those the system trusts"));
+        m_certificateText->setToolTip(tr("Only certificates from authorities the system trusts are accepted."));
+    } else {
+        const QString grouped = CertificateFingerprint::grouped(m_trustedCertificate);
+        m_certificateText->setText(tr("Trusted: %1…").arg(grouped.left(17)));
+        m_certificateText->setToolTip(tr("Trusted certificate, SHA-256:\n%1")
+                                          .arg(CertificateFingerprint::grouped(m_trustedCertificate, 16)));
+    }
+}
+
+void ShareEditorDialog::readCertificate()
+{
+    const VolumeRecord r = recordFromFields();
+    QString host = CertificateTrust::host(r);
+    if (host.contains(QLatin1Char(':')))
+        host = QLatin1Char('[') + host + QLatin1Char(']');
+    const QString server = host + QLatin1Char(':') + QString::number(CertificateTrust::port(r));
+    const quint64 read = ++m_certificateReads;
+    m_certificateRead = read;
+    updateCertificateRow();
+    QPointer<ShareEditorDialog> self(this);
+    m_context.engine->readServerCertificate(r, [self, read, server](const CertificateRead &answer) {
+        // Closed, or the server fields changed while the worker read: the answer is stale.
+        if (!self || self->m_certificateRead != read)
+            return;
+        self->m_certificateRead = 0;
+        self->updateCertificateRow();
+        self->offerCertificate(server, answer);
+    });
+}
+
+void ShareEditorDialog::offerCertificate(const QString &server, const CertificateRead &read)
+{
+    const QString title = tr("Trust Certificate");
+    const std::optional<QString> fingerprint =
+        read.certificate ? CertificateFingerprint::normalise(read.certificate->sha256) : std::nullopt;
+    if (!fingerprint) {
+        Prompter::instance().inform(this, title,
+                                    tr("The certificate of %1 could not be read: %2").arg(server, read.error));
+        return;
+    }
+    const QString sha256 = *fingerprint;
+    if (sha256 == m_trustedCertificate) {
+        Prompter::instance().inform(this, title,
+                                    tr("This share already trusts the certificate %1 presents.").arg(server));
+        return;
+    }
+    const QString text = tr("%1 presents this certificate:\n\nSHA-256:\n%2\n\nSubject: %3\n\nCompare the fingerprint "
+                            "with the one the server's administrator gives you. Trust this certificate for this share?")
+                             .arg(server, CertificateFingerprint::grouped(sha256, 16), read.certificate->subject);
+    QPointer<ShareEditorDialog> self(this);
+    Prompter::instance().confirm(this, title, text, tr("Trust"), [self, sha256](bool yes) {
+        if (!self || !yes)
+            return;
+        self->m_trustedCertificate = sha256;
+        self->updateCertificateRow();
+    });
 }
 
 void ShareEditorDialog::setError(const QString &field, const QString &text)
@@ -407,6 +520,7 @@ VolumeRecord ShareEditorDialog::recordFromFields() const
     r.postMountScriptPath_String = m_postScript->text().trimmed();
     r.preUnmountScriptPath_String = m_preScript->text().trimmed();
     r.group_String = m_group->text().trimmed();
+    r.trustedCertificateSHA256 = m_trustedCertificate;
     if (m_passwordEdited && !m_guest->isChecked())
         CredentialStore::setPassword(r, m_password->text());
     return r;
@@ -500,4 +614,10 @@ void ShareEditorDialog::accept()
     else if (m_context.engine->updateRecord(record))
         m_savedId = record.internal_ID_Int;
     QDialog::accept();
+}
+
+void ShareEditorDialog::done(int result)
+{
+    m_certificateRead = 0; // an answer arriving after the dialog closed is not offered
+    QDialog::done(result);
 }

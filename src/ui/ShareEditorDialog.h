@@ -11,13 +11,19 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
 class QTimeEdit;
+struct CertificateRead;
 
 // The editor of one share: every stored field of VolumeRecord, the mount URL it will produce, the help texts,
 // and the password (through the credential store: loaded on a worker when the dialog opens, written back by
 // the engine on save, never kept in the record's stored form). Invalid input is shown next to its field and
 // nothing is saved until every field is valid. A managed (locked) share opens read-only under the
 // "IT-Managed Share" banner.
+//
+// A secure WebDAV share can trust its server's own certificate: "Trust Certificate…" reads the certificate
+// of the server as typed (on an engine worker), shows its fingerprint and subject and, once confirmed, the
+// fingerprint goes with the record when it is saved; "Forget" drops it the same way.
 //
 // Saving goes through the engine: addRecord for a new share, updateRecord for an existing one.
 // Thread: main thread.
@@ -46,6 +52,7 @@ public:
     qint64 savedId() const { return m_savedId; }
 
     void accept() override;
+    void done(int result) override;
 
 private:
     QLineEdit *addLine(const QString &objectName);
@@ -55,6 +62,10 @@ private:
     void updateEnabled();
     void loadPassword();
     QWidget *pathRow(QLineEdit *edit, bool folder);
+    QLabel *certificateRow(); // the fingerprint; its buttons are m_certificate, the row below
+    void updateCertificateRow();
+    void readCertificate();
+    void offerCertificate(const QString &server, const CertificateRead &read);
 
     UiContext m_context;
     VolumeRecord m_original;
@@ -62,6 +73,9 @@ private:
     bool m_readOnly = false;
     bool m_passwordEdited = false;
     qint64 m_savedId = 0;
+    QString m_trustedCertificate;   // the fingerprint the record will trust when saved
+    quint64 m_certificateRead = 0;  // the read whose answer is awaited (0: none; any other answer is stale)
+    quint64 m_certificateReads = 0; // numbers the reads
 
     QLineEdit *m_nickname = nullptr;
     QComboBox *m_protocol = nullptr;
@@ -84,5 +98,9 @@ private:
     QLineEdit *m_postScript = nullptr;
     QLineEdit *m_preScript = nullptr;
     QLineEdit *m_group = nullptr;
+    QWidget *m_certificate = nullptr;
+    QLabel *m_certificateText = nullptr;
+    QPushButton *m_trustCertificate = nullptr;
+    QPushButton *m_forgetCertificate = nullptr;
     QHash<QString, QLabel *> m_errors;
 };

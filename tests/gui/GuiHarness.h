@@ -11,8 +11,9 @@
 
 struct GuiHarness : EngineHarness
 {
-    GuiHarness()
-        : EngineHarness(ConsoleMode::Capture)
+    // `adjustPorts` may replace fakes before the engine is built (a certificate reader).
+    explicit GuiHarness(const std::function<void(PlatformPorts &)> &adjustPorts = {})
+        : EngineHarness(ConsoleMode::Capture, defaultOptions(), adjustPorts)
     {
         Prompter &prompter = Prompter::instance();
         prompter.confirm = [this](QWidget *, const QString &title, const QString &text, const QString &,

@@ -205,6 +205,12 @@ void TestScreenshots::everyWindow()
     save(&managed, QStringLiteral("share-editor-managed"));
     managed.hide();
 
+    VolumeRecord secure = h.engine->store().records().at(2);
+    secure.trustedCertificateSHA256 = QStringLiteral("3f9a0c7e5b12d48a").repeated(4);
+    ShareEditorDialog trusted(h.context(), secure);
+    save(&trusted, QStringLiteral("share-editor-certificate"));
+    trusted.hide();
+
     LogManagerWindow logs(h.eventLog, &h.center);
     save(&logs, QStringLiteral("log-manager"));
     logs.hide();

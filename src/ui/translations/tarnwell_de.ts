@@ -305,7 +305,7 @@
     </message>
     <message>
         <location filename="../DashboardWindow.cpp" line="65" />
-        <location filename="../DashboardWindow.cpp" line="353" />
+        <location filename="../DashboardWindow.cpp" line="354" />
         <source>Delete</source>
         <translation>Löschen</translation>
     </message>
@@ -456,11 +456,6 @@
         <translation>Der Server verweigert den Zugriff. Prüfen Sie die Rechte des Kontos auf dieser Freigabe.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="236" />
-        <source>The server's certificate is not one this share trusts. Compare its fingerprint with the server's, then trust it with: tarnwellctl trust SHARE</source>
-        <translation>Dem Zertifikat des Servers vertraut diese Freigabe nicht. Vergleichen Sie seinen Fingerabdruck mit dem des Servers und vertrauen Sie ihm dann mit: tarnwellctl trust FREIGABE</translation>
-    </message>
-    <message>
         <location filename="../DashboardWindow.cpp" line="228" />
         <source>User name or password incorrect. Edit the share to correct them.</source>
         <translation>Benutzername oder Passwort falsch. Bearbeiten Sie die Freigabe, um sie zu korrigieren.</translation>
@@ -481,37 +476,42 @@
         <translation>Der Servername konnte nicht aufgelöst werden. Prüfen Sie den Namen oder verwenden Sie die Adresse.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="239" />
+        <location filename="../DashboardWindow.cpp" line="236" />
+        <source>The server's certificate is not one this share trusts. Edit the share and choose Trust Certificate… to compare its fingerprint with the server's and trust it (or run: tarnwellctl trust SHARE).</source>
+        <translation>Dem Zertifikat des Servers vertraut diese Freigabe nicht. Bearbeiten Sie die Freigabe und wählen Sie „Zertifikat vertrauen…“, um seinen Fingerabdruck mit dem des Servers zu vergleichen und ihm zu vertrauen (oder führen Sie aus: tarnwellctl trust FREIGABE).</translation>
+    </message>
+    <message>
+        <location filename="../DashboardWindow.cpp" line="240" />
         <source>The last attempt failed; see the Logs tab for details.</source>
         <translation>Der letzte Versuch ist fehlgeschlagen; Details im Tab „Protokolle“.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="308" />
+        <location filename="../DashboardWindow.cpp" line="309" />
         <source>Share added.</source>
         <translation>Freigabe hinzugefügt.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="334" />
+        <location filename="../DashboardWindow.cpp" line="335" />
         <source>Share duplicated.</source>
         <translation>Freigabe dupliziert.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="350" />
+        <location filename="../DashboardWindow.cpp" line="351" />
         <source>Delete Share?</source>
         <translation>Freigabe löschen?</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="351" />
+        <location filename="../DashboardWindow.cpp" line="352" />
         <source>"%1" will be removed from Tarnwell. This action cannot be undone.</source>
         <translation>„%1“ wird aus Tarnwell entfernt. Dies kann nicht rückgängig gemacht werden.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="360" />
+        <location filename="../DashboardWindow.cpp" line="361" />
         <source>Share deleted.</source>
         <translation>Freigabe gelöscht.</translation>
     </message>
     <message>
-        <location filename="../DashboardWindow.cpp" line="373" />
+        <location filename="../DashboardWindow.cpp" line="374" />
         <source>Auto-mount can be paused only while at least one share is mounted</source>
         <translation>Auto-Mount kann nur pausiert werden, solange mindestens eine Freigabe verbunden ist</translation>
     </message>
@@ -2014,7 +2014,7 @@ Legen Sie ein Set an und fügen Sie dann seine Freigaben hinzu.</translation>
 <context>
     <name>ShareEditorDialog</name>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="31" />
+        <location filename="../ShareEditorDialog.cpp" line="33" />
         <source>Network port number. Leave empty for defaults:
 • SMB: 445
 • AFP: 548
@@ -2033,295 +2033,387 @@ Only change if your server uses a non-standard port.</source>
 Nur ändern, wenn Ihr Server einen anderen Port verwendet.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="37" />
+        <location filename="../ShareEditorDialog.cpp" line="39" />
         <source>This is the URL Tarnwell will mount. Select the text to copy it.
 A Share Name of RAW becomes /RAW on the server; leave it blank for /.</source>
         <translation>Diese URL verbindet Tarnwell. Markieren Sie den Text, um ihn zu kopieren.
 Der Freigabename RAW wird zu /RAW auf dem Server; leer lassen für /.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="43" />
+        <location filename="../ShareEditorDialog.cpp" line="45" />
         <source>For WebDAV, leave Share Name blank to mount the server root.</source>
         <translation>Bei WebDAV den Freigabenamen leer lassen, um das Stammverzeichnis des Servers zu verbinden.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="72" />
+        <location filename="../ShareEditorDialog.cpp" line="74" />
         <source>Add Share</source>
         <translation>Freigabe hinzufügen</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="72" />
+        <location filename="../ShareEditorDialog.cpp" line="74" />
         <source>Edit Share</source>
         <translation>Freigabe bearbeiten</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="80" />
+        <location filename="../ShareEditorDialog.cpp" line="82" />
         <source>IT-Managed Share</source>
         <translation>Von der IT verwaltete Freigabe</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="81" />
+        <location filename="../ShareEditorDialog.cpp" line="83" />
         <source>This share is managed by %1. Settings cannot be modified.</source>
         <translation>Diese Freigabe wird von %1 verwaltet. Die Einstellungen können nicht geändert werden.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="94" />
+        <location filename="../ShareEditorDialog.cpp" line="96" />
         <source>Connection</source>
         <translation>Verbindung</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="97" />
+        <location filename="../ShareEditorDialog.cpp" line="99" />
         <source>Optional display name</source>
         <translation>Optionaler Anzeigename</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="98" />
+        <location filename="../ShareEditorDialog.cpp" line="100" />
         <source>Name:</source>
         <translation>Name:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="103" />
+        <location filename="../ShareEditorDialog.cpp" line="105" />
         <source>SMB</source>
         <translation>SMB</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="104" />
+        <location filename="../ShareEditorDialog.cpp" line="106" />
         <source>AFP</source>
         <translation>AFP</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="105" />
+        <location filename="../ShareEditorDialog.cpp" line="107" />
         <source>NFS</source>
         <translation>NFS</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="106" />
+        <location filename="../ShareEditorDialog.cpp" line="108" />
         <source>WebDAV</source>
         <translation>WebDAV</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="107" />
+        <location filename="../ShareEditorDialog.cpp" line="109" />
         <source>WebDAV Secure</source>
         <translation>WebDAV Secure</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="108" />
+        <location filename="../ShareEditorDialog.cpp" line="110" />
         <source>Protocol:</source>
         <translation>Protokoll:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="111" />
+        <location filename="../ShareEditorDialog.cpp" line="113" />
         <source>Server name or address</source>
         <translation>Servername oder Adresse</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="113" />
+        <location filename="../ShareEditorDialog.cpp" line="115" />
         <source>Server:</source>
         <translation>Server:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="117" />
+        <location filename="../ShareEditorDialog.cpp" line="119" />
         <source>Default</source>
         <translation>Standard</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="119" />
+        <location filename="../ShareEditorDialog.cpp" line="121" />
         <source>Port:</source>
         <translation>Port:</translation>
     </message>
     <message>
         <location filename="../ShareEditorDialog.cpp" line="124" />
+        <source>Certificate:</source>
+        <translation>Zertifikat:</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="129" />
         <source>Share Name:</source>
         <translation>Freigabename:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="132" />
+        <location filename="../ShareEditorDialog.cpp" line="137" />
         <source>Mount URL:</source>
         <translation>Verbindungs-URL:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="138" />
+        <location filename="../ShareEditorDialog.cpp" line="143" />
         <source>Guest login (no password)</source>
         <translation>Gastzugang (ohne Passwort)</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="142" />
+        <location filename="../ShareEditorDialog.cpp" line="147" />
         <source>User:</source>
         <translation>Benutzer:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="146" />
-        <location filename="../ShareEditorDialog.cpp" line="370" />
+        <location filename="../ShareEditorDialog.cpp" line="151" />
+        <location filename="../ShareEditorDialog.cpp" line="483" />
         <source>Stored in the keyring</source>
         <translation>Im Schlüsselbund gespeichert</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="146" />
+        <location filename="../ShareEditorDialog.cpp" line="151" />
         <source>No keyring available</source>
         <translation>Kein Schlüsselbund verfügbar</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="147" />
+        <location filename="../ShareEditorDialog.cpp" line="152" />
         <source>Password:</source>
         <translation>Passwort:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="150" />
+        <location filename="../ShareEditorDialog.cpp" line="155" />
         <source>e.g., Work, Media</source>
         <translation>z. B. Arbeit, Medien</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="151" />
+        <location filename="../ShareEditorDialog.cpp" line="156" />
         <source>Group:</source>
         <translation>Gruppe:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="156" />
+        <location filename="../ShareEditorDialog.cpp" line="161" />
         <source>Mounting and automation</source>
         <translation>Verbinden und Automatik</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="158" />
+        <location filename="../ShareEditorDialog.cpp" line="163" />
         <source>Mount at a custom folder</source>
         <translation>In einem eigenen Ordner verbinden</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="162" />
+        <location filename="../ShareEditorDialog.cpp" line="167" />
         <source>Folder:</source>
         <translation>Ordner:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="165" />
+        <location filename="../ShareEditorDialog.cpp" line="170" />
         <source>Auto-mount (keep mounted)</source>
         <translation>Auto-Mount (verbunden halten)</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="168" />
+        <location filename="../ShareEditorDialog.cpp" line="173" />
         <source>Scheduled mount</source>
         <translation>Geplantes Verbinden</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="179" />
+        <location filename="../ShareEditorDialog.cpp" line="184" />
         <source>until</source>
         <translation>bis</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="182" />
+        <location filename="../ShareEditorDialog.cpp" line="187" />
         <source>Mount from:</source>
         <translation>Verbinden von:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="194" />
+        <location filename="../ShareEditorDialog.cpp" line="199" />
         <source>Days:</source>
         <translation>Tage:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="197" />
+        <location filename="../ShareEditorDialog.cpp" line="202" />
         <source>Any network</source>
         <translation>Jedes Netz</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="198" />
+        <location filename="../ShareEditorDialog.cpp" line="203" />
         <source>Comma-separated Wi-Fi network names the share may mount on. Empty: any network.</source>
         <translation>Kommagetrennte WLAN-Namen, in denen die Freigabe verbunden werden darf. Leer: jedes Netz.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="199" />
+        <location filename="../ShareEditorDialog.cpp" line="204" />
         <source>Allowed Wi-Fi:</source>
         <translation>Erlaubtes WLAN:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="202" />
+        <location filename="../ShareEditorDialog.cpp" line="207" />
         <source>e.g. 00:11:22:33:44:55</source>
         <translation>z. B. 00:11:22:33:44:55</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="203" />
+        <location filename="../ShareEditorDialog.cpp" line="208" />
         <source>Hardware address of the server, woken with a Wake-on-LAN packet before mounting.</source>
         <translation>Hardware-Adresse des Servers; er wird vor dem Verbinden per Wake-on-LAN geweckt.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="204" />
+        <location filename="../ShareEditorDialog.cpp" line="209" />
         <source>Wake-on-LAN:</source>
         <translation>Wake-on-LAN:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="207" />
+        <location filename="../ShareEditorDialog.cpp" line="212" />
         <source>After mount:</source>
         <translation>Nach dem Verbinden:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="210" />
+        <location filename="../ShareEditorDialog.cpp" line="215" />
         <source>Before eject:</source>
         <translation>Vor dem Auswerfen:</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="288" />
+        <location filename="../ShareEditorDialog.cpp" line="302" />
         <source>Choose…</source>
         <translation>Auswählen…</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="293" />
+        <location filename="../ShareEditorDialog.cpp" line="307" />
         <source>Choose Mount Folder</source>
         <translation>Ordner zum Verbinden wählen</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="293" />
+        <location filename="../ShareEditorDialog.cpp" line="307" />
         <source>Choose Script</source>
         <translation>Skript wählen</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="334" />
+        <location filename="../ShareEditorDialog.cpp" line="328" />
+        <location filename="../ShareEditorDialog.cpp" line="355" />
+        <source>Trust Certificate…</source>
+        <translation>Zertifikat vertrauen…</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="330" />
+        <source>Reads the certificate the server presents and asks whether this share trusts it (for a self-signed certificate, or one the system does not know).</source>
+        <translation>Liest das Zertifikat, das der Server vorlegt, und fragt, ob diese Freigabe ihm vertraut (für ein selbst signiertes Zertifikat oder eines, das das System nicht kennt).</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="333" />
+        <source>Forget</source>
+        <translation>Vergessen</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="335" />
+        <source>Trust no server certificate of its own for this share any more.</source>
+        <translation>Dieser Freigabe kein eigenes Serverzertifikat mehr vertrauen.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="355" />
+        <source>Reading…</source>
+        <translation>Wird gelesen…</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="360" />
+        <source>Only those the system trusts</source>
+        <translation>Nur solche, denen das System vertraut</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="361" />
+        <source>Only certificates from authorities the system trusts are accepted.</source>
+        <translation>Nur Zertifikate von Stellen, denen das System vertraut, werden angenommen.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="364" />
+        <source>Trusted: %1…</source>
+        <translation>Vertraut: %1…</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="365" />
+        <source>Trusted certificate, SHA-256:
+%1</source>
+        <translation>Vertrautes Zertifikat, SHA-256:
+%1</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="393" />
+        <source>Trust Certificate</source>
+        <translation>Zertifikat vertrauen</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="398" />
+        <source>The certificate of %1 could not be read: %2</source>
+        <translation>Das Zertifikat von %1 konnte nicht gelesen werden: %2</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="404" />
+        <source>This share already trusts the certificate %1 presents.</source>
+        <translation>Diese Freigabe vertraut dem Zertifikat, das %1 vorlegt, bereits.</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="407" />
+        <source>%1 presents this certificate:
+
+SHA-256:
+%2
+
+Subject: %3
+
+Compare the fingerprint with the one the server's administrator gives you. Trust this certificate for this share?</source>
+        <translation>%1 legt dieses Zertifikat vor:
+
+SHA-256:
+%2
+
+Inhaber: %3
+
+Vergleichen Sie den Fingerabdruck mit dem, den Ihnen die Verwaltung des Servers nennt. Diesem Zertifikat für diese Freigabe vertrauen?</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="411" />
+        <source>Trust</source>
+        <translation>Vertrauen</translation>
+    </message>
+    <message>
+        <location filename="../ShareEditorDialog.cpp" line="447" />
         <source>(enter a server)</source>
         <translation>(Server eingeben)</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="360" />
+        <location filename="../ShareEditorDialog.cpp" line="473" />
         <source>Loading…</source>
         <translation>Wird geladen…</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="420" />
+        <location filename="../ShareEditorDialog.cpp" line="534" />
         <source>Enter the server's name or address.</source>
         <translation>Geben Sie den Namen oder die Adresse des Servers ein.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="422" />
+        <location filename="../ShareEditorDialog.cpp" line="536" />
         <source>A server name has no spaces or slashes; enter the share name below.</source>
         <translation>Ein Servername enthält keine Leerzeichen oder Schrägstriche; den Freigabenamen unten eingeben.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="431" />
+        <location filename="../ShareEditorDialog.cpp" line="545" />
         <source>A port is a number from 1 to 65535, or empty for the protocol's default.</source>
         <translation>Ein Port ist eine Zahl von 1 bis 65535, oder leer für den Standard des Protokolls.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="441" />
+        <location filename="../ShareEditorDialog.cpp" line="555" />
         <source>Enter the share name. %1</source>
         <translation>Geben Sie den Freigabenamen ein. %1</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="445" />
+        <location filename="../ShareEditorDialog.cpp" line="559" />
         <source>Enter a user name, or choose guest login.</source>
         <translation>Geben Sie einen Benutzernamen ein oder wählen Sie den Gastzugang.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="452" />
+        <location filename="../ShareEditorDialog.cpp" line="566" />
         <source>Choose a full folder path (beginning with /).</source>
         <translation>Wählen Sie einen vollständigen Ordnerpfad (beginnend mit /).</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="460" />
+        <location filename="../ShareEditorDialog.cpp" line="574" />
         <source>A scheduled mount needs at least one day.</source>
         <translation>Ein geplantes Verbinden braucht mindestens einen Tag.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="464" />
+        <location filename="../ShareEditorDialog.cpp" line="578" />
         <source>Enter six hexadecimal pairs, e.g. 00:11:22:33:44:55.</source>
         <translation>Geben Sie sechs Hexadezimalpaare ein, z. B. 00:11:22:33:44:55.</translation>
     </message>
     <message>
-        <location filename="../ShareEditorDialog.cpp" line="470" />
+        <location filename="../ShareEditorDialog.cpp" line="584" />
         <source>Choose a script by its full path.</source>
         <translation>Wählen Sie ein Skript mit vollständigem Pfad.</translation>
     </message>
