@@ -2,12 +2,7 @@
 
 #include "ControlClient.h"
 #include "DateArgument.h"
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QTemporaryDir>
-
+#include "ExportFile.h"
 
 int AuditCommand::run(const QStringList &arguments)
 {
@@ -46,30 +41,13 @@ int AuditCommand::run(const QStringList &arguments)
         bounds[i] = DateArgument::toWire(*date);
     }
 
-    // The engine writes the export to a file (a large log never travels as one bus message): the file the
-    // user named, or a private temporary one that is printed and removed.
-    const bool toStdout = !parser.isSet(output);
-    QTemporaryDir scratch(QDir::tempPath() + QStringLiteral("/tarnwellctl-XXXXXX"));
-    if (toStdout && !scratch.isValid()) {
-        Cli::err(QStringLiteral("Cannot create a temporary folder: %1").arg(scratch.errorString()));
+    ExportFile file(parser.value(output), QStringLiteral("audit.") + kind);
+    if (!file.ready())
         return kExitFailure;
-    }
-    const QString path = toStdout ? scratch.filePath(QStringLiteral("audit.") + kind)
-                                  : QFileInfo(parser.value(output)).absoluteFilePath();
     ControlClient client;
     ControlClient::Failure failure;
-    const auto count = client.wait(client.control().ExportAuditToFile(kind, bounds[0], bounds[1], path), &failure);
+    const auto count = client.wait(client.control().ExportAuditToFile(kind, bounds[0], bounds[1], file.path()), &failure);
     if (!count)
         return failure.report();
-    if (toStdout) {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly)) {
-            Cli::err(QStringLiteral("Cannot read the export: %1").arg(file.errorString()));
-            return kExitFailure;
-        }
-        Cli::out(QString::fromUtf8(file.readAll()));
-        return kExitOk;
-    }
-    Cli::err(QStringLiteral("Wrote %1 audit entries to %2").arg(*count).arg(Cli::printable(path)));
-    return kExitOk;
+    return file.finish(*count, QStringLiteral("audit entries"));
 }

@@ -2,8 +2,8 @@
 
 #include "Command.h"
 
-// tarnwellctl log [--limit N] [--follow] [--json]: the newest entries of the event log, oldest first;
-// --follow keeps printing new ones until interrupted.
+// tarnwellctl log [--limit N] [--follow] [--json] [--output FILE]: the newest entries of the event log,
+// oldest first; --follow keeps printing new ones until interrupted; --output writes them to FILE as JSON.
 class LogCommand : public Command
 {
 public:

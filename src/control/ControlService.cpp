@@ -290,14 +290,19 @@ ControlService::Result<ControlService::Done> ControlService::resume()
     return {};
 }
 
-ControlService::Result<QString> ControlService::eventLog(int limit) const
+QJsonArray ControlService::eventArray(int limit) const
 {
     QJsonArray array;
     const QList<LogEvent> &events = m_eventLog.events();
     const qsizetype count = limit > 0 ? qMin<qsizetype>(limit, events.size()) : events.size();
     for (qsizetype i = 0; i < count; ++i)
         array.append(RecordJson::eventToJson(events.at(i)));
-    return {QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Indented)), {}};
+    return array;
+}
+
+ControlService::Result<QString> ControlService::eventLog(int limit) const
+{
+    return {QString::fromUtf8(QJsonDocument(eventArray(limit)).toJson(QJsonDocument::Indented)), {}};
 }
 
 ControlService::Result<QString> ControlService::exportAudit(const QString &format, const QString &since,
@@ -323,20 +328,45 @@ ControlService::Result<QString> ControlService::exportAudit(const QString &forma
                           QStringLiteral("Unknown audit export format '%1' (use csv or json)").arg(format))};
 }
 
-ControlService::Result<int> ControlService::exportAuditToFile(const QString &format, const QString &since,
-                                                              const QString &until, const QString &path) const
+void ControlService::writeExport(const QString &path, const std::function<Result<ExportText>()> &make,
+                                 std::function<void(Result<int>)> done)
 {
-    if (!QDir::isAbsolutePath(path))
-        return {0, makeError(ControlNames::kErrorInvalidArgument, QStringLiteral("The export path must be absolute: '%1'").arg(path))};
-    const Result<QString> text = exportAudit(format, since, until);
-    if (!text.ok())
-        return {0, text.error};
-    bool ok = true;
-    const int count = int(m_auditLog.filtered(parseBound(since, &ok), parseBound(until, &ok)).size());
-    const DurableFile::Result written = DurableFile::write(path, text.value.toUtf8(), 0600, /*createFolder=*/false);
-    if (!written.ok)
-        return {0, makeError(ControlNames::kErrorFailed, QStringLiteral("Cannot write %1: %2").arg(path, written.error))};
-    return {count, {}};
+    if (!QDir::isAbsolutePath(path)) {
+        done({0, makeError(ControlNames::kErrorInvalidArgument, QStringLiteral("The export path must be absolute: '%1'").arg(path))});
+        return;
+    }
+    const Result<ExportText> made = make();
+    if (!made.ok()) {
+        done({0, made.error});
+        return;
+    }
+    m_exportPool.start([this, path, bytes = made.value.text.toUtf8(), entries = made.value.entries, done] {
+        const DurableFile::Result written = DurableFile::write(path, bytes, 0600, /*createFolder=*/false);
+        const Result<int> result = written.ok ? Result<int>{entries, {}}
+                                              : Result<int>{0, makeError(ControlNames::kErrorFailed,
+                                                                         QStringLiteral("Cannot write %1: %2").arg(path, written.error))};
+        QMetaObject::invokeMethod(this, [done, result] { done(result); }, Qt::QueuedConnection);
+    });
+}
+
+void ControlService::exportAuditToFile(const QString &format, const QString &since, const QString &until,
+                                       const QString &path, std::function<void(Result<int>)> done)
+{
+    writeExport(path, [&]() -> Result<ExportText> {
+        const Result<QString> text = exportAudit(format, since, until);
+        if (!text.ok())
+            return {{}, text.error};
+        bool ok = true;
+        return {{text.value, int(m_auditLog.filtered(parseBound(since, &ok), parseBound(until, &ok)).size())}, {}};
+    }, std::move(done));
+}
+
+void ControlService::exportEventLogToFile(int limit, const QString &path, std::function<void(Result<int>)> done)
+{
+    writeExport(path, [&]() -> Result<ExportText> {
+        const QJsonArray events = eventArray(limit);
+        return {{QString::fromUtf8(QJsonDocument(events).toJson(QJsonDocument::Indented)), int(events.size())}, {}};
+    }, std::move(done));
 }
 
 ControlService::Result<ControlService::Done> ControlService::handleUrl(const QString &url)
@@ -491,13 +521,6 @@ void ControlService::Resume()
     reply(resume().error);
 }
 
-QString ControlService::EventLog(int limit)
-{
-    const auto r = eventLog(limit);
-    reply(r.error);
-    return r.value;
-}
-
 QString ControlService::ExportAudit(const QString &format, const QString &since, const QString &until)
 {
     const auto r = exportAudit(format, since, until);
@@ -508,9 +531,15 @@ QString ControlService::ExportAudit(const QString &format, const QString &since,
 int ControlService::ExportAuditToFile(const QString &format, const QString &since, const QString &until,
                                       const QString &path)
 {
-    const auto r = exportAuditToFile(format, since, until, path);
-    reply(r.error);
-    return r.value;
+    // Answered once the file is written; the bus call waits for it.
+    exportAuditToFile(format, since, until, path, replyLater<int>());
+    return 0;
+}
+
+int ControlService::ExportEventLogToFile(int limit, const QString &path)
+{
+    exportEventLogToFile(limit, path, replyLater<int>());
+    return 0;
 }
 
 void ControlService::HandleUrl(const QString &url)

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QDBusContext>
+#include <QJsonArray>
 #include <QObject>
 #include <QString>
+#include <QThreadPool>
 #include <QTimer>
 
 #include <functional>
@@ -104,11 +106,15 @@ public:
     Result<Done> trustCertificate(qint64 id, const QString &sha256);
     Result<Done> pause();
     Result<Done> resume();
+    // JSON array, newest first; limit 0 = everything.
     Result<QString> eventLog(int limit) const;
     Result<QString> exportAudit(const QString &format, const QString &since, const QString &until) const;
-    // The export written to `path` (absolute) through DurableFile, mode 0600; the number of entries.
-    Result<int> exportAuditToFile(const QString &format, const QString &since, const QString &until,
-                                  const QString &path) const;
+    // Exports written by the engine to `path` (absolute) through DurableFile, mode 0600, on a worker (the
+    // folder may be a slow or network one); `done` follows on the main thread with the number of entries
+    // written (errors of the arguments at once).
+    void exportAuditToFile(const QString &format, const QString &since, const QString &until, const QString &path,
+                           std::function<void(Result<int>)> done);
+    void exportEventLogToFile(int limit, const QString &path, std::function<void(Result<int>)> done);
     Result<Done> handleUrl(const QString &url);
 
     // --- Called by the adaptor (the interface's method names) ---
@@ -128,12 +134,22 @@ public:
     void TrustCertificate(qlonglong id, const QString &sha256);
     void Pause();
     void Resume();
-    QString EventLog(int limit);
     QString ExportAudit(const QString &format, const QString &since, const QString &until);
     int ExportAuditToFile(const QString &format, const QString &since, const QString &until, const QString &path);
+    int ExportEventLogToFile(int limit, const QString &path);
     void HandleUrl(const QString &url);
 
 private:
+    struct ExportText
+    {
+        QString text;
+        int entries = 0;
+    };
+    // The one path of every export to a file: the path checked, `make` run on the main thread (the logs are
+    // its), the file written on m_exportPool.
+    void writeExport(const QString &path, const std::function<Result<ExportText>()> &make,
+                     std::function<void(Result<int>)> done);
+    QJsonArray eventArray(int limit) const;
     const VolumeRecord *findRecord(qint64 id, Error *error) const;
     QString statusOf(qint64 id) const;
     // Sends the error as the D-Bus reply when the call came over the bus.
@@ -158,4 +174,7 @@ private:
     // signal per burst is enough for clients that re-read the list.
     QTimer m_recordsChangedDelay;
     QTimer m_eventLogChangedDelay;
+    // Declared last: destroyed first, it waits for the exports being written, whose results come back
+    // queued to this object.
+    QThreadPool m_exportPool;
 };

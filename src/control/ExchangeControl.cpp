@@ -159,11 +159,15 @@ QString ExchangeControl::importConfigurationFile(const QString &path, const QStr
         return {};
     }
     const auto result = m_configuration.importConfigurationFile(path, *mode);
-    if (!result.ok()) {
+    // A store that failed to save holds the import in memory all the same: the reply says so.
+    const bool unsaved = result.error.kind == ErrorKind::SaveFailed;
+    if (!result.ok() && !unsaved) {
         failWith(int(result.error.kind), result.error.text());
         return {};
     }
-    return json(resultJson(result.value));
+    const QString text = json(resultJson(result.value));
+    replyWhenSaved(text, unsaved ? result.error.text() : QString());
+    return text;
 }
 
 QString ExchangeControl::ImportConfiguration(const QString &path, const QString &mode)
@@ -182,12 +186,12 @@ void ExchangeControl::ExportCsv(const QString &path)
         failWith(int(result.error.kind), result.error.text());
 }
 
-void ExchangeControl::replyWhenSaved(const QVariant &value)
+void ExchangeControl::replyWhenSaved(const QVariant &value, const QString &alsoNotSaved)
 {
     if (!calledFromDBus())
         return;
     setDelayedReply(true);
-    SavedReply::send(m_configuration.engine().store().defaults(), this, message(), connection(), value);
+    SavedReply::send(m_configuration.engine().store().defaults(), this, message(), connection(), value, alsoNotSaved);
 }
 
 ExchangeControl::LaterReply ExchangeControl::replyLater()
@@ -198,14 +202,15 @@ ExchangeControl::LaterReply ExchangeControl::replyLater()
         setDelayedReply(true);
         later.call = message();
         later.bus = connection();
+        later.context = this;
     }
     return later;
 }
 
-void ExchangeControl::LaterReply::reply(const QString &text) const
+void ExchangeControl::LaterReply::replyWhenSaved(const QString &text, const QString &alsoNotSaved) const
 {
-    if (viaBus)
-        QDBusConnection(bus).send(call.createReply(text));
+    if (viaBus && context)
+        SavedReply::send(context->m_configuration.engine().store().defaults(), context, call, bus, text, alsoNotSaved);
 }
 
 void ExchangeControl::LaterReply::error(const QString &name, const QString &text) const
@@ -220,7 +225,8 @@ QString ExchangeControl::ImportCsv(const QString &path)
         return {};
     const LaterReply later = replyLater();
     m_configuration.importCsvFile(path, [later](const ConfigurationManager::CsvOutcome &o) {
-        if (o.error.isError() && o.imported == 0) {
+        const bool unsaved = o.error.kind == ErrorKind::SaveFailed;
+        if (o.error.isError() && !unsaved) {
             later.error(errorName(o.error.kind), o.error.text());
             return;
         }
@@ -232,7 +238,7 @@ QString ExchangeControl::ImportCsv(const QString &path)
                                 {QStringLiteral("title"), o.title()},
                                 {QStringLiteral("summary"), o.summary()},
                                 {QStringLiteral("error"), o.error.text()}};
-        later.reply(json(reply));
+        later.replyWhenSaved(json(reply), unsaved ? o.error.text() : QString());
     });
     return {};
 }
@@ -261,7 +267,7 @@ QString ExchangeControl::ImportLegacy(const QString &path)
                                 {QStringLiteral("passwordsMoved"), s.passwordsMoved},
                                 {QStringLiteral("passwordsFailed"), s.passwordsFailed},
                                 {QStringLiteral("summary"), s.text()}};
-        later.reply(json(reply));
+        later.replyWhenSaved(json(reply));
     });
     return {};
 }

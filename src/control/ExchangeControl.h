@@ -4,6 +4,7 @@
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QUuid>
 
@@ -16,9 +17,11 @@ struct ShareSet;
 // The engine's exchange interface io.tarnwell.Tarnwell.Exchange1 (io.tarnwell.Tarnwell.Exchange1.xml beside
 // this file), served through the adaptor generated from that XML and exported at
 // /io/tarnwell/Tarnwell/Exchange by AppDelegate. Every method works on a file PATH that the engine reads or
-// writes itself. Imports that store passwords (CSV, macOS build) answer with a delayed reply once the secret
-// store is done. Refusals (policy, invalid file, unsupported version) are D-Bus errors whose message is the
-// text to show, and change nothing.
+// writes itself. Imports answer with a delayed reply once what they changed is on disk (the preferences, the
+// rules file) and, for those that store passwords (CSV, macOS build), once the secret store is done; a save
+// that failed makes the reply NotSaved with the reason (the engine keeps the import and retries). Refusals
+// (policy, invalid file, unsupported version) are D-Bus errors whose message is the text to show, and change
+// nothing.
 //
 // Thread: main thread. The managers are not owned and must outlive this object.
 class ExchangeControl : public QObject, protected QDBusContext
@@ -58,12 +61,15 @@ private:
         bool viaBus = false;
         QDBusMessage call;
         QDBusConnection bus{QString()};
-        void reply(const QString &text) const;
+        QPointer<ExchangeControl> context;
         void error(const QString &name, const QString &text) const;
+        // `text` once the preferences hold every change made so far (SavedReply); NotSaved when they fail
+        // or `alsoNotSaved` names another store that failed.
+        void replyWhenSaved(const QString &text, const QString &alsoNotSaved = QString()) const;
     };
     LaterReply replyLater();
-    // A set change over the bus is answered once it is on disk (or with NotSaved).
-    void replyWhenSaved(const QVariant &value = QVariant());
+    // A change over the bus is answered once it is on disk (or with NotSaved).
+    void replyWhenSaved(const QVariant &value = QVariant(), const QString &alsoNotSaved = QString());
     void fail(const QString &name, const QString &message);
     void failWith(int errorKind, const QString &text); // a Configuration::ErrorKind
     const ShareSet *resolveSet(const QString &query);

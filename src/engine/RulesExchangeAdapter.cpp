@@ -67,7 +67,8 @@ RulesExchange::ImportCount RulesExchangeAdapter::importRules(const QJsonArray &r
             ++count.imported;
         }
     }
-    if (count.imported > 0 || mode == Configuration::ImportMode::Replace)
-        m_rules.replaceRules(result, QStringLiteral("Rules imported from a configuration file"));
+    if ((count.imported > 0 || mode == Configuration::ImportMode::Replace)
+        && !m_rules.replaceRules(result, QStringLiteral("Rules imported from a configuration file")))
+        count.saveError = m_rules.lastSaveError();
     return count;
 }

@@ -516,7 +516,8 @@ ConfigurationManager::Result<ImportResult> ConfigurationManager::importConfigura
     MountEngine &engine = *m_deps.engine;
     RecordStore &store = engine.store();
     ImportResult result;
-    QStringList saveErrors;
+    QStringList saveErrors;  // the stores
+    QStringList saveReasons; // why, where the store says
 
     if (mode == ImportMode::Replace) {
         QList<qint64> removable;
@@ -623,6 +624,10 @@ ConfigurationManager::Result<ImportResult> ConfigurationManager::importConfigura
         const RulesExchange::ImportCount count = m_rules->importRules(rules, mode);
         result.rulesImported = count.imported;
         result.rulesSkipped = count.skipped;
+        if (!count.saveError.isEmpty()) {
+            saveErrors.append(QStringLiteral("rules"));
+            saveReasons.append(count.saveError);
+        }
     } else {
         result.rulesSkipped = int(rules.size());
     }
@@ -634,8 +639,10 @@ ConfigurationManager::Result<ImportResult> ConfigurationManager::importConfigura
     if (m_deps.center)
         m_deps.center->post(Notifications::RefreshVolumeUI);
     if (!saveErrors.isEmpty()) {
+        const QString reasons = saveReasons.isEmpty() ? QString()
+                                                      : QStringLiteral(" (") + saveReasons.join(QStringLiteral("; ")) + QLatin1Char(')');
         const QString text = QStringLiteral("Imported, but the ") + saveErrors.join(QStringLiteral(" and "))
-                           + QStringLiteral(" could not be saved: ") + summaryText(result);
+                           + QStringLiteral(" could not be saved") + reasons + QStringLiteral(": ") + summaryText(result);
         Console::line(kImportFailedLine + text);
         Result<ImportResult> r{result, Error{ErrorKind::SaveFailed, text}};
         return r;

@@ -17,6 +17,7 @@ public:
     {
         int imported = 0;
         int skipped = 0;
+        QString saveError; // why the imported rules are not on disk (kept in memory, retried); empty when saved
     };
 
     virtual ~RulesExchange() = default;

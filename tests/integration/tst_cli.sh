@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # tarnwellctl against a real headless engine on the stack's private session bus, as a user would drive it:
 # add a guest and a password share (real Samba), mount them and read files through the mount paths, list,
-# eject, read the event log and export the audit log; then bad input (each refused with a clear message, a
-# non-zero status and nothing stored changed; control characters refused), a second launch, and SIGTERM (exit 0, APP_QUIT on disk,
-# records saved).
+# eject, read the event log (printed, and a full one exported to a file) and export the audit log; then bad
+# input (each refused with a clear message, a non-zero status and nothing stored changed; control characters
+# refused), a second launch, and SIGTERM (exit 0, APP_QUIT on disk, records saved).
 set -euo pipefail
 : "${TW_SOURCE_DIR:?}" "${TW_BINARY_DIR:?}" "${DBUS_SESSION_BUS_ADDRESS:?}"
 : "${TW_SMB_HOST:?}" "${TW_SMB_PORT:?}" "${TW_SMB_GUEST_SHARE:?}" "${TW_SMB_USER_SHARE:?}" "${TW_SMB_USER:?}"
@@ -76,8 +76,14 @@ locked = {"internal_ID_Int_String": "7", "hostname_String": "127.0.0.1", "volume
           "port_Int": 9, "nickname_String": "Corp Policies", "no_password_guest_login": 1,
           "username_String": "guest", "protocol_Int_String": "0", "mount_inside_Volumes": 1,
           "unique_mountpoint_fullpath_String": "", "auto_Mount": 0, "isLocked": True, "managedBy": "MDM"}
+# A full event log (2,000 entries, newest first, about 1 MB) that the exports below must carry whole.
+from datetime import datetime, timedelta
+events = [{"internal_VolumeRecord_ID_Int_String": "0", "eventDate": datetime(2024, 1, 1) - timedelta(minutes=i),
+           "event_type_Enum_Rawvalue": "STARTUP", "hostname_String": "", "sharename_String": "",
+           "mountpoint_String": "", "eventMessage": "STARTUP: seeded %d " % i + "x" * 480, "statusText": ""}
+          for i in range(2000)]
 with open(sys.argv[1], "wb") as f:
-    plistlib.dump({"Tarnwell_VolumeRecordArray": [locked]}, f, fmt=plistlib.FMT_XML)
+    plistlib.dump({"Tarnwell_VolumeRecordArray": [locked], "Tarnwell_LogEventArray": events}, f, fmt=plistlib.FMT_XML)
 PY
 chmod 600 "$prefs"
 
@@ -193,6 +199,24 @@ grep -q "#$secure_id .*UMMOUNT_SUCCESS" <<<"$out" || fail "no eject of the passw
 run_ctl 0 log --limit 3 --json
 python3 -c 'import json,sys; e=json.loads(sys.argv[1]); assert len(e)==3 and all("type" in x and "date" in x for x in e), e' "$out" \
   || fail "log --json: $out"
+
+step "event-log export: the engine writes the whole log to the file, 0600 (replacing an open one), printing reads it"
+echo old >"$work/events.json"; chmod 644 "$work/events.json"
+run_ctl 0 log --limit 0 --output "$work/events.json"
+expect_err "Wrote 2000 log entries to $work/events.json"
+[ "$(stat -c %a "$work/events.json")" = 600 ] || fail "the export is mode $(stat -c %a "$work/events.json")"
+oldest=$(python3 - "$work/events.json" <<'PY' || fail "the exported log"
+import json, sys
+events = json.load(open(sys.argv[1]))
+assert len(events) == 2000, len(events)
+assert events[0]["date"] > events[-1]["date"] and events[-1]["message"].startswith("STARTUP: seeded "), events[-1]
+print(events[-1]["message"].split()[2])
+PY
+)
+run_ctl 0 log --limit 0
+[ "$(wc -l <<<"$out")" -eq 2000 ] || fail "log --limit 0 printed $(wc -l <<<"$out") lines"
+grep -qF "STARTUP: seeded $oldest " <<<"$(head -n 1 <<<"$out")" || fail "the oldest entry is not printed first"
+run_ctl 2 log --follow --output "$work/x.json"; expect_err "--output does not go with --follow"
 
 step "audit export"
 run_ctl 0 audit export --format csv

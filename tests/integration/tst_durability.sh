@@ -86,6 +86,20 @@ start_daemon
 run_ctl 0 add "smb://127.0.0.1:9/before" --nickname Before
 stored_has before || fail "an acknowledged add is not in the preferences file at once"
 wait_for 10 audit_has Before || fail "the audit log never got the add"
+# Files to import on the full disk: a configuration with a share, a set of it and a rule, and a share CSV.
+run_ctl 0 rules add --name Exported --when battery --do notify=Disk::Full
+run_ctl 0 config export "$work/exported.twconfig"
+python3 - "$work/exported.twconfig" "$work/import.twconfig" <<'PY'
+import json, sys, uuid
+config = json.load(open(sys.argv[1]))
+share = dict(config["shares"][0], shareName="imported", nickname="Imported", id=500)
+rule = dict(config["rules"][0], id=str(uuid.uuid4()).upper(), name="Imported rule")
+config.update(shares=[share], rules=[rule], shareSets=[{"id": str(uuid.uuid4()), "name": "Imported Set", "shareIDs": [500]}])
+json.dump(config, open(sys.argv[2], "w"))
+PY
+printf 'nickname,hostname,shareName,protocol,username,guest,port,group,autoMount\nImported CSV,127.0.0.1,importedcsv,smb,,yes,9,,no\n' \
+  >"$work/import.csv"
+wait_for 10 grep -qF Exported "$XDG_DATA_HOME/Tarnwell/rules.json" || fail "the rule was not saved"
 cp -p "$prefs" "$work/prefs.before"; cp -p "$audit" "$work/audit.before"
 
 step "the disk fills up: add and edit are refused as not saved, the files stay as they were"
@@ -95,7 +109,8 @@ expect_err "Not saved:"
 run_ctl 1 edit Before --group crowded
 expect_err "Not saved:"
 for change in "set create Crowded" "directory map Crowded 127.0.0.1/crowded" \
-              "rules add --name Crowded --when battery --do notify=Disk::Full"; do
+              "rules add --name Crowded --when battery --do notify=Disk::Full" \
+              "config import $work/import.twconfig" "config import $work/import.csv"; do
   # shellcheck disable=SC2086 # one word each
   run_ctl 1 $change
   expect_err "Not saved:"
@@ -122,6 +137,13 @@ found = [k for k in ("ShareSets", "ADShareMappings") if sys.argv[2].encode() in 
 sys.exit(0 if len(found) == 2 else 1)' "$prefs" "$1"; }
 wait_for 15 sets_and_mappings_have Crowded || fail "the refused set and mapping never landed"
 wait_for 15 grep -qF Crowded "$XDG_DATA_HOME/Tarnwell/rules.json" || fail "the refused rule never landed"
+wait_for 15 stored_has imported || fail "the refused import's share never landed"
+wait_for 15 stored_has importedcsv || fail "the refused CSV import never landed"
+sets_have() { python3 -c '
+import plistlib, sys
+sys.exit(0 if sys.argv[2].encode() in plistlib.load(open(sys.argv[1], "rb")).get("ShareSets", b"") else 1)' "$prefs" "$1"; }
+wait_for 15 sets_have "Imported Set" || fail "the refused import's set never landed"
+wait_for 15 grep -qF "Imported rule" "$XDG_DATA_HOME/Tarnwell/rules.json" || fail "the refused import's rule never landed"
 run_ctl 0 add "smb://127.0.0.1:9/after" --nickname After
 stored_has after || fail "an acknowledged add is not on disk at once"
 
