@@ -7,40 +7,9 @@
 
 #include <QSignalSpy>
 #include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 
 using namespace TestStack;
-
-namespace {
-// Accepts on 127.0.0.1 and keeps every connection open without a byte of answer.
-class SilentServer
-{
-public:
-    bool listen(quint16 port)
-    {
-        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
-            while (QTcpSocket *socket = m_server.nextPendingConnection())
-                m_accepted.append(socket);
-        });
-        return m_server.listen(QHostAddress::LocalHost, port);
-    }
-    int accepted() const { return int(m_accepted.size()); }
-    void close()
-    {
-        m_server.close();
-        for (QTcpSocket *socket : std::as_const(m_accepted))
-            socket->abort();
-        qDeleteAll(m_accepted);
-        m_accepted.clear();
-    }
-    ~SilentServer() { close(); }
-
-private:
-    QTcpServer m_server;
-    QList<QTcpSocket *> m_accepted;
-};
-} // namespace
 
 class TestEjectDuringMount : public QObject
 {
@@ -56,22 +25,18 @@ private Q_SLOTS:
     void ejectCancelsAHangingMount()
     {
         const quint16 port = freePort();
-        SilentServer silent;
-        QVERIFY(silent.listen(port));
+        // Holds every connection it is offered without a byte of answer; deleting it resets them all.
+        auto silent = std::make_unique<QTcpServer>();
+        QVERIFY(silent->listen(QHostAddress::LocalHost, port));
         LinuxEngineHarness e;
         const qint64 id = e.addShare(env("TW_SMB_HOST"), env("TW_SMB_GUEST_SHARE"), MountUsingProtocol_Enum::SMB, true, port);
-        const auto listedOnPort = [&e, port] {
-            for (const MountedVolume &v : e.table.mountedVolumes()) {
-                if (v.path.contains(QStringLiteral("port=%1").arg(port)))
-                    return true;
-            }
-            return false;
-        };
+        const QString onPort = QStringLiteral("port=%1").arg(port);
 
         QSignalSpy mountFinished(e.engine, &MountEngine::mountFinished);
         e.engine->mount(id, true);
         // In the platform call, with the server holding the connection (a loopback host skips the probe).
-        QTRY_VERIFY_WITH_TIMEOUT(silent.accepted() >= 1 && e.record(id).runtime_status_String == QStringLiteral("Attempting mount..."),
+        QTRY_VERIFY_WITH_TIMEOUT(silent->hasPendingConnections()
+                                     && e.record(id).runtime_status_String == QStringLiteral("Attempting mount..."),
                                  20000);
         QTest::qWait(1000);
         QVERIFY(e.engine->isMountInProgress(id));
@@ -86,22 +51,22 @@ private Q_SLOTS:
         QCOMPARE(e.events().first().event_type_Enum, EVENT_TYPE_ENUM::UNMOUNT_SUCCESS);
 
         // The server starts answering: a real smbd with the share on the same port.
-        silent.close();
+        silent.reset();
         PrivateSmbd smbd;
         QVERIFY(smbd.prepare(port));
         QVERIFY(smbd.start());
         // Whatever GVfs might still complete is gone again at once; watch for a while.
         for (int i = 0; i < 30; ++i) {
             QTest::qWait(500);
-            QTRY_VERIFY_WITH_TIMEOUT(!listedOnPort(), 10000);
+            QTRY_VERIFY_WITH_TIMEOUT(!e.listedContaining(onPort), 10000);
         }
         QVERIFY(!e.record(id).runtime_isMounted_Bool);
         QVERIFY(!e.engine->isMountInProgress(id));
         // The same share mounts on request now: the server really answers.
         QCOMPARE(e.mountAndWait(id, true, 60000), 0);
-        QVERIFY(listedOnPort());
+        QVERIFY(e.listedContaining(onPort));
         QVERIFY(e.ejectAndWait(id, false, 30000));
-        QTRY_VERIFY_WITH_TIMEOUT(!listedOnPort(), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(!e.listedContaining(onPort), 20000);
     }
 };
 

@@ -1,9 +1,11 @@
-// Keeping shares mounted over the real stack: the scheduler with the real engine, GVfs (gvfsd + FUSE),
-// Samba on loopback and the NetworkManager/logind mocks of the private system bus. A private smbd (same
-// shares as the stack's, its own port) is killed and restarted here; the stack's own smbd is left alone.
+// Keeping shares mounted over the real stack: the scheduler with the real engine, GVfs (gvfsd + FUSE) and
+// Samba on loopback. A private smbd (same shares as the stack's, its own port) is killed and restarted here;
+// the stack's own smbd is left alone. The Wi-Fi allow-list is the scheduler's unit tests over the engine root,
+// with the NetworkManager port itself in tst_network_sleep_ports.
 #include "support/linux/LinuxEngineHarness.h"
 #include "support/linux/PrivateSmbd.h"
 #include "support/linux/TestStack.h"
+#include "unit/UnitTestHelpers.h"
 
 #include "base/Preferences.h"
 
@@ -38,28 +40,20 @@ struct KeepMounted : LinuxEngineHarness
             r.auto_Mount = 1;
         });
     }
-    bool eventContaining(EVENT_TYPE_ENUM type, const QString &text) const { return eventCount(type, text) > 0; }
 };
 
 // Longest pause of the main event loop while it lives: a hang detector, not a speed target.
-class LoopWatch
+struct LoopWatch
 {
-public:
+    QTimer timer;
+    QElapsedTimer clock;
+    qint64 maxGapMs = 0;
     LoopWatch()
     {
-        m_clock.start();
-        m_timer.setInterval(50);
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] {
-            m_maxGapMs = std::max(m_maxGapMs, m_clock.restart());
-        });
-        m_timer.start();
+        clock.start();
+        QObject::connect(&timer, &QTimer::timeout, &timer, [this] { maxGapMs = std::max(maxGapMs, clock.restart()); });
+        timer.start(50);
     }
-    qint64 maxGapMs() const { return m_maxGapMs; }
-
-private:
-    QTimer m_timer;
-    QElapsedTimer m_clock;
-    qint64 m_maxGapMs = 0;
 };
 
 } // namespace
@@ -68,127 +62,88 @@ class TestKeepMounted : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void remountsAfterServerRestart();
-    void allowListFollowsWifi();
-    void restartsLostFuseBridge();
+    void initTestCase()
+    {
+        if (env("TW_SMB_PORT").isEmpty() || env("TW_SMB_CONF").isEmpty())
+            QSKIP("the test stack's Samba is not running");
+        if (!QFileInfo::exists(LocalFileSystem::standardVolumesFolder()))
+            QSKIP("the GVfs FUSE folder is missing");
+    }
+
+    void remountsAfterServerRestart()
+    {
+        PrivateSmbd smbd;
+        QVERIFY(smbd.prepare());
+        QVERIFY(smbd.start());
+        KeepMounted k;
+        const qint64 id = k.addGuestShare(smbd.port(), env("TW_SMB_GUEST_SHARE"));
+        k.scheduler->start();
+        QCOMPARE(k.scheduler->intervalSeconds(), 10);
+
+        // The first tick (10 s after start) mounts it.
+        QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
+        const QString path = k.record(id).runtime_computed_mountpoint_String;
+        QVERIFY2(path.startsWith(k.fileSystem.volumesFolder()), qPrintable(path));
+
+        LoopWatch watch;
+        smbd.kill();
+        QTRY_VERIFY_WITH_TIMEOUT(!k.record(id).runtime_isMounted_Bool, 60000);
+        const QString ejected = QStringLiteral("Server unreachable; ejected stale mount at ");
+        QTRY_VERIFY_WITH_TIMEOUT(k.eventCount(EVENT_TYPE_ENUM::CONNECTION_FAILED, ejected), 30000);
+        QVERIFY(!k.record(id).runtime_isReachable_Bool);
+        // The scheduler keeps ticking and retrying while the server is away; the engine stays responsive.
+        const int ticksBefore = k.scheduler->tickCount();
+        QTRY_VERIFY_WITH_TIMEOUT(k.scheduler->tickCount() >= ticksBefore + 2, 40000);
+        QVERIFY(!k.record(id).runtime_isMounted_Bool);
+
+        int attemptsAfterReturn = 0;
+        QObject::connect(k.engine, &MountEngine::mountStarted, k.engine,
+                         [&attemptsAfterReturn](qint64) { ++attemptsAfterReturn; });
+        QVERIFY(smbd.start());
+        QElapsedTimer back;
+        back.start();
+        QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
+        qInfo("server back -> remounted in %lld ms (interval 10 s)", back.elapsed());
+        // Remounted by the first attempt after the server came back, i.e. within one tick.
+        QCOMPARE(attemptsAfterReturn, 1);
+        QVERIFY2(watch.maxGapMs < 5000, qPrintable(QStringLiteral("main loop blocked for %1 ms").arg(watch.maxGapMs)));
+    }
+
+    void restartsLostFuseBridge()
+    {
+        // Needs the stack's own gvfsd-fuse PID (the last line of the gvfs PID file, from the second on) to break it.
+        QFile pids(env("TW_STACK_DIR") + QStringLiteral("/pids/gvfs.pid"));
+        const QList<QByteArray> lines = readFile(pids.fileName()).trimmed().split('\n');
+        const pid_t fusePid = lines.size() < 2 ? 0 : pid_t(lines.last().trimmed().toInt());
+        if (fusePid <= 0 || !readFile(QStringLiteral("/proc/%1/comm").arg(fusePid)).startsWith("gvfsd-fuse"))
+            QSKIP("no running gvfsd-fuse in the GVfs PID file");
+
+        KeepMounted k(true);
+        const qint64 id = k.addGuestShare(env("TW_SMB_PORT").toInt(), env("TW_SMB_GUEST_SHARE"));
+        k.scheduler->start();
+        k.scheduler->checkSchedule();
+        QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
+
+        QSignalSpy restarted(&k.watchdog, &FuseBridgeWatchdog::bridgeRestarted);
+        QSignalSpy lost(&k.watchdog, &FuseBridgeWatchdog::bridgeLost);
+        QVERIFY(::kill(fusePid, SIGKILL) == 0); // the bridge dies; its FUSE mount stays behind, dead
+        k.scheduler->checkSchedule();
+        // A restart may wait 15 s for the new bridge, and a slow one is recognised by the tick after.
+        QTRY_VERIFY_WITH_TIMEOUT(!restarted.isEmpty() || k.watchdog.state() == FuseBridgeWatchdog::State::Missing, 45000);
+        QCOMPARE(restarted.size(), 1);
+        const qint64 newPid = restarted.first().first().toLongLong();
+        // Hand the new bridge to the stack so that stop.sh ends it by its PID.
+        if (pids.open(QIODevice::Append))
+            pids.write(QByteArray::number(newPid) + '\n');
+        pids.close();
+        QVERIFY(!lost.isEmpty());
+        QVERIFY(k.eventCount(EVENT_TYPE_ENUM::CONNECTION_FAILED, QStringLiteral("GVfs FUSE bridge lost at ")));
+        QVERIFY(k.eventCount(EVENT_TYPE_ENUM::CONNECTION_SUCCESS, QStringLiteral("GVfs FUSE bridge restarted at ")));
+        // The share is reachable through the new bridge without remounting.
+        const QString path = k.record(id).runtime_computed_mountpoint_String;
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(path).isDir(), 20000);
+    }
 };
-
-void TestKeepMounted::initTestCase()
-{
-    if (env("TW_SMB_PORT").isEmpty() || env("TW_SMB_CONF").isEmpty())
-        QSKIP("the test stack's Samba is not running");
-    if (!QFileInfo::exists(LocalFileSystem::standardVolumesFolder()))
-        QSKIP("the GVfs FUSE folder is missing");
-}
-
-void TestKeepMounted::remountsAfterServerRestart()
-{
-    PrivateSmbd smbd;
-    QVERIFY(smbd.prepare());
-    QVERIFY(smbd.start());
-    KeepMounted k;
-    const qint64 id = k.addGuestShare(smbd.port(), env("TW_SMB_GUEST_SHARE"));
-    k.scheduler->start();
-    QCOMPARE(k.scheduler->intervalSeconds(), 10);
-
-    // The first tick (10 s after start) mounts it.
-    QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
-    const QString path = k.record(id).runtime_computed_mountpoint_String;
-    QVERIFY2(path.startsWith(k.fileSystem.volumesFolder()), qPrintable(path));
-
-    LoopWatch watch;
-    smbd.kill();
-    QTRY_VERIFY_WITH_TIMEOUT(!k.record(id).runtime_isMounted_Bool, 60000);
-    QTRY_VERIFY_WITH_TIMEOUT(k.eventContaining(EVENT_TYPE_ENUM::CONNECTION_FAILED,
-                                               QStringLiteral("Server unreachable; ejected stale mount at ")),
-                             30000);
-    QVERIFY(!k.record(id).runtime_isReachable_Bool);
-    // The scheduler keeps ticking and retrying while the server is away; the engine stays responsive.
-    const int ticksBefore = k.scheduler->tickCount();
-    QTRY_VERIFY_WITH_TIMEOUT(k.scheduler->tickCount() >= ticksBefore + 2, 40000);
-    QVERIFY(!k.record(id).runtime_isMounted_Bool);
-
-    int attemptsAfterReturn = 0;
-    QObject::connect(k.engine, &MountEngine::mountStarted, k.engine,
-                     [&attemptsAfterReturn](qint64) { ++attemptsAfterReturn; });
-    QVERIFY(smbd.start());
-    QElapsedTimer back;
-    back.start();
-    QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
-    qInfo("server back -> remounted in %lld ms (interval 10 s)", back.elapsed());
-    // Remounted by the first attempt after the server came back, i.e. within one tick.
-    QCOMPARE(attemptsAfterReturn, 1);
-    QVERIFY2(watch.maxGapMs() < 5000, qPrintable(QStringLiteral("main loop blocked for %1 ms").arg(watch.maxGapMs())));
-}
-
-void TestKeepMounted::allowListFollowsWifi()
-{
-    if (env("TW_MOCK_NM_PID").isEmpty())
-        QSKIP("the NetworkManager mock is not running");
-    QVERIFY(mocks({QStringLiteral("ssid"), QStringLiteral("Office")}));
-    KeepMounted k;
-    QTRY_COMPARE(k.wifi.currentNetworkName(), std::optional<QString>(QStringLiteral("Office")));
-    const qint64 id = k.addGuestShare(env("TW_SMB_PORT").toInt(), env("TW_SMB_GUEST_SHARE"));
-    VolumeRecord r = k.record(id);
-    r.allowedSSIDs_String = QStringLiteral("Office, Lab");
-    QVERIFY(k.engine->updateRecord(r));
-    k.scheduler->start();
-    k.scheduler->checkSchedule();
-    QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
-    const QString path = k.record(id).runtime_computed_mountpoint_String;
-    QVERIFY(QFileInfo(path).isDir());
-
-    QVERIFY(mocks({QStringLiteral("ssid"), QStringLiteral("Guest WiFi")}));
-    QTRY_COMPARE(k.wifi.currentNetworkName(), std::optional<QString>(QStringLiteral("Guest WiFi")));
-    k.scheduler->checkSchedule();
-    QTRY_VERIFY_WITH_TIMEOUT(!k.record(id).runtime_isMounted_Bool, 30000);
-    QCOMPARE(k.record(id).runtime_status_String, QStringLiteral("Ejected"));
-    QTRY_VERIFY_WITH_TIMEOUT(!QFileInfo::exists(path), 10000);
-    QVERIFY(mocks({QStringLiteral("ssid")}));
-}
-
-void TestKeepMounted::restartsLostFuseBridge()
-{
-    // Needs the stack's own gvfsd-fuse PID (second line of the gvfs PID file) to break it.
-    QFile pids(env("TW_STACK_DIR") + QStringLiteral("/pids/gvfs.pid"));
-    if (!pids.open(QIODevice::ReadOnly))
-        QSKIP("no GVfs PID file");
-    const QList<QByteArray> lines = pids.readAll().trimmed().split('\n');
-    pids.close();
-    if (lines.size() < 2)
-        QSKIP("gvfsd-fuse PID unknown");
-    const pid_t fusePid = pid_t(lines.last().trimmed().toInt());
-    QFile comm(QStringLiteral("/proc/%1/comm").arg(fusePid));
-    if (!comm.open(QIODevice::ReadOnly) || !comm.readAll().startsWith("gvfsd-fuse"))
-        QSKIP("the last GVfs PID is not a running gvfsd-fuse");
-    comm.close();
-
-    KeepMounted k(true);
-    const qint64 id = k.addGuestShare(env("TW_SMB_PORT").toInt(), env("TW_SMB_GUEST_SHARE"));
-    k.scheduler->start();
-    k.scheduler->checkSchedule();
-    QTRY_VERIFY_WITH_TIMEOUT(k.record(id).runtime_isMounted_Bool, 60000);
-
-    QSignalSpy restarted(&k.watchdog, &FuseBridgeWatchdog::bridgeRestarted);
-    QSignalSpy lost(&k.watchdog, &FuseBridgeWatchdog::bridgeLost);
-    QVERIFY(::kill(fusePid, SIGKILL) == 0); // the bridge dies; its FUSE mount stays behind, dead
-    k.scheduler->checkSchedule();
-    // A restart may wait 15 s for the new bridge, and a slow one is recognised by the tick after.
-    QTRY_VERIFY_WITH_TIMEOUT(!restarted.isEmpty() || k.watchdog.state() == FuseBridgeWatchdog::State::Missing, 45000);
-    QCOMPARE(restarted.size(), 1);
-    const qint64 newPid = restarted.first().first().toLongLong();
-    // Hand the new bridge to the stack so that stop.sh ends it by its PID.
-    if (pids.open(QIODevice::Append))
-        pids.write(QByteArray::number(newPid) + '\n');
-    pids.close();
-    QVERIFY(!lost.isEmpty());
-    QVERIFY(k.eventContaining(EVENT_TYPE_ENUM::CONNECTION_FAILED, QStringLiteral("GVfs FUSE bridge lost at ")));
-    QVERIFY(k.eventContaining(EVENT_TYPE_ENUM::CONNECTION_SUCCESS, QStringLiteral("GVfs FUSE bridge restarted at ")));
-    // The share is reachable through the new bridge without remounting.
-    const QString path = k.record(id).runtime_computed_mountpoint_String;
-    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(path).isDir(), 20000);
-}
 
 QTEST_GUILESS_MAIN(TestKeepMounted)
 #include "tst_keep_mounted.moc"

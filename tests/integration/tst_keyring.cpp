@@ -1,24 +1,21 @@
 // The credential store on the real Secret Service (gnome-keyring of the test stack): save/load/replace,
 // an item of another tool, calls from worker threads, and the time bound when no service answers
 // (checked in a child process whose session bus is a socket that never speaks).
-#include "base/Console.h"
+#include "unit/UnitTestHelpers.h"
+
 #include "core/CredentialStore.h"
 #include "core/VolumeRecord.h"
 #include "platform/linux/LibsecretStore.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QMutex>
+#include <QLocalServer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUuid>
 
 #include <libsecret/secret.h>
-
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <cstdio>
@@ -57,16 +54,11 @@ class TestKeyring : public QObject
     Q_OBJECT
 
 private:
-    QMutex m_mutex;
-    QStringList m_lines;
+    ConsoleCapture m_console; // lines may come from worker threads
     LibsecretStore m_secrets;
     CredentialStore m_store{&m_secrets};
 
-    QStringList lines()
-    {
-        QMutexLocker lock(&m_mutex);
-        return m_lines;
-    }
+    QStringList lines() { return m_console.startingWith(QString()); } // a copy, taken under its lock
     int count(const QString &account) { return m_secrets.itemCount(CredentialStore::kServiceName, account); }
 
     QString runChildOn(const QString &busAddress, QString *errors)
@@ -90,18 +82,12 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY2(qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"), "run under tests/stack/with-stack.sh");
-        Console::setSink([this](const QString &line) {
-            QMutexLocker lock(&m_mutex);
-            m_lines << line;
-        });
     }
     void cleanupTestCase()
     {
-        Console::setSink({});
         // Nothing the store printed may carry a password used here.
-        for (const QString &line : lines()) {
+        for (const QString &line : lines())
             QVERIFY2(!line.contains(QLatin1String("pw-")), qPrintable(line));
-        }
     }
 
     void saveLoadReplace()
@@ -167,24 +153,16 @@ private Q_SLOTS:
         QFETCH(QString, kind);
         QTemporaryDir dir;
         QVERIFY(dir.isValid());
-        const QByteArray path = dir.filePath(QStringLiteral("bus")).toUtf8();
-        int listener = -1;
-        if (kind == QLatin1String("silent")) {
-            // Accepts connections (the kernel queues them) and never says a word.
-            listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-            sockaddr_un a{};
-            a.sun_family = AF_UNIX;
-            qstrncpy(a.sun_path, path.constData(), sizeof a.sun_path);
-            QCOMPARE(::bind(listener, reinterpret_cast<sockaddr *>(&a), sizeof a), 0);
-            QCOMPARE(::listen(listener, 8), 0);
-        }
+        const QString path = dir.filePath(QStringLiteral("bus"));
+        // Accepts connections (the kernel queues them while this thread waits for the child) and never says a word.
+        QLocalServer silent;
+        if (kind == QLatin1String("silent"))
+            QVERIFY(silent.listen(path));
         QElapsedTimer timer;
         timer.start();
         QString errors;
-        const QString out = runChildOn(QStringLiteral("unix:path=") + QString::fromUtf8(path), &errors);
+        const QString out = runChildOn(QStringLiteral("unix:path=") + path, &errors);
         const qint64 ms = timer.elapsed();
-        if (listener >= 0)
-            ::close(listener);
         qInfo("%s: child finished after %lld ms: %s", qPrintable(kind), ms, qPrintable(out));
 
         QVERIFY2(out.startsWith(QLatin1String("saved=0 loaded=0 ")), qPrintable(out + QLatin1Char('\n') + errors));

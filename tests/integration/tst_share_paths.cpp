@@ -3,6 +3,7 @@
 // custom mount folder to is the folder with the share's own content, and eject still unmounts the volume.
 #include "support/linux/LinuxEngineHarness.h"
 #include "support/linux/TestStack.h"
+#include "unit/UnitTestHelpers.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,22 +15,12 @@
 using namespace TestStack;
 
 namespace {
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // Puts `content` at `relative` below `base` on the server's side, readable by the server.
 bool plant(const QString &base, const QString &relative, const QByteArray &content)
 {
     const QString path = base + QLatin1Char('/') + relative;
-    if (!QDir().mkpath(QFileInfo(path).absolutePath()))
+    if (!writeFile(path, content))
         return false;
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        return false;
-    file.close();
     // Apache runs as www-data; the whole tree below the collection must be its.
     for (QString dir = QFileInfo(path).absolutePath(); dir.startsWith(base) && dir != base; dir = QFileInfo(dir).absolutePath())
         QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner

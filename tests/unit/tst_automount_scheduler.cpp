@@ -1,27 +1,37 @@
 // The auto-mount scheduler driving the real engine over the in-process fakes, with a fake clock (timers
-// fire when the test moves time) and a fake Wi-Fi network.
+// fire when the test moves time) and a fake Wi-Fi network; first the pure decisions of its tick (schedule
+// windows, weekday numbering, Wi-Fi allow-lists).
 #include "support/EngineHarness.h"
 
 #include "base/PreferencesApply.h"
 #include "base/Preferences.h"
 #include "core/AutoMountScheduler.h"
+#include "core/ScheduleWindow.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 
 using namespace std::chrono_literals;
 
 namespace {
 
 const QString kHost = QStringLiteral("127.0.0.1");
-// 2024-01-01 is a Monday (weekday 2).
+// 2024-01-01 is a Monday (weekday 2); 2024-01-07 a Sunday (weekday 1).
 const QDate kMonday(2024, 1, 1);
+const QDate kSunday(2024, 1, 7);
+const QList<int> kWorkdays{2, 3, 4, 5, 6};
 
 QDateTime at(const QDate &day, int hour, int minute = 0, int second = 0)
 {
     return QDateTime(day, QTime(hour, minute, second));
+}
+
+QDateTime at(const QDate &day, const QString &time)
+{
+    return QDateTime(day, QTime::fromString(time, QStringLiteral("HH:mm:ss")));
 }
 
 // The engine over the fakes with a started scheduler on a fake clock, Wi-Fi and sleep monitor.
@@ -71,25 +81,73 @@ class TestAutoMountScheduler : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void timerUsesTheInterval()
+    void shouldBeMounted_data()
     {
-        Fixture f;
-        f.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, 5000);
-        f.clearConsole();
-        f.scheduler->restartTimer();
-        QCOMPARE(f.scheduler->intervalSeconds(), 1440);
-        QVERIFY(f.hasLine(AutoMountScheduler::kIntervalLine + QStringLiteral("1440")));
-        // No tick a millisecond early, one tick on time, one per interval after.
-        const int before = f.scheduler->tickCount();
-        f.clock.advance(1440s - 1ms);
-        QCOMPARE(f.scheduler->tickCount(), before);
-        f.clock.advance(1ms);
-        QCOMPARE(f.scheduler->tickCount(), before + 1);
-        f.clock.advance(2880s);
-        QCOMPARE(f.scheduler->tickCount(), before + 3);
+        QTest::addColumn<QString>("start");
+        QTest::addColumn<QString>("end");
+        QTest::addColumn<QList<int>>("weekdays");
+        QTest::addColumn<QDate>("day");
+        QTest::addColumn<QStringList>("probes"); // "+HH:mm:ss" mounted at that time, "-HH:mm:ss" not
+
+        const auto row = [](const char *tag, const char *start, const char *end, const QList<int> &weekdays,
+                            const QDate &day, const char *probes) {
+            QTest::newRow(tag) << QString::fromLatin1(start) << QString::fromLatin1(end) << weekdays << day
+                               << QString::fromLatin1(probes).split(QLatin1Char(' '));
+        };
+        row("across midnight, inclusive", "22:00:00", "06:00:00", kWorkdays, kMonday,
+            "+22:00:00 -21:59:59 +06:00:00 -06:00:01");
+        // Equal times: a window across midnight that never closes.
+        row("equal times", "08:00:00", "08:00:00", kWorkdays, kMonday, "+03:00:00 +08:00:00");
+        row("same day, strict", "09:00:00", "17:00:00", kWorkdays, kMonday, "-09:00:00 +09:00:01 +16:59:59 -17:00:00");
+        // Only hour and minute of the stored times count.
+        row("start seconds ignored", "09:00:45", "17:00:00", kWorkdays, kMonday, "+09:00:30");
+        row("end seconds ignored", "09:00:00", "17:00:59", kWorkdays, kMonday, "-17:00:30");
+        // Weekdays, Sunday = 1 to Saturday = 7: today's number must be listed; an empty list never mounts.
+        row("inside, weekday missing", "09:00:00", "17:00:00", kWorkdays, kSunday, "-12:00:00");
+        row("inside, Sunday listed", "09:00:00", "17:00:00", {1}, kSunday, "+12:00:00");
+        row("inside, Saturday listed", "09:00:00", "17:00:00", {7}, QDate(2024, 1, 6), "+12:00:00");
+        row("empty list", "00:00:00", "00:00:00", {}, kMonday, "-12:00:00");
+    }
+    void shouldBeMounted()
+    {
+        QFETCH(QString, start);
+        QFETCH(QString, end);
+        QFETCH(QList<int>, weekdays);
+        QFETCH(QDate, day);
+        QFETCH(QStringList, probes);
+        // The stored times carry an arbitrary date: only their time of day may matter.
+        const QDateTime mountTime = at(QDate(2019, 6, 3), start);
+        const QDateTime unmountTime = at(QDate(2021, 11, 20), end);
+        for (const QString &probe : probes) {
+            const QDateTime now = at(day, probe.mid(1));
+            QVERIFY2(ScheduleWindow::shouldBeMounted(mountTime, unmountTime, weekdays, now) == probe.startsWith(u'+'),
+                     qPrintable(probe));
+        }
     }
 
-    void timerRestartsOnPreferenceChangeAndWakeUp()
+    void isNetworkAllowed_data()
+    {
+        QTest::addColumn<QString>("list");
+        QTest::addColumn<std::optional<QString>>("current");
+        QTest::addColumn<bool>("allowed");
+        const auto name = [](const char *n) { return std::optional<QString>(QString::fromUtf8(n)); };
+        QTest::newRow("listed") << "Office,Lab" << name("Lab") << true;
+        QTest::newRow("no network") << "Office,Lab" << std::optional<QString>() << false;
+        QTest::newRow("blanks trimmed") << "  Office ,  Lab  " << name("Office") << true;
+        QTest::newRow("case matters") << "Office,Lab" << name("office") << false;
+        QTest::newRow("substring is not a match") << "Office,Lab" << name("Offic") << false;
+        QTest::newRow("empty list, no network") << "" << std::optional<QString>() << true;
+        QTest::newRow("blank list counts as empty") << " , " << std::optional<QString>() << true;
+        QTest::newRow("blank entry never matches") << "Office, ," << name("") << false;
+    }
+    void isNetworkAllowed()
+    {
+        QFETCH(QString, list);
+        QFETCH(std::optional<QString>, current);
+        QTEST(ScheduleWindow::isNetworkAllowed(list, current), "allowed");
+    }
+
+    void timerFollowsTheIntervalAndWakeUp()
     {
         Fixture f;
         QCOMPARE(f.scheduler->intervalSeconds(), 15);
@@ -100,10 +158,13 @@ private Q_SLOTS:
         PreferencesApply::apply(f.defaults, fields, &f.center);
         QCOMPARE(fields.auto_mount_check_interval_Int, std::optional<int>(10));
         QCOMPARE(f.scheduler->intervalSeconds(), 10);
+        QVERIFY(f.hasLine(AutoMountScheduler::kIntervalLine + QStringLiteral("10")));
         int before = f.scheduler->tickCount();
         f.clock.advance(7s); // 15 s after start: the old timer would have fired here
         QCOMPARE(f.scheduler->tickCount(), before);
-        f.clock.advance(3s);
+        f.clock.advance(3s - 1ms); // not a millisecond early
+        QCOMPARE(f.scheduler->tickCount(), before);
+        f.clock.advance(1ms);
         QCOMPARE(f.scheduler->tickCount(), before + 1);
 
         // Waking from sleep checks at once (5 s before the next tick was due).
@@ -122,6 +183,13 @@ private Q_SLOTS:
         QCOMPARE(f.scheduler->tickCount(), before + 1);
         f.clock.advance(5s);
         QCOMPARE(f.scheduler->tickCount(), before + 2);
+        f.clock.advance(20s); // one per interval
+        QCOMPARE(f.scheduler->tickCount(), before + 4);
+
+        // The interval read is the clamped one.
+        f.defaults.setValue(Preferences::Keys::AutoMountCheckInterval, 5000);
+        f.scheduler->restartTimer();
+        QCOMPARE(f.scheduler->intervalSeconds(), 1440);
     }
 
     void autoMountRemountsDroppedShareAndLostServer()
@@ -160,10 +228,8 @@ private Q_SLOTS:
         QCOMPARE(f.eventCount(EVENT_TYPE_ENUM::CONNECTION_FAILED), 1);
         QCOMPARE(f.events().first().eventMessage,
                  QStringLiteral("CONNECTION_FAILED: Server unreachable; ejected stale mount at ") + path);
-        bool forced = false;
-        for (const auto &call : f.service.unmountCalls())
-            forced = forced || (call.path == path && call.force);
-        QVERIFY(forced);
+        const auto calls = f.service.unmountCalls();
+        QVERIFY(std::ranges::any_of(calls, [&path](const auto &call) { return call.path == path && call.force; }));
         // While the server stays away the tick keeps trying, but reports the outage only once.
         f.tick();
         f.tick();
@@ -274,7 +340,7 @@ private Q_SLOTS:
         QTest::addColumn<QDateTime>("now");
         QTest::addColumn<bool>("mountedBefore");
         QTest::addColumn<bool>("mountedAfter");
-        // The window's edge cases are tst_schedule_window's table; here, what the tick does with them.
+        // The window's edge cases are shouldBeMounted's table; here, what the tick does with them.
         const QList<int> monday{2};
         QTest::newRow("inside across midnight mounts") << QTime(22, 0) << QTime(6, 0) << monday << at(kMonday, 23) << false << true;
         QTest::newRow("outside ejects") << QTime(22, 0) << QTime(6, 0) << monday << at(kMonday, 12) << true << false;

@@ -40,8 +40,7 @@ private Q_SLOTS:
     void normalise()
     {
         QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(CertificateFingerprint::normalise(text).value_or(QString()), expected);
+        QTEST(CertificateFingerprint::normalise(text).value_or(QString()), "expected");
     }
 
     void mountVerdict_data()
@@ -101,16 +100,14 @@ private Q_SLOTS:
     {
         QFETCH(int, protocol);
         QFETCH(QString, given);
-        QFETCH(QString, error);
-        QFETCH(QString, stored);
         EngineHarness h;
         ControlService control(*h.engine, h.eventLog, h.auditLog);
         const qint64 id = h.addRecord([&](VolumeRecord &r) {
             r.mounting_using_protocol_Enum = MountUsingProtocol_Enum(protocol);
             r.trustedCertificateSHA256 = kB;
         });
-        QCOMPARE(control.trustCertificate(id, given).error.name, error);
-        QCOMPARE(h.record(id).trustedCertificateSHA256, stored);
+        QTEST(control.trustCertificate(id, given).error.name, "error");
+        QTEST(h.record(id).trustedCertificateSHA256, "stored");
     }
 
     void fingerprintIsKept_data()

@@ -22,29 +22,25 @@ const QString kFolder = QStringLiteral("/run/user/1000/gvfs");
 
 struct Env
 {
+    explicit Env(bool restartAllowed = true, std::chrono::milliseconds checkTimeout = 5000ms)
+        : watchdog(bridge, {.restartAllowed = restartAllowed, .checkTimeout = checkTimeout}, &eventLog)
+    {
+    }
     QTemporaryDir dir;
     Defaults defaults{dir.path() + QStringLiteral("/prefs.plist")};
     NotificationCenter center;
     LogEventManager eventLog{defaults, &center};
     std::shared_ptr<FakeFuseBridge> bridge = std::make_shared<FakeFuseBridge>(kFolder);
-    std::unique_ptr<FuseBridgeWatchdog> watchdog;
-    std::unique_ptr<QSignalSpy> checked, lost, restarted;
+    FuseBridgeWatchdog watchdog;
+    QSignalSpy checked{&watchdog, &FuseBridgeWatchdog::checked};
+    QSignalSpy lost{&watchdog, &FuseBridgeWatchdog::bridgeLost};
+    QSignalSpy restarted{&watchdog, &FuseBridgeWatchdog::bridgeRestarted};
 
-    explicit Env(bool restartAllowed = true, std::chrono::milliseconds checkTimeout = 5000ms)
-    {
-        FuseBridgeWatchdog::Options o;
-        o.restartAllowed = restartAllowed;
-        o.checkTimeout = checkTimeout;
-        watchdog = std::make_unique<FuseBridgeWatchdog>(bridge, o, &eventLog);
-        checked = std::make_unique<QSignalSpy>(watchdog.get(), &FuseBridgeWatchdog::checked);
-        lost = std::make_unique<QSignalSpy>(watchdog.get(), &FuseBridgeWatchdog::bridgeLost);
-        restarted = std::make_unique<QSignalSpy>(watchdog.get(), &FuseBridgeWatchdog::bridgeRestarted);
-    }
     bool checkOnce()
     {
-        const qsizetype before = checked->size();
-        watchdog->check();
-        return checked->size() > before || checked->wait(5000);
+        const qsizetype before = checked.size();
+        watchdog.check();
+        return checked.size() > before || checked.wait(5000);
     }
     int eventsContaining(const QString &text) const
     {
@@ -98,44 +94,44 @@ private Q_SLOTS:
         env.bridge->setRestartFailure(failure);
         for (int i = 0; i < 3; ++i)
             QVERIFY(env.checkOnce());
-        QCOMPARE(env.watchdog->state(), state);
+        QCOMPARE(env.watchdog.state(), state);
         QCOMPARE(env.bridge->restartCount(), restarts);
         if (restarts > 0)
             QCOMPARE(env.bridge->lastRestartDetached(), health == Health::Dead);
-        QCOMPARE(env.lost->size(), 1); // once per outage, not per check
-        QCOMPARE(env.lost->first().first().value<State>(), health == Health::Dead ? State::Dead : State::Missing);
+        QCOMPARE(env.lost.size(), 1); // once per outage, not per check
+        QCOMPARE(env.lost.first().first().value<State>(), health == Health::Dead ? State::Dead : State::Missing);
         QCOMPARE(env.eventsContaining(QStringLiteral("CONNECTION_FAILED: GVfs FUSE bridge lost at ") + kFolder), 1);
         QCOMPARE(env.eventsContaining(outcome), 1);
-        QCOMPARE(env.restarted->size(), state == State::Healthy ? 1 : 0);
+        QCOMPARE(env.restarted.size(), state == State::Healthy ? 1 : 0);
         if (state == State::Healthy)
-            QCOMPARE(env.restarted->first().first().toLongLong(), env.watchdog->lastStartedBridgePid());
+            QCOMPARE(env.restarted.first().first().toLongLong(), env.watchdog.lastStartedBridgePid());
 
         // Back, then lost again: a new outage is reported again. A bridge that was started but too slow to
         // mount in time is reported restarted once it has.
         env.bridge->setHealth(Health::Healthy);
         QVERIFY(env.checkOnce());
-        QCOMPARE(env.watchdog->state(), State::Healthy);
-        QCOMPARE(env.restarted->size(), restarts);
+        QCOMPARE(env.watchdog.state(), State::Healthy);
+        QCOMPARE(env.restarted.size(), restarts);
         env.bridge->setHealth(Health::Missing);
         QVERIFY(env.checkOnce());
-        QCOMPARE(env.lost->size(), 2);
+        QCOMPARE(env.lost.size(), 2);
     }
 
     void hangingCheckIsReportedUnresponsive()
     {
         Env env(true, 200ms);
         env.bridge->setHanging(true);
-        env.watchdog->check();
-        QVERIFY(env.checked->wait(3000));
-        QCOMPARE(env.watchdog->state(), State::Unresponsive);
-        QCOMPARE(env.lost->size(), 1);
-        QVERIFY(env.watchdog->isCheckRunning());
-        env.watchdog->check(); // refused while the first one hangs
+        env.watchdog.check();
+        QVERIFY(env.checked.wait(3000));
+        QCOMPARE(env.watchdog.state(), State::Unresponsive);
+        QCOMPARE(env.lost.size(), 1);
+        QVERIFY(env.watchdog.isCheckRunning());
+        env.watchdog.check(); // refused while the first one hangs
         QCOMPARE(env.bridge->restartCount(), 0); // a hanging bridge is never replaced
 
         env.bridge->setHanging(false);
-        QTRY_VERIFY(!env.watchdog->isCheckRunning());
-        QCOMPARE(env.watchdog->state(), State::Healthy);
+        QTRY_VERIFY(!env.watchdog.isCheckRunning());
+        QCOMPARE(env.watchdog.state(), State::Healthy);
     }
 };
 

@@ -1,6 +1,6 @@
 // Probe rules that need no network: skip tables, literal hosts, resolution-failure wording, failure
 // messages, the magic packet, and the probe's argument checks.
-#include "base/Console.h"
+#include "UnitTestHelpers.h"
 #include "core/NetworkTester.h"
 #include "core/WakeOnLan.h"
 #include "platform/fake/FakeNetworkProbe.h"
@@ -12,15 +12,10 @@ class TestNetworkTester : public QObject
     Q_OBJECT
 
 private:
-    QStringList m_lines;
+    ConsoleCapture m_console;
 
 private Q_SLOTS:
-    void init()
-    {
-        m_lines.clear();
-        Console::setSink([this](const QString &line) { m_lines << line; });
-    }
-    void cleanup() { Console::setSink({}); }
+    void init() { m_console.lines.clear(); }
 
     void skip_data()
     {
@@ -61,7 +56,7 @@ private Q_SLOTS:
         QFETCH(QString, line);
         const bool skipped = isAddress ? NetworkTester::shouldSkipAddress(text) : NetworkTester::shouldSkipHost(text);
         QCOMPARE(skipped, !line.isEmpty());
-        QCOMPARE(m_lines, line.isEmpty() ? QStringList() : QStringList{line});
+        QCOMPARE(m_console.lines, line.isEmpty() ? QStringList() : QStringList{line});
     }
 
     // A name-resolution failure on a numeric endpoint is told as a failed connection; any other text stays.
@@ -95,11 +90,11 @@ private Q_SLOTS:
         FakeNetworkProbe network;
         network.setResolved(QStringLiteral("nas.test"), QStringLiteral("192.0.2.4"));
         QCOMPARE(NetworkTester::resolveHostName(network, QStringLiteral(" [2001:db8::7] ")), QStringLiteral("2001:db8::7"));
-        QCOMPARE(m_lines, QStringList{NetworkTester::kDnsNumericLiteralPrefix + QStringLiteral("2001:db8::7")});
+        QCOMPARE(m_console.lines, QStringList{NetworkTester::kDnsNumericLiteralPrefix + QStringLiteral("2001:db8::7")});
         QCOMPARE(NetworkTester::resolveHostName(network, QString()), QStringLiteral("0.0.0.0"));
         QCOMPARE(network.resolveCalls(), 0); // literals and nothing are never looked up
         QCOMPARE(NetworkTester::resolveHostName(network, QStringLiteral("nas.test")), QStringLiteral("192.0.2.4"));
-        m_lines.clear();
+        m_console.lines.clear();
 
         // No endpoint: an error before anything else, even without preferences.
         const SelectResult empty = NetworkTester(nullptr, network).probe(QString(), QString(), 445);
@@ -138,11 +133,11 @@ private Q_SLOTS:
         QCOMPARE(WakeOnLan::send(network, address), packet.has_value());
         if (!packet) {
             QVERIFY(network.wakePackets().isEmpty()); // a malformed address sends nothing, silently
-            QVERIFY(m_lines.isEmpty());
+            QVERIFY(m_console.lines.isEmpty());
             return;
         }
         QCOMPARE(network.wakePackets(), QList<QByteArray>{*packet});
-        QCOMPARE(m_lines, QStringList{WakeOnLan::kSentPrefix + address});
+        QCOMPARE(m_console.lines, QStringList{WakeOnLan::kSentPrefix + address});
         QCOMPARE(packet->size(), 102);
         QCOMPARE(packet->left(6), QByteArray(6, char(0xFF)));
         for (int i = 0; i < 16; ++i)

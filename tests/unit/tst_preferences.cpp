@@ -1,12 +1,18 @@
 // The preference table against the engine's readers: one row per key and case. A reader falls back to its
 // consumer's own default when the key was never written or holds another kind; the page and the
-// configuration import clamp to the table's range.
+// configuration import clamp to the table's range. The page's apply step copies them to the delegate.
 #include "base/Defaults.h"
+#include "base/NotificationCenter.h"
 #include "base/Preferences.h"
+#include "base/PreferencesApply.h"
 
+#include <QHash>
 #include <QSet>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+
+Q_DECLARE_METATYPE(AppDelegateFields)
 
 namespace {
 
@@ -20,17 +26,11 @@ int presence(const Defaults &defaults)
 Reader readerFor(const QString &key)
 {
     using namespace Preferences;
-    if (key == Keys::TcpConnectionTimeout)
-        return tcpConnectionTimeoutSeconds;
-    if (key == Keys::MountTimeout)
-        return mountTimeoutSeconds;
-    if (key == Keys::AutoMountCheckInterval)
-        return autoMountCheckIntervalSeconds;
-    if (key == Keys::MaxNumberOfLogLines)
-        return maxNumberOfLogLines;
-    if (key == Keys::AppPresenceMode)
-        return presence;
-    return nullptr;
+    static const QHash<QString, Reader> readers{
+        {Keys::TcpConnectionTimeout, tcpConnectionTimeoutSeconds}, {Keys::MountTimeout, mountTimeoutSeconds},
+        {Keys::AutoMountCheckInterval, autoMountCheckIntervalSeconds}, {Keys::MaxNumberOfLogLines, maxNumberOfLogLines},
+        {Keys::AppPresenceMode, presence}};
+    return readers.value(key);
 }
 
 } // namespace
@@ -135,6 +135,43 @@ private Q_SLOTS:
             }
         }
         QCOMPARE(Preferences::clamp(QStringLiteral("no such key"), -7), qint64(-7));
+    }
+
+    void apply_data()
+    {
+        using namespace Preferences::Keys;
+        QTest::addColumn<QVariantMap>("stored");
+        QTest::addColumn<AppDelegateFields>("copied");
+        // Unset values stay unset: each consumer then keeps its own default (the probe's, the log's 2000 ...).
+        QTest::newRow("nothing stored") << QVariantMap() << AppDelegateFields();
+        QTest::newRow("not an integer") << QVariantMap{{MountTimeout, QStringLiteral("60")}} << AppDelegateFields();
+        // Distinct values per field, so that a key read into the wrong field shows; out-of-range values clamped.
+        QTest::newRow("all set") << QVariantMap{{TcpConnectionTimeout, 30}, {MountTimeout, 1},
+                                                {AutoMountCheckInterval, 5000}, {MaxNumberOfLogLines, 500},
+                                                {DeleteAssociatedLogEntries, false}, {ShowConfigurationOnStart, true}}
+                                 << AppDelegateFields{5, 10, 1440, 500, false, true};
+    }
+    void apply()
+    {
+        QFETCH(QVariantMap, stored);
+        QFETCH(AppDelegateFields, copied);
+        QTemporaryDir dir;
+        Defaults defaults(dir.path() + QStringLiteral("/prefs.plist"));
+        for (auto it = stored.cbegin(); it != stored.cend(); ++it)
+            defaults.setValue(it.key(), it.value());
+        NotificationCenter center;
+        QSignalSpy posted(&center, &NotificationCenter::posted);
+        AppDelegateFields fields{12345, 12345, 12345, 12345, true, false}; // stale copies are replaced, also by "unset"
+
+        PreferencesApply::apply(defaults, fields, &center);
+        const auto tie = [](const AppDelegateFields &f) {
+            return std::tie(f.tcp_connection_timeout_Int, f.mount_timeout_Int, f.auto_mount_check_interval_Int,
+                            f.max_number_of_log_lines_Int, f.delete_associated_log_entries, f.show_configuration_on_start);
+        };
+        QVERIFY(tie(fields) == tie(copied));
+        QCOMPARE(posted.size(), 1);
+        QCOMPARE(posted.first().at(0).toString(), QStringLiteral("Tarnwell_PreferencesChanged"));
+        QVERIFY(posted.first().at(1).toMap().isEmpty());
     }
 };
 

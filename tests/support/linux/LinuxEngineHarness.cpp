@@ -2,10 +2,9 @@
 
 #include "platform/linux/LinuxPlatform.h"
 
-#include <QCoreApplication>
+#include "TestStack.h"
 
-#include <chrono>
-#include <future>
+#include <algorithm>
 
 namespace {
 PlatformPorts stackPorts(const QString &)
@@ -44,17 +43,17 @@ LinuxEngineHarness::~LinuxEngineHarness()
 
 bool LinuxEngineHarness::savePassword(const QString &password, const QString &account)
 {
-    auto future = std::async(std::launch::async, [&] { return credentials.save(password, account); });
-    while (future.wait_for(std::chrono::milliseconds(10)) != std::future_status::ready)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    return future.get();
+    return TestStack::onWorker([&] { return credentials.save(password, account); });
 }
 
 bool LinuxEngineHarness::listed(const QString &path) const
 {
-    for (const MountedVolume &v : table.mountedVolumes()) {
-        if (v.path == path)
-            return true;
-    }
-    return false;
+    const QList<MountedVolume> volumes = table.mountedVolumes();
+    return std::ranges::any_of(volumes, [&path](const MountedVolume &v) { return v.path == path; });
+}
+
+bool LinuxEngineHarness::listedContaining(const QString &text) const
+{
+    const QList<MountedVolume> volumes = table.mountedVolumes();
+    return std::ranges::any_of(volumes, [&text](const MountedVolume &v) { return v.path.contains(text); });
 }

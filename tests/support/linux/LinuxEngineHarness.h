@@ -40,6 +40,7 @@ public:
 
     bool savePassword(const QString &password, const QString &account); // on a worker: the keyring blocks
     bool listed(const QString &path) const;                             // in GVfs's mount table now
+    bool listedContaining(const QString &text) const;                   // a listed path contains `text`
 
     MountTable &table;
     FileSystem &fileSystem;
