@@ -56,6 +56,11 @@ struct ExchangeFixture
         }
         return -1;
     }
+    qint64 idOf(const char *hostShare) const // "host/share", as shares() lists them
+    {
+        const QString text = QString::fromUtf8(hostShare);
+        return idOf(text.section(QLatin1Char('/'), 0, 0), text.section(QLatin1Char('/'), 1));
+    }
 
     ConfigurationManager::CsvOutcome importCsv(const QString &text)
     {

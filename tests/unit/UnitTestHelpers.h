@@ -3,6 +3,7 @@
 
 #include "base/Console.h"
 #include "base/PropertyList.h"
+#include "core/VolumeRecord.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,6 +15,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <map>
 
 // Collects console lines while alive. Lines may come from worker threads (the audit log's writer).
 struct ConsoleCapture
@@ -65,6 +67,55 @@ inline QStringList strs(std::initializer_list<const char *> items)
 inline QJsonObject json(const char *text)
 {
     return QJsonDocument::fromJson(QByteArray(text)).object();
+}
+
+// Sets fields of a record from "key=value" pairs separated by ';' (a value may hold ','), for compact rows:
+// id, host, share, nick, user, guest, port (empty: none), protocol (SMB, AFP, NFS, WebDAV, WebDAVS), auto,
+// volumes, dir, group, mac, ssids, locked, by, password, override. An unknown key fails loudly.
+inline void setFields(VolumeRecord &r, const QString &spec)
+{
+    using R = VolumeRecord;
+    static const std::map<QString, QString R::*> texts{
+        {QStringLiteral("host"), &R::hostname_String},   {QStringLiteral("share"), &R::volume_String},
+        {QStringLiteral("nick"), &R::nickname_String},   {QStringLiteral("user"), &R::username_String},
+        {QStringLiteral("group"), &R::group_String},     {QStringLiteral("mac"), &R::macAddress_String},
+        {QStringLiteral("ssids"), &R::allowedSSIDs_String}, {QStringLiteral("by"), &R::managedBy},
+        {QStringLiteral("dir"), &R::unique_mountpoint_fullpath_String}};
+    static const std::map<QString, int R::*> flags{
+        {QStringLiteral("guest"), &R::no_password_guest_login}, {QStringLiteral("auto"), &R::auto_Mount},
+        {QStringLiteral("volumes"), &R::mount_inside_Volumes}};
+    for (const QString &pair : spec.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+        const QString key = pair.section(QLatin1Char('='), 0, 0);
+        const QString v = pair.section(QLatin1Char('='), 1);
+        if (const auto text = texts.find(key); text != texts.end())
+            r.*(text->second) = v;
+        else if (const auto flag = flags.find(key); flag != flags.end())
+            r.*(flag->second) = v.toInt();
+        else if (key == QLatin1String("id"))
+            r.internal_ID_Int = v.toLongLong();
+        else if (key == QLatin1String("port"))
+            r.port_Int = v.isEmpty() ? std::nullopt : std::optional<qint64>(v.toLongLong());
+        else if (key == QLatin1String("protocol"))
+            r.mounting_using_protocol_Enum = MountUsingProtocol_Enum(strs({"SMB", "AFP", "NFS", "WebDAV", "WebDAVS"}).indexOf(v));
+        else if (key == QLatin1String("locked"))
+            r.isLocked = v == QLatin1String("1");
+        else if (key == QLatin1String("password"))
+            r._cachedPassword = v;
+        else if (key == QLatin1String("override"))
+            r.credentialAccountOverride = v;
+        else
+            qFatal("setFields: unknown key in '%s'", qPrintable(pair));
+    }
+}
+inline void setFields(VolumeRecord &r, const char *spec)
+{
+    setFields(r, QString::fromUtf8(spec));
+}
+inline VolumeRecord recordOf(const char *spec)
+{
+    VolumeRecord r;
+    setFields(r, spec);
+    return r;
 }
 
 inline constexpr double kReferenceDate = 978307200.0; // 2001-01-01T00:00:00Z in Unix seconds

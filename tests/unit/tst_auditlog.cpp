@@ -30,16 +30,12 @@ QString detailsAt(const QJsonArray &array, qsizetype i)
 // An entry written by hand, as a file left by an earlier run would hold it.
 QJsonObject handEntry(const QString &details, const QDateTime &timestamp)
 {
-    return QJsonObject{
-        {QStringLiteral("id"), QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper()},
-        {QStringLiteral("timestamp"), timestamp.toUTC().toString(Qt::ISODate)},
-        {QStringLiteral("eventType"), QStringLiteral("MOUNT_SUCCESS")},
-        {QStringLiteral("shareName"), QStringLiteral("share")},
-        {QStringLiteral("username"), QStringLiteral("alice")},
-        {QStringLiteral("machineName"), QStringLiteral("desk")},
-        {QStringLiteral("details"), details},
-        {QStringLiteral("success"), true},
-    };
+    QJsonObject entry = json(R"({"eventType":"MOUNT_SUCCESS","shareName":"share","username":"alice",)"
+                             R"("machineName":"desk","success":true})");
+    entry.insert(QStringLiteral("id"), QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper());
+    entry.insert(QStringLiteral("timestamp"), timestamp.toUTC().toString(Qt::ISODate));
+    entry.insert(QStringLiteral("details"), details);
+    return entry;
 }
 
 } // namespace
@@ -55,10 +51,8 @@ private Q_SLOTS:
 
     void logFillsEntryAndPrints();
     void capsInMemoryAndOnDisk();
-    void corruptFileIsKeptAside_data();
-    void corruptFileIsKeptAside();
-    void badEntryLosesOnlyItself_data();
-    void badEntryLosesOnlyItself();
+    void unreadableFileIsKeptAside_data();
+    void unreadableFileIsKeptAside();
     void concurrentLoggingLosesNothing();
     void failedWriteKeepsEntriesAndRetries();
 
@@ -190,82 +184,68 @@ void TestAuditLog::capsInMemoryAndOnDisk()
     QCOMPARE(detailsAt(file, 9999), QStringLiteral("9998"));
 }
 
-void TestAuditLog::corruptFileIsKeptAside_data()
+void TestAuditLog::unreadableFileIsKeptAside_data()
 {
     QTest::addColumn<QByteArray>("content");
-    QTest::newRow("truncated JSON") << QByteArray("[{\"id\": \"AB");
-    QTest::newRow("object instead of array") << QByteArray("{\"entries\": []}");
-}
+    QTest::addColumn<QString>("loadLine");  // printed once on loading
+    QTest::addColumn<QString>("asideLine"); // printed once when the next write sets the old file aside
+    QTest::addColumn<QStringList>("kept");  // details in the file after logging "new", newest first
 
-void TestAuditLog::badEntryLosesOnlyItself_data()
-{
-    QTest::addColumn<QJsonValue>("bad");
-    QJsonObject unknownType = handEntry(QStringLiteral("bad"), QDateTime::currentDateTimeUtc());
-    unknownType.insert(QStringLiteral("eventType"), QStringLiteral("TELEPORT"));
-    QJsonObject mistyped = handEntry(QStringLiteral("bad"), QDateTime::currentDateTimeUtc());
-    mistyped.insert(QStringLiteral("success"), QStringLiteral("yes"));
-    QTest::newRow("entry missing a key") << QJsonValue(QJsonObject{{QStringLiteral("details"), QStringLiteral("x")}});
-    QTest::newRow("unknown event type") << QJsonValue(unknownType);
-    QTest::newRow("mistyped field") << QJsonValue(mistyped);
-    QTest::newRow("not an object") << QJsonValue(42);
-}
+    const QString failed = QStringLiteral("❌ [AUDIT] Failed to load audit log: ");
+    const QString keptAs = QStringLiteral("⚠️ [AUDIT] Unreadable audit log kept as ");
+    QTest::newRow("truncated JSON") << QByteArray("[{\"id\": \"AB") << failed << keptAs << strs({"new"});
+    QTest::newRow("object instead of array") << QByteArray("{\"entries\": []}") << failed << keptAs << strs({"new"});
 
-void TestAuditLog::badEntryLosesOnlyItself()
-{
-    QFETCH(QJsonValue, bad);
+    // A bad entry between two readable ones loses only itself.
     const QDateTime t = QDateTime::currentDateTimeUtc().addSecs(-60);
-    const QByteArray content =
-        QJsonDocument(QJsonArray{handEntry(QStringLiteral("newer"), t), bad, handEntry(QStringLiteral("older"), t)})
+    const auto around = [t](const QJsonValue &bad) {
+        return QJsonDocument(QJsonArray{handEntry(QStringLiteral("newer"), t), bad, handEntry(QStringLiteral("older"), t)})
             .toJson();
-    QVERIFY(writeFile(path(), content));
-
-    ConsoleCapture console;
-    EnterpriseAuditLog log(path());
-    QCOMPARE(log.entries().size(), 2);
-    const QStringList skipped = console.startingWith(QStringLiteral("⚠️ [AUDIT] 1 unreadable audit entries left out: "));
-    QCOMPARE(skipped.size(), 1);
-    QVERIFY2(skipped.first().contains(QStringLiteral("entry 1: ")), qPrintable(skipped.first()));
-
-    // The next write carries the readable entries over; the file as it was is kept aside, named.
-    log.log(AuditEventType::appLaunch, std::nullopt, std::nullopt, QStringLiteral("new"), true);
-    log.waitForPendingWrites();
-    const QJsonArray file = readFileArray(path());
-    QCOMPARE(file.size(), 3);
-    QCOMPARE(detailsAt(file, 0), QStringLiteral("new"));
-    QCOMPARE(detailsAt(file, 1), QStringLiteral("newer"));
-    QCOMPARE(detailsAt(file, 2), QStringLiteral("older"));
-    const QStringList aside = QDir(folder()).entryList({QStringLiteral("audit_log.json.corrupt-*")}, QDir::Files);
-    QCOMPARE(aside.size(), 1);
-    QCOMPARE(readFile(folder() + u'/' + aside.first()), content);
-    QCOMPARE(console.startingWith(QStringLiteral("⚠️ [AUDIT] Unreadable audit entries left out of the log")).size(), 1);
+    };
+    QJsonObject unknownType = handEntry(QStringLiteral("bad"), t);
+    unknownType.insert(QStringLiteral("eventType"), QStringLiteral("TELEPORT"));
+    QJsonObject mistyped = handEntry(QStringLiteral("bad"), t);
+    mistyped.insert(QStringLiteral("success"), QStringLiteral("yes"));
+    const QString skipped = QStringLiteral("⚠️ [AUDIT] 1 unreadable audit entries left out: entry 1: ");
+    const QString leftOut = QStringLiteral("⚠️ [AUDIT] Unreadable audit entries left out of the log");
+    const QStringList three = strs({"new", "newer", "older"});
+    QTest::newRow("entry missing a key") << around(json(R"({"details":"x"})")) << skipped << leftOut << three;
+    QTest::newRow("unknown event type") << around(unknownType) << skipped << leftOut << three;
+    QTest::newRow("mistyped field") << around(mistyped) << skipped << leftOut << three;
+    QTest::newRow("not an object") << around(42) << skipped << leftOut << three;
 }
 
-void TestAuditLog::corruptFileIsKeptAside()
+void TestAuditLog::unreadableFileIsKeptAside()
 {
     QFETCH(QByteArray, content);
+    QFETCH(QStringList, kept);
     QVERIFY(writeFile(path(), content));
 
     ConsoleCapture console;
     EnterpriseAuditLog log(path());
-    QVERIFY(log.entries().isEmpty());
-    QCOMPARE(console.startingWith(QStringLiteral("❌ [AUDIT] Failed to load audit log: ")).size(), 1);
+    QCOMPARE(log.entries().size(), kept.size() - 1);
+    QFETCH(QString, loadLine);
+    QCOMPARE(console.startingWith(loadLine).size(), 1);
 
-    log.log(AuditEventType::appLaunch, std::nullopt, std::nullopt, QStringLiteral("Tarnwell launched"), true);
+    // The next write carries the readable entries over; the file as it was is kept aside, announced.
+    log.log(AuditEventType::appLaunch, std::nullopt, std::nullopt, QStringLiteral("new"), true);
     log.waitForPendingWrites();
-
-    // The new file holds only the new entry; the old content survives next to it, announced on the console.
-    QCOMPARE(readFileArray(path()).size(), 1);
+    QStringList details;
+    for (const QJsonValue &entry : readFileArray(path()))
+        details << entry.toObject().value(QStringLiteral("details")).toString();
+    QCOMPARE(details, kept);
     const auto asideFiles = [this] {
         return QDir(folder()).entryList({QStringLiteral("audit_log.json.corrupt-*")}, QDir::Files);
     };
     QCOMPARE(asideFiles().size(), 1);
     QCOMPARE(readFile(folder() + u'/' + asideFiles().first()), content);
-    QCOMPARE(console.startingWith(QStringLiteral("⚠️ [AUDIT] Unreadable audit log kept as ")).size(), 1);
+    QFETCH(QString, asideLine);
+    QCOMPARE(console.startingWith(asideLine).size(), 1);
 
     // Once replaced, the file is valid again and nothing more is set aside.
     log.log(AuditEventType::appQuit, std::nullopt, std::nullopt, QStringLiteral("Tarnwell quit"), true);
     log.waitForPendingWrites();
-    QCOMPARE(readFileArray(path()).size(), 2);
+    QCOMPARE(readFileArray(path()).size(), kept.size() + 1);
     QCOMPARE(asideFiles().size(), 1);
 }
 

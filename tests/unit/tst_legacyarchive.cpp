@@ -90,25 +90,21 @@ void TestLegacyArchive::decodesEveryRecordClassName()
     QVERIFY(console.lines.isEmpty());
     QCOMPARE(records->size(), 2);
 
-    const VolumeRecord &a = records->at(0);
-    QCOMPARE(a.internal_ID_Int, 3);
-    QCOMPARE(a.hostname_String, QStringLiteral("nas-a"));
-    QCOMPARE(a.volume_String, QString()); // "share" stored beside the empty flag
-    QVERIFY(!a.port_Int);                  // "$null"
-    QCOMPARE(a.nickname_String, QStringLiteral("nas-a share"));
-    QCOMPARE(a.username_String, QStringLiteral("alice"));
-    QCOMPARE(a.mounting_using_protocol_Enum, MountUsingProtocol_Enum::AFP);
-    QCOMPARE(a.auto_Mount + a.schedule_Mount, 2); // inline and by reference
-    QCOMPARE(a.schedule_MountTime, kMountTime);
-    QCOMPARE(a.schedule_Weekdays, (QList<int>{1, 7}));
-    QCOMPARE(a.group_String, QStringLiteral("Office"));
-    QVERIFY(a.isLocked);
-    QCOMPARE(a._cachedPassword, std::optional<QString>(QStringLiteral("old-pass")));
-    QVERIFY(!a.credentialAccountOverride);
-
+    // Everything the archive holds, and nothing else: "share" stored beside the empty flag is no share name,
+    // "$null" is no port, and auto_Mount (inline) and schedule_Mount (by reference) both count.
+    VolumeRecord expected = recordOf("id=3;host=nas-a;share=;nick=nas-a share;user=alice;protocol=AFP;auto=1;"
+                                     "group=Office;locked=1;password=old-pass");
+    expected.schedule_Mount = 1;
+    expected.schedule_MountTime = kMountTime;
+    expected.schedule_UnMountTime = records->at(0).schedule_UnMountTime; // not archived: the default
+    expected.schedule_Weekdays = {1, 7};
+    QCOMPARE(records->at(0).encode(), expected.encode());
+    QCOMPARE(records->at(0)._cachedPassword, expected._cachedPassword);
     const VolumeRecord &b = records->at(1);
-    QCOMPARE(b.internal_ID_Int, 9);
-    QCOMPARE(b.credentialAccountOverride, std::optional<QString>(kOverride));
+    setFields(expected, "id=9;host=fe80::1;share=share;nick=fe80::1 share;port=1445");
+    expected.credentialAccountOverride = kOverride;
+    expected.schedule_UnMountTime = b.schedule_UnMountTime;
+    QCOMPARE(b.encode(), expected.encode());
     QCOMPARE(b.mountURLText(), QStringLiteral("afp://[fe80::1]:1445/share"));
 }
 
@@ -132,14 +128,16 @@ void TestLegacyArchive::brokenArchiveImportsNothing_data()
     auto setValue = [&oneRecord](const char *key, const std::function<QVariant(ArchiveBuilder &)> &value) {
         return oneRecord([&](ArchiveBuilder &bb, QVariantMap &v, quint64) { v.insert(QLatin1String(key), value(bb)); });
     };
-
-    {
+    // An archive laid out by `make` on a fresh builder.
+    auto built = [](const std::function<QByteArray(ArchiveBuilder &)> &make) {
         ArchiveBuilder b;
-        const QVariant element = b.object(QStringLiteral("Other.Thing"), [](ArchiveBuilder &bb) {
-            return recordValues(bb, 1, QStringLiteral("h"), true);
-        });
-        QTest::newRow("unknown class") << b.finish(b.array({element})) << "unknown class Other.Thing";
-    }
+        return make(b);
+    };
+    const auto aRecord = [](ArchiveBuilder &bb) { return recordValues(bb, 1, QStringLiteral("h"), true); };
+
+    QTest::newRow("unknown class") << built([&](ArchiveBuilder &b) {
+        return b.finish(b.array({b.object(QStringLiteral("Other.Thing"), aRecord)}));
+    }) << "unknown class Other.Thing";
     QTest::newRow("unknown value class") << setValue("group_String", [](ArchiveBuilder &bb) {
         return bb.object(QStringLiteral("NSURL"),
                          [](ArchiveBuilder &) { return QVariantMap{{QStringLiteral("NS.relative"), QStringLiteral("x")}}; });
@@ -166,27 +164,18 @@ void TestLegacyArchive::brokenArchiveImportsNothing_data()
     QTest::newRow("record refers to its list") << oneRecord([](ArchiveBuilder &, QVariantMap &v, quint64 rootUid) {
         v.insert(QStringLiteral("group_String"), uid(rootUid));
     }) << "refers to itself";
-    {
-        ArchiveBuilder b;
-        QTest::newRow("root is a record") << b.finish(b.object(record, [](ArchiveBuilder &bb) {
-            return recordValues(bb, 1, QStringLiteral("h"), true);
-        })) << "root object is not an array";
-    }
-    {
-        ArchiveBuilder b;
-        QTest::newRow("element is nil") << b.finish(b.array({b.null()})) << "nil element";
-    }
-    {
-        ArchiveBuilder b;
-        QTest::newRow("element not a record") << b.finish(b.array({b.add(QStringLiteral("x"))}))
-                                              << "element 0 is not a share record";
-    }
-    {
-        ArchiveBuilder b;
+    QTest::newRow("root is a record") << built([&](ArchiveBuilder &b) { return b.finish(b.object(record, aRecord)); })
+                                      << "root object is not an array";
+    QTest::newRow("element is nil") << built([](ArchiveBuilder &b) { return b.finish(b.array({b.null()})); })
+                                    << "nil element";
+    QTest::newRow("element not a record") << built([](ArchiveBuilder &b) {
+        return b.finish(b.array({b.add(QStringLiteral("x"))}));
+    }) << "element 0 is not a share record";
+    QTest::newRow("root not a reference") << built([](ArchiveBuilder &b) {
         b.top.insert(QStringLiteral("root"), qint64(1)); // not a UID
         b.top.insert(QStringLiteral("other"), uid(0));
-        QTest::newRow("root not a reference") << b.finish(QVariant()) << "without a root object";
-    }
+        return b.finish(QVariant());
+    }) << "without a root object";
     QTest::newRow("not an archive") << PropertyList::serialize(QVariantMap{{QStringLiteral("a"), qint64(1)}}, PropertyList::Format::Binary)
                                     << "not a keyed archive";
     QTest::newRow("not a property list") << QByteArray("bplist00\x01\x02garbage") << "not a property list";
@@ -237,10 +226,8 @@ void TestLegacyArchive::importFromPreferencesFile()
     QVERIFY(records);
     QCOMPARE(records->size(), 2);
 
-    VolumeRecord native;
-    native.internal_ID_Int = 5;
-    native.hostname_String = QStringLiteral("n");
-    records = LegacyArchive::importFromPreferencesFile(writePlist(QStringLiteral("native.plist"), QVariantList{native.encode()}));
+    const QVariantList native{recordOf("id=5;host=n").encode()};
+    records = LegacyArchive::importFromPreferencesFile(writePlist(QStringLiteral("native.plist"), native));
     QVERIFY(records);
     QCOMPARE(records->size(), 1);
     QCOMPARE(records->first().internal_ID_Int, 5);

@@ -1,4 +1,5 @@
 // LogEvent: raw values of the event kinds, the record snapshot, and the stored form.
+#include "UnitTestHelpers.h"
 #include "core/RecordEvent.h"
 #include "logging/LogEvent.h"
 
@@ -40,10 +41,7 @@ void TestLogEvent::rawValues()
 
 void TestLogEvent::snapshotOfRecord()
 {
-    VolumeRecord record;
-    record.internal_ID_Int = 4711;
-    record.hostname_String = QStringLiteral("nas.local");
-    record.volume_String = QStringLiteral("media");
+    VolumeRecord record = recordOf("id=4711;host=nas.local;share=media");
     record.runtime_computed_mountpoint_String = QStringLiteral("/run/gvfs/media");
     record.runtime_status_String = QStringLiteral("Mounted");
 

@@ -3,24 +3,13 @@
 // control interface and tarnwellctl only pass the refusals on. (Removal of a managed share: the engine's
 // own tests.)
 #include "support/EngineHarness.h"
+#include "UnitTestHelpers.h"
 
 #include "core/RecordRules.h"
 
 #include <QTest>
 
 namespace {
-
-using RecordEdit = std::function<void(VolumeRecord &)>;
-
-VolumeRecord share(const QString &host, const QString &name, const QString &user = QString())
-{
-    VolumeRecord r;
-    r.hostname_String = host;
-    r.volume_String = name;
-    r.no_password_guest_login = user.isEmpty() ? 1 : 0;
-    r.username_String = user.isEmpty() ? QStringLiteral("guest") : user;
-    return r;
-}
 
 QList<QVariantMap> stored(const MountEngine &engine)
 {
@@ -31,8 +20,6 @@ QList<QVariantMap> stored(const MountEngine &engine)
 }
 
 } // namespace
-
-Q_DECLARE_METATYPE(RecordEdit)
 
 class TestRecordRules : public QObject
 {
@@ -47,29 +34,26 @@ private Q_SLOTS:
 
 void TestRecordRules::sameShare_data()
 {
-    QTest::addColumn<RecordEdit>("edit"); // turns a copy of A (alice on smb://NAS/data) into B
+    QTest::addColumn<QString>("edit"); // turns a copy of A (alice on smb://NAS/data) into B (setFields)
     QTest::addColumn<bool>("same");
 
-    QTest::newRow("host case and blanks") << RecordEdit([](VolumeRecord &r) { r.hostname_String = QStringLiteral(" nas "); })
-                                          << true;
-    QTest::newRow("share slashes") << RecordEdit([](VolumeRecord &r) { r.volume_String = QStringLiteral("/data/"); }) << true;
-    QTest::newRow("share case differs") << RecordEdit([](VolumeRecord &r) { r.volume_String = QStringLiteral("Data"); })
-                                        << false;
-    QTest::newRow("other protocol")
-        << RecordEdit([](VolumeRecord &r) { r.mounting_using_protocol_Enum = MountUsingProtocol_Enum::AFP; }) << false;
-    QTest::newRow("other user") << RecordEdit([](VolumeRecord &r) { r.username_String = QStringLiteral("bob"); }) << false;
-    QTest::newRow("other port") << RecordEdit([](VolumeRecord &r) { r.port_Int = 1445; }) << false;
-    QTest::newRow("default port spelled out") << RecordEdit([](VolumeRecord &r) { r.port_Int = 445; }) << true;
-    QTest::newRow("guest vs user") << RecordEdit([](VolumeRecord &r) { r.no_password_guest_login = 1; }) << false;
+    QTest::newRow("host case and blanks") << "host= nas " << true;
+    QTest::newRow("share slashes") << "share=/data/" << true;
+    QTest::newRow("share case differs") << "share=Data" << false;
+    QTest::newRow("other protocol") << "protocol=AFP" << false;
+    QTest::newRow("other user") << "user=bob" << false;
+    QTest::newRow("other port") << "port=1445" << false;
+    QTest::newRow("default port spelled out") << "port=445" << true;
+    QTest::newRow("guest vs user") << "guest=1" << false;
 }
 
 void TestRecordRules::sameShare()
 {
-    QFETCH(RecordEdit, edit);
+    QFETCH(QString, edit);
     QFETCH(bool, same);
-    VolumeRecord a = share(QStringLiteral("NAS"), QStringLiteral("data"), QStringLiteral("alice"));
+    const VolumeRecord a = recordOf("host=NAS;share=data;user=alice");
     VolumeRecord b = a;
-    edit(b);
+    setFields(b, edit);
     QCOMPARE(RecordRules::isSameShare(a, b), same);
     QCOMPARE(RecordRules::isSameShare(b, a), same);
 }
@@ -77,64 +61,49 @@ void TestRecordRules::sameShare()
 void TestRecordRules::userChanges_data()
 {
     // On an engine holding 1: guest smb://nas/pub, 2: alice on smb://nas/team, 3: managed by MDM,
-    // 4: managed without a name. "add" adds share(...) changed by `change`; "edit N" changes record N;
-    // "password N" stores a password for record N.
+    // 4: managed without a name. "add" adds guest smb://nas/pub changed by `change` (setFields); "edit N"
+    // changes record N; "password N" stores a password for record N.
     QTest::addColumn<QString>("operation");
-    QTest::addColumn<RecordEdit>("change");
+    QTest::addColumn<QString>("change");
     QTest::addColumn<QString>("refusal"); // the whole message; empty: accepted
 
-    const RecordEdit none = [](VolumeRecord &) {};
-    QTest::newRow("add the same share spelt differently") << "add" << RecordEdit([](VolumeRecord &r) {
-        r.hostname_String = QStringLiteral(" NAS ");
-        r.volume_String = QStringLiteral("/pub/");
-    }) << "Duplicate share: smb://nas/pub (SMB, user guest) already exists with the ID 1";
-    QTest::newRow("add the same share for another user") << "add" << RecordEdit([](VolumeRecord &r) {
-        r.volume_String = QStringLiteral("team");
-        r.no_password_guest_login = 0;
-        r.username_String = QStringLiteral("bob");
-    }) << "";
-    QTest::newRow("edit into another share") << "edit 2" << RecordEdit([](VolumeRecord &r) {
-        r.volume_String = QStringLiteral("pub");
-        r.no_password_guest_login = 1;
-    }) << "Duplicate share: the share with the ID 1 already has these settings";
-    QTest::newRow("edit keeping its own settings")
-        << "edit 2" << RecordEdit([](VolumeRecord &r) { r.nickname_String = QStringLiteral("Team"); }) << "";
+    QTest::newRow("add the same share spelt differently")
+        << "add" << "host= NAS ;share=/pub/" << "Duplicate share: smb://nas/pub (SMB, user guest) already exists with the ID 1";
+    QTest::newRow("add the same share for another user") << "add" << "share=team;guest=0;user=bob" << "";
+    QTest::newRow("edit into another share")
+        << "edit 2" << "share=pub;guest=1" << "Duplicate share: the share with the ID 1 already has these settings";
+    QTest::newRow("edit keeping its own settings") << "edit 2" << "nick=Team" << "";
     QTest::newRow("edit a managed share")
-        << "edit 3" << RecordEdit([](VolumeRecord &r) { r.nickname_String = QStringLiteral("Mine"); })
-        << "IT-Managed Share: This share is managed by MDM. Settings cannot be modified.";
+        << "edit 3" << "nick=Mine" << "IT-Managed Share: This share is managed by MDM. Settings cannot be modified.";
     // The fallbacks of the edit and remove texts differ on purpose.
     QTest::newRow("edit a managed share without a manager")
-        << "edit 4" << none << "IT-Managed Share: This share is managed by IT Department. Settings cannot be modified.";
+        << "edit 4" << "" << "IT-Managed Share: This share is managed by IT Department. Settings cannot be modified.";
     QTest::newRow("password of a managed share")
-        << "password 3" << none << "IT-Managed Share: This share is managed by MDM. Settings cannot be modified.";
-    QTest::newRow("password of a share") << "password 2" << none << "";
+        << "password 3" << "" << "IT-Managed Share: This share is managed by MDM. Settings cannot be modified.";
+    QTest::newRow("password of a share") << "password 2" << "" << "";
 }
 
 void TestRecordRules::userChanges()
 {
     QFETCH(QString, operation);
-    QFETCH(RecordEdit, change);
+    QFETCH(QString, change);
     QFETCH(QString, refusal);
     EngineHarness h;
-    QCOMPARE(h.engine->addRecord(share(QStringLiteral("nas"), QStringLiteral("pub"))), 1);
-    QCOMPARE(h.engine->addRecord(share(QStringLiteral("nas"), QStringLiteral("team"), QStringLiteral("alice"))), 2);
-    for (const QString &manager : {QStringLiteral("MDM"), QString()}) {
-        VolumeRecord managed = share(QStringLiteral("corp"), QStringLiteral("policies"));
-        managed.isLocked = true;
-        managed.managedBy = manager;
-        h.engine->addRecord(managed);
-    }
+    QCOMPARE(h.engine->addRecord(recordOf("host=nas;share=pub;guest=1")), 1);
+    QCOMPARE(h.engine->addRecord(recordOf("host=nas;share=team;user=alice")), 2);
+    h.engine->addRecord(recordOf("host=corp;share=policies;guest=1;locked=1;by=MDM"));
+    h.engine->addRecord(recordOf("host=corp;share=policies;guest=1;locked=1"));
     const QList<QVariantMap> before = stored(*h.engine);
 
     MountEngine::UserChange result;
     const qint64 target = operation.section(QLatin1Char(' '), 1).toLongLong();
     if (operation == QLatin1String("add")) {
-        VolumeRecord added = share(QStringLiteral("nas"), QStringLiteral("pub"));
-        change(added);
+        VolumeRecord added = recordOf("host=nas;share=pub;guest=1");
+        setFields(added, change);
         result = h.engine->addUserRecord(added);
     } else {
         VolumeRecord edited = h.record(target);
-        change(edited);
+        setFields(edited, change);
         if (operation.startsWith(QLatin1String("password")))
             CredentialStore::setPassword(edited, QStringLiteral("n3w pw"));
         result = h.engine->editUserRecord(edited);

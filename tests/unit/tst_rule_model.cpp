@@ -18,12 +18,38 @@ RuleCondition cond(RuleCondition::Type type, const QString &value = {})
     return c;
 }
 
-RuleContext at(int hour, int minute)
+// The rules file's own form: type raw values, seconds since 2001-01-01 UTC, null lastTriggered accepted.
+const char *const kFile = R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","name":"r","isEnabled":true,
+    "conditions":[{"id":"11111111-2222-3333-4444-555555555555","type":"Time Window","parameters":{"timeRange":"09:00-17:00"}}],
+    "conditionMode":"all","actions":[{"id":"11111111-2222-3333-4444-666666666666","type":"Wait/Delay","parameters":{"seconds":"2"}}],
+    "lastTriggered":86400,"triggerCount":3},
+    {"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E50","name":"n","isEnabled":false,"conditions":[],"conditionMode":"any",
+    "actions":[],"lastTriggered":null,"triggerCount":0}])";
+
+// A context from "key=value" pairs separated by ';': ssid (none: off Wi-Fi), apps and mounted (lists with ','),
+// time (hh:mm), day (1 = Sunday), vpn, and battery (no value; on mains otherwise).
+RuleContext context(const QString &spec)
 {
-    RuleContext context;
-    context.currentHour = hour;
-    context.currentMinute = minute;
-    return context;
+    RuleContext c;
+    for (const QString &pair : spec.split(u';', Qt::SkipEmptyParts)) {
+        const QString key = pair.section(u'=', 0, 0);
+        const QString value = pair.section(u'=', 1);
+        if (key == QLatin1String("ssid"))
+            c.currentSSID = value;
+        else if (key == QLatin1String("apps"))
+            c.runningApps = value.split(u',');
+        else if (key == QLatin1String("mounted"))
+            c.mountedVolumes = value.split(u',');
+        else if (key == QLatin1String("time"))
+            std::tie(c.currentHour, c.currentMinute) = std::pair(value.left(2).toInt(), value.mid(3).toInt());
+        else if (key == QLatin1String("day"))
+            c.currentWeekday = value.toInt();
+        else if (key == QLatin1String("vpn"))
+            c.connectedVPN = value;
+        else
+            c.isOnPower = key != QLatin1String("battery");
+    }
+    return c;
 }
 
 } // namespace
@@ -32,57 +58,65 @@ class TestRuleModel : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void timeWindow_data()
+    void conditions_data()
     {
-        QTest::addColumn<QString>("range");
-        QTest::addColumn<int>("hour");
-        QTest::addColumn<int>("minute");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("state"); // the context, see context()
         QTest::addColumn<bool>("expected");
-        QTest::newRow("overnight late") << "22:00-06:00" << 23 << 30 << true;
-        QTest::newRow("overnight early") << "22:00-06:00" << 5 << 59 << true;
-        QTest::newRow("overnight end excluded") << "22:00-06:00" << 6 << 0 << false;
-        QTest::newRow("overnight before start") << "22:00-06:00" << 21 << 59 << false;
-        QTest::newRow("day start included") << "09:00-17:00" << 9 << 0 << true;
-        QTest::newRow("day last minute") << "09:00-17:00" << 16 << 59 << true;
-        QTest::newRow("day end excluded") << "09:00-17:00" << 17 << 0 << false;
-        QTest::newRow("equal bounds all day") << "08:00-08:00" << 3 << 17 << true;
-        QTest::newRow("hours only") << "9-17" << 12 << 0 << false;
-        QTest::newRow("single time") << "09:00" << 9 << 0 << false;
-        QTest::newRow("letters") << "aa:bb-cc:dd" << 12 << 0 << false;
-        QTest::newRow("explicit plus sign") << "+09:00-17:00" << 10 << 0 << true;
-        QTest::newRow("space inside") << "09:00 -17:00" << 10 << 0 << false;
-        QTest::newRow("three parts") << "09:00-12:00-17:00" << 10 << 0 << false;
-        QTest::newRow("empty") << "" << 10 << 0 << false;
+        using T = RuleCondition::Type;
+        auto row = [](const char *name, T type, const char *value, const char *state, bool expected) {
+            QTest::newRow(name) << int(type) << value << state << expected;
+        };
+        row("overnight late", T::timeWindow, "22:00-06:00", "time=23:30", true);
+        row("overnight early", T::timeWindow, "22:00-06:00", "time=05:59", true);
+        row("overnight end excluded", T::timeWindow, "22:00-06:00", "time=06:00", false);
+        row("overnight before start", T::timeWindow, "22:00-06:00", "time=21:59", false);
+        row("day start included", T::timeWindow, "09:00-17:00", "time=09:00", true);
+        row("day last minute", T::timeWindow, "09:00-17:00", "time=16:59", true);
+        row("day end excluded", T::timeWindow, "09:00-17:00", "time=17:00", false);
+        row("equal bounds all day", T::timeWindow, "08:00-08:00", "time=03:17", true);
+        row("hours only", T::timeWindow, "9-17", "time=12:00", false);
+        row("single time", T::timeWindow, "09:00", "time=09:00", false);
+        row("letters", T::timeWindow, "aa:bb-cc:dd", "time=12:00", false);
+        row("explicit plus sign", T::timeWindow, "+09:00-17:00", "time=10:00", true);
+        row("space inside", T::timeWindow, "09:00 -17:00", "time=10:00", false);
+        row("three parts", T::timeWindow, "09:00-12:00-17:00", "time=10:00", false);
+        row("empty range", T::timeWindow, "", "time=10:00", false);
+        row("spaces and case, Monday", T::dayOfWeek, "MON , friday", "day=2", true);
+        row("spaces and case, Friday", T::dayOfWeek, "MON , friday", "day=6", true);
+        row("spaces and case, Tuesday", T::dayOfWeek, "MON , friday", "day=3", false);
+        row("Sunday is 1", T::dayOfWeek, "sun", "day=1", true);
+        row("Saturday is 7", T::dayOfWeek, "Saturday", "day=7", true);
+        row("unknown word", T::dayOfWeek, "Weekdays", "day=2", false);
+        row("unknown items skipped", T::dayOfWeek, "funday,tue", "day=3", true);
+        row("no days", T::dayOfWeek, "", "day=2", false);
+        row("ssid case-insensitive", T::wifiConnected, "corpnetwork", "ssid=CorpNetwork", true);
+        row("ssid whole name only", T::wifiConnected, "Corp", "ssid=CorpNetwork", false);
+        row("any network", T::wifiConnected, "", "ssid=Home", true);
+        row("any network, Wi-Fi off", T::wifiConnected, "", "", false);
+        row("disconnected from named, other network", T::wifiDisconnected, "Office", "ssid=Home", true);
+        row("disconnected from named, same network", T::wifiDisconnected, "office", "ssid=Office", false);
+        row("disconnected from named, Wi-Fi off", T::wifiDisconnected, "Office", "", true);
+        row("disconnected, any, on Wi-Fi", T::wifiDisconnected, "", "ssid=Office", false);
+        row("app substring", T::appRunning, "final cut", "apps=Mail,Final Cut Pro", true);
+        row("app absent", T::appRunning, "final cut", "apps=Mail", false);
+        row("app not running", T::appNotRunning, "Mail", "apps=Safari", true);
+        row("app not running, is", T::appNotRunning, "mail", "apps=Mail", false);
+        row("on power, on battery", T::onPower, "", "battery", false);
+        row("on battery", T::onBattery, "", "battery", true);
+        row("no VPN", T::vpnDisconnected, "", "", true);
+        row("VPN", T::vpnConnected, "", "vpn=wg0", true);
+        row("volume mounted", T::volumeMounted, "3", "mounted=3", true);
+        row("volume id as written", T::volumeMounted, "03", "mounted=3", false);
+        row("volume not mounted", T::volumeNotMounted, "4", "mounted=3", true);
     }
-    void timeWindow()
+    void conditions()
     {
-        QFETCH(QString, range);
-        QFETCH(int, hour);
-        QFETCH(int, minute);
-        QTEST(cond(RuleCondition::Type::timeWindow, range).test(at(hour, minute)), "expected");
-    }
-
-    void dayOfWeek_data()
-    {
-        QTest::addColumn<QString>("days");
-        QTest::addColumn<int>("weekday");
-        QTest::addColumn<bool>("expected");
-        QTest::newRow("spaces and case, Monday") << "MON , friday" << 2 << true;
-        QTest::newRow("spaces and case, Friday") << "MON , friday" << 6 << true;
-        QTest::newRow("spaces and case, Tuesday") << "MON , friday" << 3 << false;
-        QTest::newRow("Sunday is 1") << "sun" << 1 << true;
-        QTest::newRow("Saturday is 7") << "Saturday" << 7 << true;
-        QTest::newRow("unknown word") << "Weekdays" << 2 << false;
-        QTest::newRow("unknown items skipped") << "funday,tue" << 3 << true;
-        QTest::newRow("empty") << "" << 2 << false;
-    }
-    void dayOfWeek()
-    {
-        QFETCH(QString, days);
-        QFETCH(int, weekday);
-        RuleContext context;
-        context.currentWeekday = weekday;
-        QTEST(cond(RuleCondition::Type::dayOfWeek, days).test(context), "expected");
+        QFETCH(int, type);
+        QFETCH(QString, value);
+        QFETCH(QString, state);
+        QTEST(cond(RuleCondition::Type(type), value).test(context(state)), "expected");
     }
 
     void contextWeekdayFromDate()
@@ -93,58 +127,6 @@ private Q_SLOTS:
         QCOMPARE(context.currentHour, 23);
         context.setTime(QDateTime(QDate(2024, 6, 8), QTime(0, 0))); // a Saturday
         QCOMPARE(context.currentWeekday, 7);
-    }
-
-    void otherConditions_data()
-    {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("ssid"); // "-" = off Wi-Fi
-        QTest::addColumn<QString>("apps");
-        QTest::addColumn<bool>("expected");
-        using T = RuleCondition::Type;
-        auto row = [](const char *name, T type, const char *value, const char *ssid, const char *apps, bool expected) {
-            QTest::newRow(name) << int(type) << value << ssid << apps << expected;
-        };
-        row("ssid case-insensitive", T::wifiConnected, "corpnetwork", "CorpNetwork", "", true);
-        row("ssid whole name only", T::wifiConnected, "Corp", "CorpNetwork", "", false);
-        row("any network", T::wifiConnected, "", "Home", "", true);
-        row("any network, Wi-Fi off", T::wifiConnected, "", "-", "", false);
-        row("disconnected from named, other network", T::wifiDisconnected, "Office", "Home", "", true);
-        row("disconnected from named, same network", T::wifiDisconnected, "office", "Office", "", false);
-        row("disconnected from named, Wi-Fi off", T::wifiDisconnected, "Office", "-", "", true);
-        row("disconnected, any, on Wi-Fi", T::wifiDisconnected, "", "Office", "", false);
-        row("app substring", T::appRunning, "final cut", "-", "Mail,Final Cut Pro", true);
-        row("app absent", T::appRunning, "final cut", "-", "Mail", false);
-        row("app not running", T::appNotRunning, "Mail", "-", "Safari", true);
-        row("app not running, is", T::appNotRunning, "mail", "-", "Mail", false);
-    }
-    void otherConditions()
-    {
-        QFETCH(int, type);
-        QFETCH(QString, value);
-        QFETCH(QString, ssid);
-        QFETCH(QString, apps);
-        RuleContext context;
-        if (ssid != QLatin1String("-"))
-            context.currentSSID = ssid;
-        context.runningApps = apps.split(QLatin1Char(','), Qt::SkipEmptyParts);
-        QTEST(cond(RuleCondition::Type(type), value).test(context), "expected");
-    }
-
-    void powerVpnVolumes()
-    {
-        RuleContext context;
-        context.isOnPower = false;
-        context.mountedVolumes = { QStringLiteral("3") };
-        QVERIFY(!cond(RuleCondition::Type::onPower).test(context));
-        QVERIFY(cond(RuleCondition::Type::onBattery).test(context));
-        QVERIFY(cond(RuleCondition::Type::vpnDisconnected).test(context));
-        context.connectedVPN = QStringLiteral("wg0");
-        QVERIFY(cond(RuleCondition::Type::vpnConnected).test(context));
-        QVERIFY(cond(RuleCondition::Type::volumeMounted, QStringLiteral("3")).test(context));
-        QVERIFY(!cond(RuleCondition::Type::volumeMounted, QStringLiteral("03")).test(context));
-        QVERIFY(cond(RuleCondition::Type::volumeNotMounted, QStringLiteral("4")).test(context));
     }
 
     void ruleModes_data()
@@ -217,15 +199,8 @@ private Q_SLOTS:
 
     void jsonForm()
     {
-        // The file's own form: type raw values, seconds since 2001-01-01 UTC, null lastTriggered accepted.
-        const QByteArray file = R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","name":"r","isEnabled":true,
-            "conditions":[{"id":"11111111-2222-3333-4444-555555555555","type":"Time Window","parameters":{"timeRange":"09:00-17:00"}}],
-            "conditionMode":"all","actions":[{"id":"11111111-2222-3333-4444-666666666666","type":"Wait/Delay","parameters":{"seconds":"2"}}],
-            "lastTriggered":86400,"triggerCount":3},
-            {"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E50","name":"n","isEnabled":false,"conditions":[],"conditionMode":"any",
-            "actions":[],"lastTriggered":null,"triggerCount":0}])";
         QString error;
-        const auto rules = Rule::decodeList(file, &error);
+        const auto rules = Rule::decodeList(kFile, &error);
         QVERIFY2(rules, qPrintable(error));
         QCOMPARE(rules->at(0).lastTriggered->toUTC(), QDateTime(QDate(2001, 1, 2), QTime(0, 0), Qt::UTC));
         QCOMPARE(rules->at(0).actions.at(0).type, RuleAction::Type::delay);
@@ -253,9 +228,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, from);
         QFETCH(QString, to);
-        QString file = QStringLiteral(
-            R"([{"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","name":"r","isEnabled":true,"conditions":[{"id":"11111111-2222-3333-4444-555555555555","type":"Time Window","parameters":{"timeRange":"09:00-17:00"}}],"conditionMode":"all","actions":[{"id":"11111111-2222-3333-4444-666666666666","type":"Wait/Delay","parameters":{"seconds":"2"}}],"triggerCount":3},
-                {"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E50","name":"good","isEnabled":true,"conditions":[],"conditionMode":"any","actions":[],"triggerCount":0}])");
+        QString file = QString::fromUtf8(kFile);
         QVERIFY(Rule::decodeList(file.toUtf8(), nullptr));
         file.replace(file.indexOf(from), from.size(), to);
         QString error;
@@ -270,15 +243,13 @@ private Q_SLOTS:
         QTest::addColumn<double>("waited");
         const QString invalid = QStringLiteral("⚠️ [ACTION] Invalid delay duration");
         const QString done = QStringLiteral("⏳ [ACTION] Delay complete");
-        QTest::newRow("word") << "soon" << QStringList { invalid } << -1.0;
+        for (const char *bad : {"soon", "inf"})
+            QTest::newRow(bad) << bad << QStringList { invalid } << -1.0;
         QTest::newRow("missing") << QString() << QStringList { invalid } << -1.0;
-        QTest::newRow("infinite") << "inf" << QStringList { invalid } << -1.0;
-        QTest::newRow("zero") << "0" << QStringList { QStringLiteral("⏳ [ACTION] Waiting 0.0 seconds..."), done }
-                              << -1.0;
-        QTest::newRow("negative") << "-5" << QStringList { QStringLiteral("⏳ [ACTION] Waiting -5.0 seconds..."), done }
-                                  << -1.0;
-        QTest::newRow("fraction") << "1.5" << QStringList { QStringLiteral("⏳ [ACTION] Waiting 1.5 seconds..."), done }
-                                  << 1.5;
+        const auto waits = [&done](const char *shown) { return QStringList { QString::fromUtf8(shown), done }; };
+        QTest::newRow("zero") << "0" << waits("⏳ [ACTION] Waiting 0.0 seconds...") << -1.0;
+        QTest::newRow("negative") << "-5" << waits("⏳ [ACTION] Waiting -5.0 seconds...") << -1.0;
+        QTest::newRow("fraction") << "1.5" << waits("⏳ [ACTION] Waiting 1.5 seconds...") << 1.5;
     }
     void delayAction()
     {

@@ -21,43 +21,24 @@ private Q_SLOTS:
         QTest::addColumn<bool>("condition");
         QTest::addColumn<QString>("spec");
         QTest::addColumn<QString>("json"); // empty: refused
-        QTest::newRow("wifi") << true << "wifi=Office"
-                              << R"({"parameters":{"ssid":"Office"},"type":"WiFi Connected"})";
-        QTest::newRow("any wifi") << true << "wifi"
-                                  << R"({"parameters":{"ssid":""},"type":"WiFi Connected"})";
+        QTest::newRow("wifi") << true << "wifi=Office" << R"({"parameters":{"ssid":"Office"},"type":"WiFi Connected"})";
+        QTest::newRow("any wifi") << true << "wifi" << R"({"parameters":{"ssid":""},"type":"WiFi Connected"})";
         QTest::newRow("overnight") << true << "time=22:00-06:00"
                                    << R"({"parameters":{"timeRange":"22:00-06:00"},"type":"Time Window"})";
         QTest::newRow("days with spaces") << true << "days=Mon, friday"
                                           << R"({"parameters":{"days":"Mon, friday"},"type":"Day of Week"})";
-        QTest::newRow("power takes no value") << true << "power=yes"
-                                              << "";
-        QTest::newRow("hours only") << true << "time=9-17"
-                                    << "";
-        QTest::newRow("hour 24") << true << "time=24:00-06:00"
-                                 << "";
-        QTest::newRow("unknown day") << true << "days=Weekdays"
-                                     << "";
-        QTest::newRow("unknown kind") << true << "moon=full"
-                                      << "";
-        QTest::newRow("app needs a name") << true << "app="
-                                          << "";
-        QTest::newRow("share by name") << true << "mounted=Media"
-                                       << "";
-        QTest::newRow("mount") << false << "mount=3"
-                               << R"({"parameters":{"volumeId":"3"},"type":"Mount Volume"})";
+        QTest::newRow("mount") << false << "mount=3" << R"({"parameters":{"volumeId":"3"},"type":"Mount Volume"})";
         QTest::newRow("notify with title")
             << false << "notify=Work::Hello: there"
             << R"({"parameters":{"message":"Hello: there","title":"Work"},"type":"Show Notification"})";
         QTest::newRow("notify") << false << "notify=Hi"
                                 << R"({"parameters":{"message":"Hi","title":"Tarnwell"},"type":"Show Notification"})";
-        QTest::newRow("negative delay") << false << "delay=-5"
-                                        << R"({"parameters":{"seconds":"-5"},"type":"Wait/Delay"})";
-        QTest::newRow("delay word") << false << "delay=soon"
-                                    << "";
-        QTest::newRow("group needs a name") << false << "mount-group"
-                                            << "";
-        QTest::newRow("unknown action") << false << "reboot"
-                                        << "";
+        QTest::newRow("negative delay") << false << "delay=-5" << R"({"parameters":{"seconds":"-5"},"type":"Wait/Delay"})";
+        // Refused: a value where none is taken, hour 24, no name, a share by name, an action without its group.
+        // (Unknown kinds, days and actions, hours without minutes and a delay in words: tests/integration/tst_rules.sh.)
+        for (const char *spec : {"power=yes", "time=24:00-06:00", "app=", "mounted=Media"})
+            QTest::newRow(spec) << true << spec << "";
+        QTest::newRow("mount-group") << false << "mount-group" << "";
     }
     void commandLineSyntax()
     {
@@ -82,15 +63,11 @@ private Q_SLOTS:
         QTest::addColumn<QString>("error");
         const QString share = ControlNames::kErrorUnknownShare;
         const QString invalid = ControlNames::kErrorInvalidArgument;
-        QTest::newRow("unknown share in action")
-            << R"({"name":"r","actions":[{"type":"Mount Volume","parameters":{"volumeId":"99"}}]})" << share;
         QTest::newRow("unknown share in condition")
             << R"({"name":"r","conditions":[{"type":"Volume Mounted","parameters":{"volumeId":"x"}}]})" << share;
         QTest::newRow("minutes past 59")
             << R"({"name":"r","conditions":[{"type":"Time Window","parameters":{"timeRange":"09:75-10:00"}}]})"
             << invalid;
-        QTest::newRow("unknown kind") << R"({"name":"r","conditions":[{"type":"Moon Phase","parameters":{}}]})"
-                                      << invalid;
         QTest::newRow("unknown mode") << R"({"name":"r","conditionMode":"most"})" << invalid;
         QTest::newRow("no name") << R"({"conditions":[]})" << invalid;
         QTest::newRow("bad delay")

@@ -1,11 +1,7 @@
-// ShareFields: the one validation of a share's fields, row by row; and that the control interface's JSON,
-// the command line and the CSV importer all refuse through it.
+// ShareFields: the one validation of a share's fields, row by row. That the control interface's JSON, the
+// command line and the CSV importer refuse through it: tst_control, tst_cli and tst_sharecsv.
 #include "base/ShareFields.h"
-#include "control/RecordJson.h"
-#include "core/VolumeRecord.h"
-#include "exchange/ShareCsv.h"
 
-#include <QJsonObject>
 #include <QTest>
 
 using Fields = ShareFields::Fields;
@@ -73,37 +69,6 @@ private Q_SLOTS:
         }
         QVERIFY(found);
         QVERIFY2(found->contains(problem), qPrintable(*found));
-    }
-
-    // The control interface applies the checks to the keys a caller gives, and changes nothing when refused.
-    void busRefusesThroughTheSameChecks()
-    {
-        VolumeRecord record;
-        record.hostname_String = QStringLiteral("nas");
-        QString error;
-        QVERIFY(!RecordJson::apply(QJsonObject{{QStringLiteral("hostname"), QStringLiteral("nas\nx")}}, record, &error));
-        QCOMPARE(error, *ShareFields::checkHost(QStringLiteral("nas\nx")));
-        QVERIFY(!RecordJson::apply(QJsonObject{{QStringLiteral("customMountPoint"), QStringLiteral("rel")}}, record, &error));
-        QVERIFY(error.contains(QStringLiteral("absolute")));
-        QVERIFY(!RecordJson::apply(QJsonObject{{QStringLiteral("nickname"), QString(5000, u'x')}}, record, &error));
-        QCOMPARE(record.hostname_String, QStringLiteral("nas"));
-        QVERIFY(record.nickname_String.isEmpty());
-        QVERIFY(RecordJson::apply(QJsonObject{{QStringLiteral("nickname"), QStringLiteral("Files")}}, record, &error));
-        QCOMPARE(record.nickname_String, QStringLiteral("Files"));
-    }
-
-    void csvRowWithBadFieldIsSkippedWithItsLine()
-    {
-        const auto parsed = ShareCsv::parse(QStringLiteral("hostname,shareName,nickname\n"
-                                                           "nas,docs,Docs\n"
-                                                           "bad;host,docs,X\n"
-                                                           "nas,media,%1\n")
-                                                .arg(QString(400, u'n'))
-);
-        QCOMPARE(parsed.rows.size(), 1);
-        QCOMPARE(parsed.warnings.size(), 2);
-        QVERIFY2(parsed.warnings.at(0).startsWith(QStringLiteral("Line 3: 'hostname'")), qPrintable(parsed.warnings.at(0)));
-        QVERIFY2(parsed.warnings.at(1).startsWith(QStringLiteral("Line 4: 'nickname'")), qPrintable(parsed.warnings.at(1)));
     }
 };
 
