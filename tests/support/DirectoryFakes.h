@@ -61,7 +61,6 @@ struct DirectoryFakes
         DirectoryService::UserRecord u;
         u.userName = name;
         u.fullName = fullName;
-        u.homeDirectory = QStringLiteral("/home/") + name;
         u.email = name + QStringLiteral("@corp.example");
         return u;
     }
