@@ -322,15 +322,12 @@ void TestScreenshots::directory()
     GuiHarness h;
     DirectorySetup s(h);
     s.bind(QStringLiteral("corp.example"), {QStringLiteral("Domain Users"), QStringLiteral("Engineering"), QStringLiteral("Staff")});
-    ADShareMapping engineering;
-    engineering.groupName = QStringLiteral("Engineering");
-    ADMappedShare tools = DirectorySetup::share(QStringLiteral("files.corp.example"), QStringLiteral("tools"));
-    tools.mountPoint = QStringLiteral("/mnt/tools");
-    engineering.shares = {DirectorySetup::share(QStringLiteral("files.corp.example"), QStringLiteral("engineering")), tools};
-    ADShareMapping finance;
-    finance.groupName = QStringLiteral("Finance");
-    finance.isEnabled = false;
-    s.manager->setMappings({engineering, finance});
+    const QString files = QStringLiteral("files.corp.example");
+    s.manager->setMappings({adMapping(QStringLiteral("Engineering"),
+                                      {adShare(files, QStringLiteral("engineering")),
+                                       adShare(files, QStringLiteral("tools"), QStringLiteral("SMB"),
+                                               QStringLiteral("/mnt/tools"))}),
+                            adMapping(QStringLiteral("Finance"), {}, false)});
 
     DirectoryView view(s.manager.get());
     view.resize(820, 620);

@@ -1,6 +1,7 @@
 // The gvfsd-fuse bridge port: its health read from a mount table file, and its restart with a stand-in
 // bridge program (no FUSE mount is touched).
 #include "platform/linux/GvfsFuseBridge.h"
+#include "unit/UnitTestHelpers.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -19,15 +20,6 @@ QByteArray gvfsLine(const QByteArray &escapedPath)
 {
     return "40 22 0:50 / " + escapedPath
            + " rw,nosuid,nodev,relatime shared:30 - fuse.gvfsd-fuse gvfsd-fuse rw,user_id=1000,group_id=1000\n";
-}
-
-bool writeFile(const QString &path, const QByteArray &content, bool executable = false)
-{
-    QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || f.write(content) != content.size())
-        return false;
-    f.close();
-    return !executable || f.setPermissions(f.permissions() | QFileDevice::ExeOwner);
 }
 } // namespace
 
@@ -87,7 +79,8 @@ private Q_SLOTS:
         QByteArray script = "#!/bin/sh\necho run >> '" + dir.path().toUtf8() + "/runs'\n";
         if (mounts)
             script += "echo \"41 22 0:51 / $1 rw - fuse.gvfsd-fuse gvfsd-fuse rw\" >> '" + o.mountInfoPath.toUtf8() + "'\n";
-        QVERIFY(writeFile(o.mountInfoPath, kRootLine) && writeFile(o.bridgeProgram, script, true));
+        QVERIFY(writeFile(o.mountInfoPath, kRootLine) && writeFile(o.bridgeProgram, script));
+        QVERIFY(QFile::setPermissions(o.bridgeProgram, QFile::permissions(o.bridgeProgram) | QFileDevice::ExeOwner));
         QCOMPARE(bridge.restartRefusal(), QString());
         QCOMPARE(bridge.health(), Health::Missing);
 

@@ -2,6 +2,7 @@
 // authentication file and its removal) and what comes back.
 #include "platform/fake/FakeProcessLauncher.h"
 #include "platform/linux/SmbclientShareLister.h"
+#include "unit/UnitTestHelpers.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -16,15 +17,10 @@ private Q_SLOTS:
         QTest::addColumn<int>("port");
         QTest::addColumn<QString>("user");
         QTest::addColumn<QStringList>("expected");
-        const QString auth = QStringLiteral("AUTH");
-        QTest::newRow("guest, default port") << 445 << QString()
-            << QStringList{QStringLiteral("-g"), QStringLiteral("-L"), QStringLiteral("//nas"), QStringLiteral("-U"),
-                           QStringLiteral("guest"), QStringLiteral("-N")};
-        QTest::newRow("user, other port") << 1445 << QStringLiteral("ann")
-            << QStringList{QStringLiteral("-g"), QStringLiteral("-L"), QStringLiteral("//nas"), QStringLiteral("-p"),
-                           QStringLiteral("1445"), QStringLiteral("-A"), auth};
-        QTest::newRow("no port given") << 0 << QStringLiteral("ann")
-            << QStringList{QStringLiteral("-g"), QStringLiteral("-L"), QStringLiteral("//nas"), QStringLiteral("-A"), auth};
+        QTest::newRow("guest, default port") << 445 << QString() << strs({"-g", "-L", "//nas", "-U", "guest", "-N"});
+        QTest::newRow("user, other port")
+            << 1445 << QStringLiteral("ann") << strs({"-g", "-L", "//nas", "-p", "1445", "-A", "AUTH"});
+        QTest::newRow("no port given") << 0 << QStringLiteral("ann") << strs({"-g", "-L", "//nas", "-A", "AUTH"});
     }
     void arguments()
     {

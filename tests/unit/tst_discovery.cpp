@@ -1,18 +1,14 @@
 // Network discovery over fakes: the listing parser and error table on captured client output, the sweep's
 // targets and counting, the scan's status sequence and the listing's host preparation and outcomes.
+#include "UnitTestHelpers.h"
+#include "support/DiscoveryFakes.h"
 #include "support/EngineHarness.h"
 
 #include "control/DiscoveryControl.h"
 #include "core/MountEngine.h"
-#include "discovery/NetworkDiscoveryManager.h"
 #include "discovery/ShareListing.h"
-#include "platform/fake/FakeNetworkInterfaces.h"
-#include "platform/fake/FakeServiceBrowser.h"
-#include "platform/fake/FakeShareLister.h"
 
 #include <QFile>
-#include <QMutex>
-#include <QSet>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -28,60 +24,9 @@ QString captured(const QString &name)
     return QString::fromUtf8(file.readAll());
 }
 
-NetworkInterfaces::Interface iface(const QString &name, bool up, bool loopback, QStringList ipv4)
-{
-    NetworkInterfaces::Interface i;
-    i.name = name;
-    i.up = up;
-    i.loopback = loopback;
-    i.ipv4 = std::move(ipv4);
-    return i;
-}
-
-ShareLister::Result exited(int code, const QString &output)
-{
-    ShareLister::Result r;
-    r.started = true;
-    r.exitCode = code;
-    r.output = output;
-    return r;
-}
-
-// A scan harness: the manager over fake ports and a scripted probe that records what it was asked.
-struct Scan
-{
-    explicit Scan(QSet<QString> open = {})
-        : m_open(std::move(open))
-    {
-        interfaces.interfaces = {iface(QStringLiteral("lo"), true, true, {QStringLiteral("127.0.0.1")}),
-                                 iface(QStringLiteral("eth0"), true, false, {QStringLiteral("192.168.1.37")})};
-        NetworkDiscoveryManager::Dependencies deps;
-        deps.browser = &browser;
-        deps.interfaces = &interfaces;
-        deps.lister = &lister;
-        deps.stopDelayMs = 50;
-        deps.probe = [this](const QString &address, int port, int timeoutMs) {
-            QMutexLocker lock(&mutex);
-            probed.append(address + QLatin1Char(':') + QString::number(port));
-            timeouts.insert(timeoutMs);
-            return m_open.contains(address + QLatin1Char(':') + QString::number(port));
-        };
-        deps.resolve = [this](const QString &host) { return resolved.value(host, QStringLiteral("0.0.0.0")); };
-        manager = std::make_unique<NetworkDiscoveryManager>(deps);
-    }
-
-    FakeServiceBrowser browser;
-    FakeNetworkInterfaces interfaces;
-    FakeShareLister lister;
-    QMutex mutex;
-    QStringList probed;
-    QSet<int> timeouts;
-    QHash<QString, QString> resolved;
-    std::unique_ptr<NetworkDiscoveryManager> manager;
-
-private:
-    QSet<QString> m_open;
-};
+const auto iface = DiscoveryFakes::iface;
+const auto exited = DiscoveryFakes::exited;
+using Scan = DiscoveryFakes;
 
 QStringList names(const QList<ShareInfo> &shares)
 {
@@ -101,20 +46,20 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("output");
         QTest::addColumn<QStringList>("expected");
-        QTest::newRow("captured guest listing") << captured(QStringLiteral("listing_guest.txt"))
-                                                << QStringList{QStringLiteral("public"), QStringLiteral("secure")};
+        QTest::newRow("captured guest listing")
+            << captured(QStringLiteral("listing_guest.txt")) << strs({"public", "secure"});
         QTest::newRow("IPC$ and print$ dropped, Admin$ hidden")
             << QStringLiteral("IPC|IPC$|IPC Service\nPrinter|print$|Drivers\nDisk|Admin$|Remote Admin\nDisk|data|\n")
-            << QStringList{QStringLiteral("Admin$(hidden)"), QStringLiteral("data")};
+            << strs({"Admin$(hidden)", "data"});
         QTest::newRow("grepable name with spaces kept whole")
-            << QStringLiteral("Disk|Team Files|shared\n") << QStringList{QStringLiteral("Team Files")};
+            << QStringLiteral("Disk|Team Files|shared\n") << strs({"Team Files"});
         QTest::newRow("tabular form: header, separator, padded lines")
             << QStringLiteral("Share                        Type     Comments\n"
                               "-------------------------------\n"
                               "  Media                      Disk\n"
                               "IPC$                         Pipe     IPC Service\n"
                               "C$                           Disk     Default share\n\n")
-            << QStringList{QStringLiteral("Media"), QStringLiteral("C$(hidden)")};
+            << strs({"Media", "C$(hidden)"});
         QTest::newRow("client notes are no shares")
             << QStringLiteral("SMB1 disabled -- no workgroup available\nReconnecting with SMB1 for workgroup listing.\n")
             << QStringList{};
@@ -167,18 +112,11 @@ private Q_SLOTS:
         QTEST(ShareListing::classifyFailure(output), "expected");
     }
 
-    void hostWithoutSpaces_data()
-    {
-        QTest::addColumn<QString>("host");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("spaces") << QStringLiteral("My NAS") << QStringLiteral("My-NAS.local");
-        QTest::newRow("already .local") << QStringLiteral("My NAS.local") << QStringLiteral("My-NAS.local");
-        QTest::newRow("no spaces: unchanged") << QStringLiteral("nas") << QStringLiteral("nas");
-    }
+    // "My NAS" -> "My-NAS.local" is in the listing tests below.
     void hostWithoutSpaces()
     {
-        QFETCH(QString, host);
-        QTEST(ShareListing::hostWithoutSpaces(host), "expected");
+        QCOMPARE(ShareListing::hostWithoutSpaces(QStringLiteral("My NAS.local")), QStringLiteral("My-NAS.local"));
+        QCOMPARE(ShareListing::hostWithoutSpaces(QStringLiteral("nas")), QStringLiteral("nas"));
     }
 
     void localAddress_data()
@@ -217,18 +155,11 @@ private Q_SLOTS:
         QVERIFY(!NetworkDiscoveryManager::networkPrefix(QStringLiteral("10.1.2")));
     }
 
-    void foundStatus_data()
-    {
-        QTest::addColumn<int>("servers");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("none") << 0 << QStringLiteral("Found 0 file servers");
-        QTest::newRow("one") << 1 << QStringLiteral("Found 1 file server");
-        QTest::newRow("two") << 2 << QStringLiteral("Found 2 file servers");
-    }
+    // Several servers are counted in the scan test.
     void foundStatus()
     {
-        QFETCH(int, servers);
-        QTEST(NetworkDiscoveryManager::foundStatus(servers), "expected");
+        QCOMPARE(NetworkDiscoveryManager::foundStatus(0), QStringLiteral("Found 0 file servers"));
+        QCOMPARE(NetworkDiscoveryManager::foundStatus(1), QStringLiteral("Found 1 file server"));
     }
 
     void duplicateRule()
@@ -245,8 +176,8 @@ private Q_SLOTS:
     // A whole scan: browsing and sweep, progress after every probe, the found text, then the stop.
     void scanFindsSweepAndBonjourServers()
     {
-        Scan scan({QStringLiteral("192.168.1.10:445"), QStringLiteral("192.168.1.10:548"),
-                   QStringLiteral("192.168.1.254:445")});
+        const QString net = QStringLiteral("192.168.1.");
+        Scan scan(net + u"37", {net + u"10:445", net + u"10:548", net + u"254:445"});
         QStringList statuses;
         QList<double> progress;
         connect(scan.manager.get(), &NetworkDiscoveryManager::changed, this, [&] {
@@ -256,15 +187,13 @@ private Q_SLOTS:
         });
         QSignalSpy stopped(scan.manager.get(), &NetworkDiscoveryManager::scanStopped);
         scan.manager->startScan();
-        QCOMPARE(scan.browser.startedTypes, (QStringList{QStringLiteral("_smb._tcp"), QStringLiteral("_afpovertcp._tcp")}));
+        QCOMPARE(scan.browser.startedTypes, strs({"_smb._tcp", "_afpovertcp._tcp"}));
         QCOMPARE(scan.browser.startedDomain, QStringLiteral("local."));
         scan.browser.announce(QStringLiteral("Office NAS"), QStringLiteral("_smb._tcp"));
         QVERIFY(stopped.wait(5000));
 
-        QCOMPARE(statuses, (QStringList{QStringLiteral("Starting network scan..."),
-                                        QStringLiteral("Scanning for network shares..."),
-                                        QStringLiteral("Scanning 192.168.1.* for file servers..."),
-                                        QStringLiteral("Found 4 file servers"), QStringLiteral("Scan stopped")}));
+        QCOMPARE(statuses, strs({"Starting network scan...", "Scanning for network shares...",
+                                 "Scanning 192.168.1.* for file servers...", "Found 4 file servers", "Scan stopped"}));
         QCOMPARE(scan.probed.size(), 22);
         QVERIFY(!scan.probed.join(QLatin1Char(' ')).contains(QLatin1String(".37:")));
         QCOMPARE(scan.timeouts, QSet<int>{500});
@@ -281,8 +210,7 @@ private Q_SLOTS:
         for (const DiscoveredShare &s : scan.manager->discoveredShares())
             listed << s.displayName;
         listed.sort();
-        QCOMPARE(listed, (QStringList{QStringLiteral("192.168.1.10 (AFP)"), QStringLiteral("192.168.1.10 (SMB)"),
-                                      QStringLiteral("192.168.1.254 (SMB)"), QStringLiteral("Office NAS (SMB)")}));
+        QCOMPARE(listed, strs({"192.168.1.10 (AFP)", "192.168.1.10 (SMB)", "192.168.1.254 (SMB)", "Office NAS (SMB)"}));
         QVERIFY(!scan.manager->isScanning());
         QVERIFY(!scan.browser.running);
         // After the stop the browser's late results are not listed.
@@ -319,7 +247,7 @@ private Q_SLOTS:
         ShareLister::Result notStarted;
         notStarted.errorText = QStringLiteral("No such file or directory");
         QTest::newRow("listed") << exited(0, captured(QStringLiteral("listing_guest.txt")))
-                                << QStringList{QStringLiteral("public"), QStringLiteral("secure")} << QString()
+                                << strs({"public", "secure"}) << QString()
                                 << QStringLiteral("🔍 [BROWSE] Found share: secure");
         QTest::newRow("nothing listed") << exited(0, QStringLiteral("IPC|IPC$|IPC Service\n")) << QStringList{}
                                         << ShareListing::kNoSharesMessage << QStringLiteral("🔍 [BROWSE] Found 0");
@@ -363,13 +291,13 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("lines");
         QTest::newRow("spaces, not resolved")
             << QStringLiteral("My NAS") << QString() << QStringLiteral("My-NAS.local")
-            << QStringList{QStringLiteral("🔍 [BROWSE] 'My NAS' has spaces, trying 'My-NAS.local'"),
-                           QStringLiteral("🔍 [BROWSE] Resolving 'My-NAS.local' via mDNS/.local lookup..."),
-                           QStringLiteral("🔍 [BROWSE] Could not resolve 'My-NAS.local', will try modified hostname"),
-                           QStringLiteral("🔍 [BROWSE] Listing shares on My-NAS.local")};
+            << strs({"🔍 [BROWSE] 'My NAS' has spaces, trying 'My-NAS.local'",
+                     "🔍 [BROWSE] Resolving 'My-NAS.local' via mDNS/.local lookup...",
+                     "🔍 [BROWSE] Could not resolve 'My-NAS.local', will try modified hostname",
+                     "🔍 [BROWSE] Listing shares on My-NAS.local"});
         QTest::newRow("resolved through mDNS")
             << QStringLiteral("office") << QStringLiteral("192.0.2.50") << QStringLiteral("192.0.2.50")
-            << QStringList{QStringLiteral("🔍 [BROWSE] Resolved 'office' to '192.0.2.50'")};
+            << strs({"🔍 [BROWSE] Resolved 'office' to '192.0.2.50'"});
         QTest::newRow("known to the resolver: used as it is")
             << QStringLiteral("known") << QStringLiteral("192.0.2.99") << QStringLiteral("known") << QStringList{};
     }
