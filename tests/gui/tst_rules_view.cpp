@@ -176,25 +176,7 @@ private Q_SLOTS:
         QTest::newRow("volume") << int(T::volumeNotMounted) << "volume" << true << "volumeId" << "<second>";
         QTest::newRow("volume unchosen") << int(T::volumeMounted) << "" << false << "" << "";
     }
-    void conditionSheetStores()
-    {
-        QFETCH(int, type);
-        QFETCH(QString, input);
-        QFETCH(bool, addable);
-        GuiHarness h;
-        h.addShare(QStringLiteral("first.lan"), QStringLiteral("a"));
-        const qint64 second = h.addShare(QStringLiteral("second.lan"), QStringLiteral("b"));
-        AddConditionDialog sheet(RuleSheets::shareChoices(*h.engine));
-        sheet.setType(RuleCondition::Type(type));
-        fill(sheet, input, second);
-        QCOMPARE(sheet.canAdd(), addable);
-        QCOMPARE(sheet.findChild<QPushButton *>(QStringLiteral("addButton"))->isEnabled(), addable);
-        if (!addable)
-            return;
-        QSignalSpy chosen(&sheet, &AddConditionDialog::conditionChosen);
-        sheet.accept();
-        checkChosen<RuleCondition>(chosen, type, second);
-    }
+    void conditionSheetStores() { sheetStores<AddConditionDialog, RuleCondition>(&AddConditionDialog::conditionChosen); }
 
     void actionSheetStores_data()
     {
@@ -209,24 +191,7 @@ private Q_SLOTS:
         QTest::newRow("notification") << int(T::showNotification) << "message=Hello" << true << "message" << "Hello";
         QTest::newRow("delay") << int(T::delay) << "seconds=30" << true << "seconds" << "30";
     }
-    void actionSheetStores()
-    {
-        QFETCH(int, type);
-        QFETCH(QString, input);
-        QFETCH(bool, addable);
-        GuiHarness h;
-        h.addShare(QStringLiteral("first.lan"), QStringLiteral("a"));
-        const qint64 second = h.addShare(QStringLiteral("second.lan"), QStringLiteral("b"));
-        AddActionDialog sheet(RuleSheets::shareChoices(*h.engine));
-        sheet.setType(RuleAction::Type(type));
-        fill(sheet, input, second);
-        QCOMPARE(sheet.canAdd(), addable);
-        if (!addable)
-            return;
-        QSignalSpy chosen(&sheet, &AddActionDialog::actionChosen);
-        sheet.accept();
-        checkChosen<RuleAction>(chosen, type, second);
-    }
+    void actionSheetStores() { sheetStores<AddActionDialog, RuleAction>(&AddActionDialog::actionChosen); }
 
     void deleteAsksFirst()
     {
@@ -301,13 +266,28 @@ private:
                 QFAIL(qPrintable(QStringLiteral("no field ") + name));
         }
     }
-    // The one condition or action a sheet emitted: the row's type and its key and value ("<second>": the
-    // second share's ID).
-    template<typename Chosen>
-    static void checkChosen(const QSignalSpy &chosen, int type, qint64 second)
+    // A sheet of the row's type filled from the row's input: whether it can be added, and the one condition or
+    // action it then emits, with the row's key and value ("<second>": the second share's ID).
+    template<typename Sheet, typename Chosen>
+    static void sheetStores(void (Sheet::*chosenSignal)(const Chosen &))
     {
+        QFETCH(int, type);
+        QFETCH(QString, input);
+        QFETCH(bool, addable);
+        GuiHarness h;
+        h.addShare(QStringLiteral("first.lan"), QStringLiteral("a"));
+        const qint64 second = h.addShare(QStringLiteral("second.lan"), QStringLiteral("b"));
+        Sheet sheet(RuleSheets::shareChoices(*h.engine));
+        sheet.setType(typename Chosen::Type(type));
+        fill(sheet, input, second);
+        QCOMPARE(sheet.canAdd(), addable);
+        QCOMPARE(sheet.template findChild<QPushButton *>(QStringLiteral("addButton"))->isEnabled(), addable);
+        if (!addable)
+            return;
+        QSignalSpy chosen(&sheet, chosenSignal);
+        sheet.accept();
         QCOMPARE(chosen.count(), 1);
-        const auto item = chosen.first().first().value<Chosen>();
+        const auto item = chosen.first().first().template value<Chosen>();
         QCOMPARE(int(item.type), type);
         QFETCH(QString, key);
         QFETCH(QString, value);

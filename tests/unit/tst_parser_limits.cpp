@@ -109,35 +109,31 @@ class TestParserLimits : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void refused_data();
-    void refused();
+    void refused_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<Reader>("reader");
+        QTest::newRow("preferences, deep XML") << deepXmlPlist() << preferences;
+        QTest::newRow("preferences, deep binary") << deepBinaryPlist() << preferences;
+        QTest::newRow("preferences, oversized") << oversized(BoundedFile::kStoreLimit) << preferences;
+        QTest::newRow("audit log, deep") << deepJson() << auditLog;
+        QTest::newRow("audit log, oversized") << oversized(BoundedFile::kLogLimit) << auditLog;
+        QTest::newRow("rules, deep") << deepJson() << rules;
+        QTest::newRow("imports, oversized") << oversized(BoundedFile::kImportLimit) << imported;
+        QTest::newRow("legacy archive, deep") << deepBinaryPlist() << legacyArchive;
+        QTest::newRow("legacy archive, oversized") << oversized(BoundedFile::kStoreLimit) << legacyArchive;
+    }
+    void refused()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(Reader, reader);
+        ConsoleCapture console;
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("file"));
+        QVERIFY(place(path, content));
+        QVERIFY(reader(path));
+    }
 };
-
-void TestParserLimits::refused_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<Reader>("reader");
-    QTest::newRow("preferences, deep XML") << deepXmlPlist() << preferences;
-    QTest::newRow("preferences, deep binary") << deepBinaryPlist() << preferences;
-    QTest::newRow("preferences, oversized") << oversized(BoundedFile::kStoreLimit) << preferences;
-    QTest::newRow("audit log, deep") << deepJson() << auditLog;
-    QTest::newRow("audit log, oversized") << oversized(BoundedFile::kLogLimit) << auditLog;
-    QTest::newRow("rules, deep") << deepJson() << rules;
-    QTest::newRow("imports, oversized") << oversized(BoundedFile::kImportLimit) << imported;
-    QTest::newRow("legacy archive, deep") << deepBinaryPlist() << legacyArchive;
-    QTest::newRow("legacy archive, oversized") << oversized(BoundedFile::kStoreLimit) << legacyArchive;
-}
-
-void TestParserLimits::refused()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(Reader, reader);
-    ConsoleCapture console;
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("file"));
-    QVERIFY(place(path, content));
-    QVERIFY(reader(path));
-}
 
 QTEST_GUILESS_MAIN(TestParserLimits)
 #include "tst_parser_limits.moc"
