@@ -300,11 +300,6 @@ QJsonArray ControlService::eventArray(int limit) const
     return array;
 }
 
-ControlService::Result<QString> ControlService::eventLog(int limit) const
-{
-    return {QString::fromUtf8(QJsonDocument(eventArray(limit)).toJson(QJsonDocument::Indented)), {}};
-}
-
 ControlService::Result<QString> ControlService::exportAudit(const QString &format, const QString &since,
                                                             const QString &until) const
 {

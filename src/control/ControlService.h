@@ -106,8 +106,8 @@ public:
     Result<Done> trustCertificate(qint64 id, const QString &sha256);
     Result<Done> pause();
     Result<Done> resume();
-    // JSON array, newest first; limit 0 = everything.
-    Result<QString> eventLog(int limit) const;
+    // The event log as the export writes it: newest first; limit 0 = everything.
+    QJsonArray eventArray(int limit) const;
     Result<QString> exportAudit(const QString &format, const QString &since, const QString &until) const;
     // Exports written by the engine to `path` (absolute) through DurableFile, mode 0600, on a worker (the
     // folder may be a slow or network one); `done` follows on the main thread with the number of entries
@@ -149,7 +149,6 @@ private:
     // its), the file written on m_exportPool.
     void writeExport(const QString &path, const std::function<Result<ExportText>()> &make,
                      std::function<void(Result<int>)> done);
-    QJsonArray eventArray(int limit) const;
     const VolumeRecord *findRecord(qint64 id, Error *error) const;
     QString statusOf(qint64 id) const;
     // Sends the error as the D-Bus reply when the call came over the bus.
